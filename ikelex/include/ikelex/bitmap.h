@@ -1,0 +1,54 @@
+// The published Windows bitmap structures, byte for byte, little-endian.
+//
+// A host that already has them from its own headers defines IKELEX_NO_BITMAP_TYPES before it includes
+// any header of the library.
+#ifndef IKELEX_BITMAP_H
+#define IKELEX_BITMAP_H
+
+#if !defined(IKELEX_NO_BITMAP_TYPES) && !defined(_WINGDI_)
+
+// 40 bytes.
+struct tagBITMAPINFOHEADER {
+    unsigned int biSize;          // bytes of this header: 40
+    int biWidth;                  // pixels per row
+    int biHeight;                 // rows; inside the library always positive with row 0 at the top
+    unsigned short biPlanes;      // 1
+    unsigned short biBitCount;    // bits per pixel: 1, 4, 8, 16, 24 or 32
+    unsigned int biCompression;   // BI_RGB, BI_RLE8, BI_RLE4 or BI_BITFIELDS
+    unsigned int biSizeImage;     // bytes of pixel data; 0 means stride x height
+    int biXPelsPerMeter;          // stored, not interpreted
+    int biYPelsPerMeter;          // stored, not interpreted
+    unsigned int biClrUsed;       // colour-table entries; 0 means the default of the depth
+    unsigned int biClrImportant;  // stored, not interpreted
+};
+typedef struct tagBITMAPINFOHEADER BITMAPINFOHEADER;
+
+struct tagRGBQUAD {
+    unsigned char rgbBlue;
+    unsigned char rgbGreen;
+    unsigned char rgbRed;
+    unsigned char rgbReserved;
+};
+typedef struct tagRGBQUAD RGBQUAD;
+
+// A header and its colour table: as many entries as the header says, or three 32-bit masks.
+struct tagBITMAPINFO {
+    BITMAPINFOHEADER bmiHeader;
+    RGBQUAD bmiColors[1];
+};
+typedef struct tagBITMAPINFO BITMAPINFO;
+
+enum { BI_RGB = 0, BI_RLE8 = 1, BI_RLE4 = 2, BI_BITFIELDS = 3 };
+
+#endif
+
+// A palette entry, laid out as RGBQUAD. For 16- and 32-bit images with BI_BITFIELDS the palette table
+// holds three little-endian colour masks instead: red, green, blue.
+struct tagKelRGBQUAD {
+    unsigned char byBlue;
+    unsigned char byGreen;
+    unsigned char byRed;
+    unsigned char byReserved;
+};
+
+#endif  // IKELEX_BITMAP_H

@@ -1,0 +1,22 @@
+// What leaves the shared library, and the library's version.
+#ifndef IKELEX_EXPORT_H
+#define IKELEX_EXPORT_H
+
+#if defined(__GNUC__)
+#define IKELEX_API __attribute__((visibility("default")))
+#else
+#define IKELEX_API
+#endif
+
+// The version of these headers: major * 10000 + minor * 100 + patch.
+#define IKELEX_VERSION 10000
+#define IKELEX_VERSION_STRING "1.0.0"
+
+extern "C" {
+
+// The version of the library in use, in the form of IKELEX_VERSION. Any thread.
+IKELEX_API int GetKelVersion();
+
+}  // extern "C"
+
+#endif  // IKELEX_EXPORT_H

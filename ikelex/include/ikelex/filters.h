@@ -1,0 +1,20 @@
+// The image filters and the kernels of the scale filter.
+#ifndef IKELEX_FILTERS_H
+#define IKELEX_FILTERS_H
+
+enum KelImageFilterType : int {
+    // Resamples to a new size; the result has 24 bits per pixel. Parameters: "width" and "height"
+    // (an integer gives the size in pixels, a float or double a factor; absent keeps the size) and
+    // "type" (a 32-bit signed integer: one of the kernels below; absent means bilinear).
+    KEL_FILTER_SCALE = 1
+};
+
+// Values of the scale filter's "type" parameter.
+enum KelScaleType : int {
+    KEL_SCALE_BILINEAR = 1,
+    KEL_SCALE_BOX = 2,
+    KEL_SCALE_GAUSSIAN = 3,
+    KEL_SCALE_HAMMING = 4
+};
+
+#endif  // IKELEX_FILTERS_H

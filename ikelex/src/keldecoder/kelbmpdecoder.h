@@ -1,0 +1,16 @@
+// CKelBMPDecoder: the BMP reader.
+#ifndef KELDECODER_KELBMPDECODER_H
+#define KELDECODER_KELBMPDECODER_H
+
+#include "keldecoderbase.h"
+
+class IKELEX_API CKelBMPDecoder : public CKelDecoder {
+ public:
+    CKelBMPDecoder();
+    ~CKelBMPDecoder() override;
+
+    // The file must start at stream position 0: its pixel offset is an absolute position.
+    KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
+};
+
+#endif  // KELDECODER_KELBMPDECODER_H

@@ -1,0 +1,11 @@
+#include <new>
+
+#include "kelimage.h"
+
+int GetKelVersion() { return IKELEX_VERSION; }
+
+void CreateImageObject(IKelImage** ppImage) { *ppImage = new (std::nothrow) CKelImage; }
+
+void DestroyImageObject(IKelImage* pImage) {
+    delete dynamic_cast<CKelImage*>(pImage);
+}

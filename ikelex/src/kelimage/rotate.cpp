@@ -1,0 +1,3 @@
+#include "kelimage.h"
+
+bool CKelImage::Rotate(int) { return false; }

@@ -1,0 +1,16 @@
+// Pixel buffers: taken with array new, released with array delete.
+#ifndef KELMEMORY_KELMEMORY_H
+#define KELMEMORY_KELMEMORY_H
+
+#include <cstddef>
+
+namespace kel {
+
+// A new uninitialised buffer of nSize bytes from the throwing array new. Large blocks ask the system
+// for huge pages, since touching fresh small pages costs more than most work on them. Throws
+// std::bad_alloc.
+unsigned char* NewPixels(std::size_t nSize);
+
+}  // namespace kel
+
+#endif  // KELMEMORY_KELMEMORY_H

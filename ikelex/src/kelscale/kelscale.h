@@ -1,0 +1,118 @@
+// The two-pass scaler: kernels, contribution tables, and C2PassScale.
+//
+// Rows are arrays of 3-byte pixels; an image is an array of row pointers. Weights are 8-bit fixed
+// point and sum to 256 for every output position that has a positive raw sum. The scaler knows
+// nothing of the image class.
+#ifndef KELSCALE_KELSCALE_H
+#define KELSCALE_KELSCALE_H
+
+#include <ikelex/export.h>
+
+// A resampling kernel of half-width m_dWidth: zero for |x| beyond it.
+class IKELEX_API PLContribDef {
+ public:
+    explicit PLContribDef(double dWidth);
+    virtual ~PLContribDef();
+    virtual double Filter(double x) const = 0;
+
+    double m_dWidth;
+};
+
+// 1 for |x| <= width.
+class IKELEX_API PLBoxContribDef : public PLContribDef {
+ public:
+    explicit PLBoxContribDef(double dWidth);
+    ~PLBoxContribDef() override;
+    double Filter(double x) const override;
+};
+
+// width - |x| for |x| < width.
+class IKELEX_API PLBilinearContribDef : public PLContribDef {
+ public:
+    explicit PLBilinearContribDef(double dWidth);
+    ~PLBilinearContribDef() override;
+    double Filter(double x) const override;
+};
+
+// exp(-1 - x^2 / width) / sqrt(2 pi) for |x| <= width.
+class IKELEX_API PLGaussianContribDef : public PLContribDef {
+ public:
+    explicit PLGaussianContribDef(double dWidth);
+    ~PLGaussianContribDef() override;
+    double Filter(double x) const override;
+};
+
+// (0.54 + 0.46 cos(2 pi x)) sin(pi x) / (pi x) for |x| <= width.
+class IKELEX_API PLHammingContribDef : public PLContribDef {
+ public:
+    explicit PLHammingContribDef(double dWidth);
+    ~PLHammingContribDef() override;
+    double Filter(double x) const override;
+};
+
+// The weights of one output position: entry j belongs to source index nLeft + j.
+struct PixelContribType {
+    int* pWeights;  // nWindowSize entries
+    int nLeft;      // first contributing source index
+    int nRight;     // last one; below nLeft when none contributes
+};
+
+// The contribution table of one pass: one record per output position.
+struct LineContribType {
+    PixelContribType* pPixels;  // nLineLength records
+    int nWindowSize;            // weights each record can hold
+    int nLineLength;
+};
+
+// Called before every output row of either pass with the percentage done (0 to 49, then 50 to 99);
+// false stops the scale.
+typedef bool (*ScaleProgressFunc)(unsigned char byPercent);
+
+// The pixel traits of the one instantiation: three unsigned bytes, filtered independently.
+class CDataRGB_UBYTE {
+ public:
+    typedef unsigned char PixelClass[3];
+};
+
+template <class DataClass>
+class C2PassScale {
+ public:
+    typedef typename DataClass::PixelClass PixelClass;
+
+    // Neither the kernel nor the callback is owned; pfnProgress may be null.
+    explicit C2PassScale(PLContribDef* pContribDef, ScaleProgressFunc pfnProgress = nullptr);
+    virtual ~C2PassScale();
+
+    // Resamples ppIn into ppOut, which holds nOutHeight rows of at least nOutWidth pixels. Returns
+    // ppOut; null when working storage could not be had (ppOut is then not written) or the callback
+    // cancelled (rows already written stay written). A zero output size writes nothing and returns
+    // ppOut.
+    PixelClass** Scale(PixelClass** ppIn, unsigned int nInWidth, unsigned int nInHeight,
+                       PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);
+
+    // One pass each; nOutHeight rows, horizontally or vertically.
+    void HorizScale(PixelClass** ppIn, unsigned int nInWidth, unsigned int nInHeight,
+                    PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);
+    void VertScale(PixelClass** ppIn, unsigned int nInWidth, unsigned int nInHeight,
+                   PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);
+
+    // One row of the horizontal pass.
+    void ScaleRow(PixelClass** ppIn, unsigned int nInWidth, PixelClass** ppOut,
+                  unsigned int nOutWidth, unsigned int nRow, LineContribType* pTable) const;
+
+    // The table of one pass; dRatio = output size / source size. Null when it cannot be had.
+    LineContribType* CalcContributions(unsigned int nOutLength, unsigned int nInLength,
+                                       double dRatio) const;
+    // A table of nRecords records of nWeights weights, or null.
+    LineContribType* AllocContributions(unsigned int nRecords, unsigned int nWeights) const;
+    // Releases a table; null is accepted.
+    void FreeContributions(LineContribType* pTable) const;
+
+    ScaleProgressFunc m_pfnProgress;
+    bool m_bCancelled;
+    PLContribDef* m_pContribDef;
+};
+
+extern template class IKELEX_API C2PassScale<CDataRGB_UBYTE>;
+
+#endif  // KELSCALE_KELSCALE_H

@@ -1,0 +1,20 @@
+// The bounded memory functions, with the published bounds-checked signatures.
+#ifndef PLATFORM_SECUREMEM_H
+#define PLATFORM_SECUREMEM_H
+
+#include <cstddef>
+
+extern "C" {
+
+// Copies count bytes from src to dest, which has room for destMax. Returns 0 on success. A null
+// pointer gives 22 (EINVAL) and a count above destMax 34 (ERANGE), with nothing copied. The areas
+// must not overlap.
+int memcpy_s(void* dest, std::size_t destMax, const void* src, std::size_t count);
+
+// Sets count bytes of dest, which has room for destMax, to value. Returns 0 on success, 22 for a null
+// pointer and 34 for a count above destMax, with nothing written.
+int memset_s(void* dest, std::size_t destMax, int value, std::size_t count);
+
+}  // extern "C"
+
+#endif  // PLATFORM_SECUREMEM_H

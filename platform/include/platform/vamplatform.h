@@ -1,0 +1,16 @@
+// The whole platform layer: streams, strings, variants, tracing, bounded memory functions.
+//
+// The library asks its host for these and for nothing else. A host that has its own supplies a header
+// of this name with the same operations (docs/embedding.md).
+#ifndef PLATFORM_VAMPLATFORM_H
+#define PLATFORM_VAMPLATFORM_H
+
+#include <platform/securemem.h>
+#include <platform/vamarchive.h>
+#include <platform/vamarchivefile.h>
+#include <platform/vamarchivememory.h>
+#include <platform/vamstring.h>
+#include <platform/vamtrace.h>
+#include <platform/vamvariant.h>
+
+#endif  // PLATFORM_VAMPLATFORM_H

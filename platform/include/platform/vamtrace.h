@@ -1,0 +1,62 @@
+// The trace facility: levels, lines, input errors, and the text stream that composes a line.
+#ifndef PLATFORM_VAMTRACE_H
+#define PLATFORM_VAMTRACE_H
+
+#include <cstddef>
+
+// Composes one trace line. The text lies inside the object: composing neither allocates nor throws.
+// What does not fit into 1,023 characters is cut off.
+class ZT_Text_Stream {
+ public:
+    // The two arguments are the initial size and the growth step a host's stream may use; this one
+    // ignores them.
+    ZT_Text_Stream(unsigned int nSize, unsigned int nGrow);
+
+    ZT_Text_Stream& operator<<(const char* pszText);  // null appends nothing
+    ZT_Text_Stream& operator<<(int nValue);
+    ZT_Text_Stream& operator<<(unsigned int nValue);
+    ZT_Text_Stream& operator<<(unsigned long nValue);
+
+    // The text so far, null-terminated.
+    const char* GetText() const { return m_szText; }
+
+ private:
+    std::size_t m_nLength;
+    char m_szText[1024];
+};
+
+// Which of the three trace calls a line came from.
+enum ZT_TraceCall {
+    ZT_TRACE_WRITE = 0,        // zt_trace_write
+    ZT_TRACE_INPUT_ERROR = 1,  // zt_trace_input_error_msg, after the same text went to zt_trace_write
+    ZT_TRACE_VAM = 2           // VamTrace
+};
+
+// Receives one line: the call it came from, its level, its text. May be called from any thread that
+// uses the library; must not throw.
+typedef void (*ZT_TraceSink)(void* pContext, ZT_TraceCall eCall, int nLevel, const char* pszText);
+
+extern "C" {
+
+// The current level; a line of level L is written when this is at least L. 0 at the start; -1
+// silences everything.
+int zt_trace_level();
+void zt_trace_set_level(int nLevel);
+
+// Sends every line to pfnSink from now on; null restores the default, which prints each line once to
+// standard error. Set it before the library is used by several threads.
+void zt_trace_set_sink(ZT_TraceSink pfnSink, void* pContext);
+
+// Writes one line of the given level. The third argument is reserved; the library passes 0.
+void zt_trace_write(int nLevel, const char* pszText, int nReserved);
+
+// Records an input error whose text has just been written. The library passes 0 and that text.
+void zt_trace_input_error_msg(int nReserved, const char* pszText);
+
+// Writes a line built from a printf-style format, from level 0 up. "%$s" means what "%s" means. The
+// format is this function's own to interpret: the texts behind it are never taken as formats.
+void VamTrace(const char* pszFormat, ...);
+
+}  // extern "C"
+
+#endif  // PLATFORM_VAMTRACE_H

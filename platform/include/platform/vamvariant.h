@@ -1,0 +1,44 @@
+// CVamVariant: the tagged value of a parameter.
+#ifndef PLATFORM_VAMVARIANT_H
+#define PLATFORM_VAMVARIANT_H
+
+// The type tags of CVamVariant. Any other tag means "no usable value" to the library.
+enum VamVariantType {
+    VAM_EMPTY = 0,
+    VAM_INT16 = 4,
+    VAM_UINT16 = 5,
+    VAM_INT32 = 6,
+    VAM_UINT32 = 7,
+    VAM_LONG = 8,   // integer kind of which the library reads the low 32 bits
+    VAM_ULONG = 9,  // likewise
+    VAM_FLOAT = 10,
+    VAM_DOUBLE = 11
+};
+
+// An 8-bit type tag and an 8-byte value. The value's kind lies in the first bytes of m_Value as the
+// machine stores that kind; the other bytes are 0.
+class CVamVariant {
+ public:
+    CVamVariant();
+    CVamVariant(short nValue);
+    CVamVariant(unsigned short nValue);
+    CVamVariant(int nValue);
+    CVamVariant(unsigned int nValue);
+    CVamVariant(float fValue);
+    CVamVariant(double dValue);
+    CVamVariant(const CVamVariant& other);
+    ~CVamVariant();
+
+    CVamVariant& operator=(const CVamVariant& other);
+
+    // Makes this value a copy of other that shares no storage with it.
+    void Clone(const CVamVariant& other);
+
+    // Sets any tag with any 8-byte value.
+    void Set(unsigned char byType, unsigned long long nValue);
+
+    unsigned char m_byType;
+    unsigned long long m_Value;
+};
+
+#endif  // PLATFORM_VAMVARIANT_H

@@ -1,0 +1,3 @@
+#include <platform/vamarchive.h>
+
+CVamArchive::~CVamArchive() = default;
