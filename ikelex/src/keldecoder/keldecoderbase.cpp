@@ -1,0 +1,5 @@
+#include "keldecoderbase.h"
+
+CKelDecoder::CKelDecoder() = default;
+
+CKelDecoder::~CKelDecoder() = default;

@@ -1,0 +1,5 @@
+#include "kelencoderbase.h"
+
+CKelEncoder::CKelEncoder() = default;
+
+CKelEncoder::~CKelEncoder() = default;
