@@ -1,10 +1,87 @@
 #include "kelparameters.h"
 
-void InitParameters(tagKelParameters&) {}
-int CopyParameters(tagKelParameters*, tagKelParameters*) { return 0; }
-void DestroyParameters(tagKelParameters&) {}
-CVamVariant* GetParameter(const tagKelParameters&, const char*) { return nullptr; }
-CKelParameterMgr::CKelParameterMgr() : m_Params() {}
-CKelParameterMgr::~CKelParameterMgr() = default;
-int CKelParameterMgr::SetParameters(tagKelParameters*) { return 0; }
-CVamVariant* CKelParameterMgr::GetParameter(const char*) { return nullptr; }
+#include <memory>
+#include <new>
+#include <utility>
+
+void InitParameters(tagKelParameters& params) {
+    params.nCount = 0;
+    params.pItems = nullptr;
+}
+
+int CopyParameters(tagKelParameters* pSrc, tagKelParameters* pDst) {
+    if (pSrc == nullptr || pDst == nullptr) {
+        return 0;
+    }
+    const unsigned int nCount = pSrc->nCount;
+    const tagKelParameterItem* const pItems = pSrc->pItems;
+    InitParameters(*pDst);
+    if (nCount == 0 || pItems == nullptr) {
+        return 1;
+    }
+    // The strings and values are the host's and may throw; until all are copied the guard owns the
+    // array, so that an exception leaves the empty list.
+    try {
+        std::unique_ptr<tagKelParameterItem[]> pCopy(new (std::nothrow)
+                                                         tagKelParameterItem[nCount]);
+        if (pCopy == nullptr) {
+            return 1;
+        }
+        for (unsigned int i = 0; i < nCount; ++i) {
+            pCopy[i].strName = pItems[i].strName;
+            pCopy[i].varValue = pItems[i].varValue;
+            // A host's assignment may share storage with the source; Clone ends that.
+            pCopy[i].strName.Clone(pItems[i].strName);
+            pCopy[i].varValue.Clone(pItems[i].varValue);
+        }
+        pDst->nCount = nCount;
+        pDst->pItems = pCopy.release();
+    } catch (...) {
+        // The answer to failed memory: an empty list, in which every look-up finds its default.
+    }
+    return 1;
+}
+
+void DestroyParameters(tagKelParameters& params) {
+    tagKelParameterItem* const pItems = params.pItems;
+    InitParameters(params);
+    delete[] pItems;
+}
+
+CVamVariant* GetParameter(const tagKelParameters& params, const char* pszName) {
+    if (params.pItems == nullptr || pszName == nullptr) {
+        return nullptr;
+    }
+    for (unsigned int i = 0; i < params.nCount; ++i) {
+        if (params.pItems[i].strName.Match(pszName)) {
+            return &params.pItems[i].varValue;
+        }
+    }
+    return nullptr;
+}
+
+CKelParameterMgr::CKelParameterMgr() {
+    InitParameters(m_Params);
+}
+
+CKelParameterMgr::~CKelParameterMgr() {
+    try {
+        DestroyParameters(m_Params);
+    } catch (...) {
+        // A host's string or value failed to release; a destructor has nobody to tell.
+    }
+}
+
+int CKelParameterMgr::SetParameters(tagKelParameters* pParams) {
+    // Copied before the held list goes: pParams may be the held list.
+    tagKelParameters list;
+    InitParameters(list);
+    const int nResult = CopyParameters(pParams, &list);
+    std::swap(m_Params, list);
+    DestroyParameters(list);
+    return nResult;
+}
+
+CVamVariant* CKelParameterMgr::GetParameter(const char* pszName) {
+    return ::GetParameter(m_Params, pszName);
+}
