@@ -1,4 +1,36 @@
+// Mirror: the picture turned upside down in its own buffer, through one scratch row.
+#include <platform/securemem.h>
+
+#include <cstddef>
+
+#include "../kelbitmap/strides.h"
+#include "../keltrace/keltrace.h"
+#include "geometry.h"
 #include "kelimage.h"
 
-void CKelImage::Mirror(int) {}
-void CKelImage::MirrorBytes_V(unsigned char*, int, int) const {}
+void CKelImage::Mirror(int nMode) {
+    const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
+    // A stride over 31 bits leaves room for one row only: there is nothing to exchange.
+    if (nMode != 0 || m_pBits == nullptr || nStride > kel::kMaxSize) {
+        return;
+    }
+    MirrorBytes_V(m_pBits, static_cast<int>(nStride), m_bmih.biHeight);
+}
+
+void CKelImage::MirrorBytes_V(unsigned char* pBuffer, int nStride, int nRows) const {
+    const std::unique_ptr<unsigned char[]> pScratch = kel::NewScratch(nStride);
+    if (pScratch == nullptr) {
+        kel::TraceNull("pRowByte");
+        return;
+    }
+    unsigned char* const pRowByte = pScratch.get();
+    const auto nRow = static_cast<std::size_t>(nStride);
+    // The middle row of an odd count stays where it is.
+    for (int nTop = 0; nTop < nRows / 2; ++nTop) {
+        unsigned char* const pTop = pBuffer + static_cast<std::size_t>(nTop) * nRow;
+        unsigned char* const pBottom = pBuffer + static_cast<std::size_t>(nRows - 1 - nTop) * nRow;
+        kel::CheckSecure(kel::kSourceImage, memcpy_s(pRowByte, nRow, pTop, nRow));
+        kel::CheckSecure(kel::kSourceImage, memcpy_s(pTop, nRow, pBottom, nRow));
+        kel::CheckSecure(kel::kSourceImage, memcpy_s(pBottom, nRow, pRowByte, nRow));
+    }
+}

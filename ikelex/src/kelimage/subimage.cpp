@@ -1,4 +1,87 @@
+// SubImage: the rectangle's rows moved to the front of the pixel buffer.
+//
+// A destination row starts at or before its source row and is never longer, so the rows can be
+// moved in place from the top. Each passes through a scratch row, since it may overlap its source.
+#include <platform/securemem.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "../kelbitmap/strides.h"
+#include "../keltrace/keltrace.h"
+#include "geometry.h"
 #include "kelimage.h"
 
-void CKelImage::SubImage(int, int, int, int) {}
-void CKelImage::CopyBytes(int, unsigned char*, int, int, int, int, int, int) const {}
+namespace {
+
+struct Rectangle {
+    int nX, nY, nWidth, nHeight;
+};
+
+// Moves the bits of pLine nShift (below 8) places towards its start; those of byNext follow the
+// last.
+void ShiftLeft(unsigned char* pLine, std::size_t nBytes, int nShift, unsigned char byNext) {
+    for (std::size_t i = 0; i < nBytes; ++i) {
+        const unsigned int nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
+        pLine[i] = static_cast<unsigned char>((pLine[i] << 8 | nNext) << nShift >> 8);
+    }
+}
+
+// The work of CopyBytes. False, traced and nothing moved, when the scratch row cannot be had; true
+// with nothing moved for a rectangle that is larger than the source or starts outside of it.
+bool MoveRectangle(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHeight,
+                   const Rectangle& rect) {
+    if (rect.nWidth > nSrcWidth || rect.nHeight > nSrcHeight || rect.nX < 0 || rect.nY < 0) {
+        return true;
+    }
+    const std::int64_t nSrcStride = kel::RowStride(nBits, nSrcWidth);
+    const std::int64_t nLine = kel::RowStride(nBits, rect.nWidth);
+    const std::unique_ptr<unsigned char[]> pScratch = kel::NewScratch(nLine);
+    if (pScratch == nullptr) {
+        kel::TraceNull("lpLine");
+        return false;
+    }
+    unsigned char* const lpLine = pScratch.get();
+
+    // Depths below 8 bits may start inside a byte; the others count whole bytes.
+    const std::int64_t nOffset =
+        nBits < 8 ? std::int64_t{nBits} * rect.nX / 8 : std::int64_t{nBits / 8} * rect.nX;
+    const int nShift = nBits < 8 ? static_cast<int>(std::int64_t{nBits} * rect.nX % 8) : 0;
+    const std::int64_t nEnd = nSrcStride * nSrcHeight;
+    for (int nRow = 0; nRow < rect.nHeight; ++nRow) {
+        // The row's padding comes from the bytes behind the rectangle while the buffer has any.
+        const std::int64_t nFrom =
+            std::min((std::int64_t{rect.nY} + nRow) * nSrcStride + nOffset, nEnd);
+        const auto nCopy = static_cast<std::size_t>(std::min(nEnd - nFrom, nLine));
+        const auto nBytes = static_cast<std::size_t>(nLine);
+        unsigned char* const pTo = pBuffer + nRow * nLine;
+        kel::CheckSecure(kel::kSourceImage, memcpy_s(lpLine, nCopy, pBuffer + nFrom, nCopy));
+        std::memset(lpLine + nCopy, 0, nBytes - nCopy);
+        if (nShift != 0) {
+            ShiftLeft(lpLine, nBytes, nShift, nFrom + nLine < nEnd ? pBuffer[nFrom + nLine] : 0);
+        }
+        kel::CheckSecure(kel::kSourceImage, memcpy_s(pTo, nBytes, lpLine, nBytes));
+    }
+    return true;
+}
+
+}  // namespace
+
+void CKelImage::SubImage(int nX, int nY, int nWidth, int nHeight) {
+    // The differences cannot overflow once the signs are known.
+    if (m_pBits == nullptr || nX < 0 || nY < 0 || nWidth < 0 || nHeight < 0 ||
+        nWidth > m_bmih.biWidth || nX > m_bmih.biWidth - nWidth || nHeight > m_bmih.biHeight ||
+        nY > m_bmih.biHeight - nHeight) {
+        return;
+    }
+    if (MoveRectangle(m_bmih.biBitCount, m_pBits, m_bmih.biWidth, m_bmih.biHeight,
+                      {nX, nY, nWidth, nHeight})) {
+        kel::SetPictureSize(this, nWidth, nHeight);
+    }
+}
+
+void CKelImage::CopyBytes(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHeight, int nX,
+                          int nY, int nWidth, int nHeight) const {
+    MoveRectangle(nBits, pBuffer, nSrcWidth, nSrcHeight, {nX, nY, nWidth, nHeight});
+}
