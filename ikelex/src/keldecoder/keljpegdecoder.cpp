@@ -1,0 +1,173 @@
+#include "keljpegdecoder.h"
+
+#include <new>
+
+#include <jerror.h>
+#include <platform/vamarchive.h>
+#include <platform/vamtrace.h>
+
+#include "../kelbitmap/strides.h"
+#include "../kelimage/kelimage.h"
+#include "../keltrace/keltrace.h"
+
+namespace {
+
+constexpr unsigned int kBlockSize = 4096;
+
+// A decompressor that is destroyed on every way out, exceptions included. Zeroed at first:
+// destroying it is then harmless even when libjpeg refused to create it.
+struct Decompressor {
+    Decompressor() : info() {}
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+    ~Decompressor() { jpeg_destroy_decompress(&info); }
+
+    jpeg_decompress_struct info;
+};
+
+// Writes the detail line of a decode.
+void TraceDecode() {
+    if (zt_trace_level() > 1) {
+        ZT_Text_Stream stream(1024, 32);
+        stream << "CKelJpegDecoder::Do, jpeg_decompress_struct:"
+               << static_cast<unsigned int>(sizeof(jpeg_decompress_struct));
+        zt_trace_write(2, stream.GetText(), 0);
+    }
+}
+
+// Asks for blue, green, red where libjpeg can deliver it: the same samples in the order the image
+// stores them. Elsewhere the rows are swapped after they are read.
+bool AskForBgr([[maybe_unused]] jpeg_decompress_struct* pInfo) {
+#if defined(JCS_EXTENSIONS)
+    if (pInfo->out_color_space == JCS_RGB) {
+        pInfo->out_color_space = JCS_EXT_BGR;
+        return true;
+    }
+#endif
+    return false;
+}
+
+// Decodes all scanlines into the image's rows, as many at a time as libjpeg has ready.
+void ReadRows(jpeg_decompress_struct* pInfo, unsigned char** ppRows, bool bSwap) {
+    while (pInfo->output_scanline < pInfo->output_height) {
+        unsigned char** ppNext = ppRows + pInfo->output_scanline;
+        const JDIMENSION nLeft = pInfo->output_height - pInfo->output_scanline;
+        const JDIMENSION nRead = jpeg_read_scanlines(pInfo, ppNext, nLeft);
+        for (JDIMENSION i = 0; bSwap && i < nRead; ++i) {
+            RGB2BGR(ppNext[i], static_cast<int>(pInfo->image_width));
+        }
+    }
+}
+
+KelResult Decode(jpeg_decompress_struct* pInfo, CKelImage* pImage) {
+    jpeg_read_header(pInfo, TRUE);
+    const int nComponents = pInfo->num_components;
+    if (nComponents > 4) {
+        return KEL_ERR_CODEC;
+    }
+    bool bSwap = false;
+    if (nComponents < 3) {  // three equal samples of grey; libjpeg refuses two components
+        pInfo->out_color_space = JCS_RGB;
+    } else if (nComponents == 3) {
+        bSwap = !AskForBgr(pInfo);
+    }
+    // Too large for any image: refused before libjpeg spends memory and time on it.
+    const int nDepth = nComponents == 4 ? 32 : 24;
+    if (kel::PictureSize(nDepth, pInfo->image_width, pInfo->image_height) > kel::kMaxSize) {
+        return KEL_ERR_MEMORY;
+    }
+    jpeg_start_decompress(pInfo);
+
+    pImage->Create(static_cast<int>(pInfo->image_width), static_cast<int>(pInfo->image_height),
+                   nDepth);
+    unsigned char** ppRows = pImage->GetLineArray();
+    if (ppRows == nullptr || pImage->GetBits() == nullptr) {
+        pImage->Clean();
+        return KEL_ERR_MEMORY;
+    }
+    ReadRows(pInfo, ppRows, bSwap);
+    jpeg_finish_decompress(pInfo);
+    return KEL_OK;
+}
+
+}  // namespace
+
+CKelJpegDecoder::CKelJpegDecoder() = default;
+
+CKelJpegDecoder::~CKelJpegDecoder() = default;
+
+KelResult CKelJpegDecoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
+    pImage->Clean();
+    TraceDecode();
+
+    CKelJpegSrcMgr source(pArchive);
+    if (source.m_pBuffer == nullptr) {
+        return KEL_ERR_MEMORY;
+    }
+    jpeg_error_mgr errors;
+    Decompressor decompressor;
+    decompressor.info.err = jpeg_std_error(&errors);
+    errors.error_exit = &jpeg_error_exit;
+    try {
+        jpeg_create_decompress(&decompressor.info);
+        decompressor.info.src = &source;
+        return Decode(&decompressor.info, pImage);
+    } catch (const MyJpegException&) {
+        return KEL_ERR_CODEC;  // traced where it was thrown
+    }
+}
+
+void CKelJpegDecoder::jpeg_error_exit(jpeg_common_struct* pInfo) {
+    char szMessage[JMSG_LENGTH_MAX];
+    pInfo->err->format_message(pInfo, szMessage);
+    ZT_Text_Stream stream(1024, 32);
+    stream << "CKelJpegDecoder::jpeg_error_exit, err msg: " << szMessage;
+    kel::TraceInputError(stream.GetText());
+    throw MyJpegException(pInfo->err->msg_code);
+}
+
+CKelJpegSrcMgr::CKelJpegSrcMgr(CVamArchive* pArchive)
+    : jpeg_source_mgr(),
+      m_pBuffer(new (std::nothrow) unsigned char[kBlockSize]()),
+      m_pArchive(pArchive) {
+    init_source = &InitSource;
+    fill_input_buffer = &FillInputBuffer;
+    skip_input_data = &SkipInputData;
+    resync_to_restart = &jpeg_resync_to_restart;
+    term_source = &TermSource;
+}
+
+CKelJpegSrcMgr::~CKelJpegSrcMgr() {
+    m_pArchive = nullptr;
+    delete[] m_pBuffer;
+}
+
+void CKelJpegSrcMgr::InitSource(jpeg_decompress_struct*) {}
+
+boolean CKelJpegSrcMgr::FillInputBuffer(jpeg_decompress_struct* pInfo) {
+    auto* pSource = static_cast<CKelJpegSrcMgr*>(pInfo->src);
+    unsigned int nCount = pSource->m_pArchive->Read(pSource->m_pBuffer, kBlockSize);
+    if (nCount == 0 || nCount > kBlockSize) {  // the end, or a stream that lost its way
+        pSource->m_pBuffer[0] = 0xFF;
+        pSource->m_pBuffer[1] = JPEG_EOI;
+        nCount = 2;
+    }
+    pSource->next_input_byte = pSource->m_pBuffer;
+    pSource->bytes_in_buffer = nCount;
+    return TRUE;
+}
+
+void CKelJpegSrcMgr::SkipInputData(jpeg_decompress_struct* pInfo, long nBytes) {
+    if (nBytes <= 0) {
+        return;
+    }
+    auto nLeft = static_cast<unsigned long>(nBytes);
+    while (nLeft > pInfo->src->bytes_in_buffer) {
+        nLeft -= pInfo->src->bytes_in_buffer;
+        FillInputBuffer(pInfo);
+    }
+    pInfo->src->next_input_byte += nLeft;
+    pInfo->src->bytes_in_buffer -= nLeft;
+}
+
+void CKelJpegSrcMgr::TermSource(jpeg_decompress_struct*) {}

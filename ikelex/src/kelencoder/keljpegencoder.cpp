@@ -1,0 +1,166 @@
+#include "keljpegencoder.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <platform/vamarchive.h>
+#include <platform/vamtrace.h>
+
+#include "../kelbitmap/strides.h"
+#include "../kelimage/kelimage.h"
+#include "../keltrace/keltrace.h"
+
+namespace {
+
+constexpr unsigned int kBlockSize = 4096;
+constexpr int kDefaultQuality = 75;
+
+// What jpeg_error_exit throws and Do catches.
+struct WriteError {};
+
+// A compressor that is destroyed on every way out, exceptions included. Zeroed at first: destroying
+// it is then harmless even when libjpeg refused to create it.
+struct Compressor {
+    Compressor() : info() {}
+    Compressor(const Compressor&) = delete;
+    Compressor& operator=(const Compressor&) = delete;
+    ~Compressor() { jpeg_destroy_compress(&info); }
+
+    jpeg_compress_struct info;
+};
+
+// The first bytes of a variant's value, as a number of the given kind.
+template <typename Number>
+int ValueAs(const CVamVariant& variant) {
+    Number n;
+    std::memcpy(&n, &variant.m_Value, sizeof n);
+    return static_cast<int>(n);
+}
+
+// Passes every row to libjpeg, top row first. A row the image cannot convert (none can when the
+// height is negative) goes as it stands in the buffer: black.
+KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
+    const std::unique_ptr<unsigned char[]> pRow(pImage->CreateLine24());
+    if (pRow == nullptr) {
+        return KEL_ERR_MEMORY;
+    }
+    std::memset(pRow.get(), 0, static_cast<std::size_t>(kel::RowStride(24, pImage->GetWidth())));
+    const int nHeight = pImage->GetHeight();
+    const JDIMENSION nRows = pInfo->image_height;
+    for (JDIMENSION i = 0; i < nRows; ++i) {
+        const JDIMENSION nRow = nHeight > 0 ? i : nRows - 1 - i;
+        pImage->GetLine24AsRGBAt(static_cast<int>(nRow), pRow.get());
+        JSAMPROW pScanline = pRow.get();
+        jpeg_write_scanlines(pInfo, &pScanline, 1);
+    }
+    return KEL_OK;
+}
+
+KelResult Encode(jpeg_compress_struct* pInfo, int nQuality, CKelImage* pImage) {
+    const auto nHeight = static_cast<JDIMENSION>(pImage->GetHeight());
+    pInfo->image_width = static_cast<JDIMENSION>(pImage->GetWidth());
+    pInfo->image_height = pImage->GetHeight() < 0 ? 0u - nHeight : nHeight;
+    pInfo->input_components = 3;
+    pInfo->in_color_space = JCS_RGB;
+    jpeg_set_defaults(pInfo);
+    jpeg_set_quality(pInfo, nQuality, TRUE);
+    jpeg_start_compress(pInfo, TRUE);
+    const KelResult nResult = WriteRows(pInfo, pImage);
+    if (nResult == KEL_OK) {
+        jpeg_finish_compress(pInfo);
+    }
+    return nResult;
+}
+
+}  // namespace
+
+CKelJpegEncoder::CKelJpegEncoder() = default;
+
+CKelJpegEncoder::~CKelJpegEncoder() = default;
+
+KelResult CKelJpegEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
+    CKelJpegDestMgr destination(pArchive);
+    if (destination.m_pBuffer == nullptr) {
+        return KEL_ERR_MEMORY;
+    }
+    jpeg_error_mgr errors;
+    Compressor compressor;
+    compressor.info.err = jpeg_std_error(&errors);
+    errors.error_exit = &jpeg_error_exit;
+    try {
+        jpeg_create_compress(&compressor.info);
+        compressor.info.dest = &destination;
+        return Encode(&compressor.info, GetQualityParameter(), pImage);
+    } catch (const WriteError&) {
+        return KEL_ERR_CODEC;  // traced where it was thrown
+    }
+}
+
+int CKelJpegEncoder::GetQualityParameter() {
+    const CVamVariant* pValue = GetParameter("quality");
+    if (pValue == nullptr) {
+        return kDefaultQuality;
+    }
+    switch (pValue->m_byType) {
+        case VAM_INT16:
+            return ValueAs<std::int16_t>(*pValue);
+        case VAM_UINT16:
+            return ValueAs<std::uint16_t>(*pValue);
+        case VAM_INT32:
+        case VAM_UINT32:
+        case VAM_LONG:
+        case VAM_ULONG:
+            return ValueAs<std::int32_t>(*pValue);
+        default:
+            return kDefaultQuality;
+    }
+}
+
+void CKelJpegEncoder::jpeg_error_exit(jpeg_common_struct* pInfo) {
+    char szMessage[JMSG_LENGTH_MAX];
+    pInfo->err->format_message(pInfo, szMessage);
+    ZT_Text_Stream stream(1024, 32);
+    stream << "CKelJpegEncoder::jpeg_error_exit, err msg: " << szMessage;
+    kel::TraceInputError(stream.GetText());
+    throw WriteError();
+}
+
+CKelJpegDestMgr::CKelJpegDestMgr(CVamArchive* pArchive)
+    : jpeg_destination_mgr(),
+      m_pBuffer(new (std::nothrow) unsigned char[kBlockSize]),
+      m_pArchive(pArchive) {
+    init_destination = &InitDestination;
+    empty_output_buffer = &EmptyOutputBuffer;
+    term_destination = &TermDestination;
+}
+
+CKelJpegDestMgr::~CKelJpegDestMgr() {
+    m_pArchive = nullptr;
+    delete[] m_pBuffer;
+}
+
+void CKelJpegDestMgr::InitDestination(jpeg_compress_struct* pInfo) {
+    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    pDestination->next_output_byte = pDestination->m_pBuffer;
+    pDestination->free_in_buffer = kBlockSize;
+}
+
+boolean CKelJpegDestMgr::EmptyOutputBuffer(jpeg_compress_struct* pInfo) {
+    // libjpeg calls this when the block is full; its own count of free bytes may be out of date
+    // then.
+    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    pDestination->m_pArchive->Write(pDestination->m_pBuffer, kBlockSize);
+    InitDestination(pInfo);
+    return TRUE;
+}
+
+void CKelJpegDestMgr::TermDestination(jpeg_compress_struct* pInfo) {
+    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    const auto nRest = static_cast<unsigned int>(kBlockSize - pDestination->free_in_buffer);
+    if (nRest != 0) {
+        pDestination->m_pArchive->Write(pDestination->m_pBuffer, nRest);
+    }
+    pDestination->m_pArchive->Flush();
+}
