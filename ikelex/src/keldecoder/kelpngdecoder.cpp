@@ -1,5 +1,135 @@
+// The PNG reader.
+//
+// libpng is left by exceptions: its error callback throws PngError, and what the archive throws
+// passes through libpng's frames as well. libpng holds nothing on its stack that needs releasing;
+// everything hangs on its two structures, which PngReader destroys on every path.
 #include "kelpngdecoder.h"
+
+#include <platform/vamarchive.h>
+#include <platform/vamtrace.h>
+
+#include <png.h>
+
+#include "../kelimage/kelimage.h"
+
+namespace {
+
+struct PngError {};
+
+class PngReader {
+  public:
+    PngReader()
+        : m_pPng(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr,
+                                        CKelPNGDecoder::user_error_fn,
+                                        CKelPNGDecoder::user_warning_fn)),
+          m_pInfo(m_pPng ? png_create_info_struct(m_pPng) : nullptr) {}
+    PngReader(const PngReader&) = delete;
+    PngReader& operator=(const PngReader&) = delete;
+    ~PngReader() { png_destroy_read_struct(&m_pPng, m_pInfo ? &m_pInfo : nullptr, nullptr); }
+
+    bool IsReady() const { return m_pInfo != nullptr; }
+    KelResult Read(CVamArchive* pArchive, CKelImage* pImage);
+
+  private:
+    int RequestTransforms(int nBitDepth, int nColorType);
+    bool ReadPalette(CKelImage* pImage);
+
+    png_structp m_pPng;
+    png_infop m_pInfo;
+};
+
+// Asks libpng for rows in the image's layout and returns the image's depth.
+int PngReader::RequestTransforms(int nBitDepth, int nColorType) {
+    int nDepth = nBitDepth * png_get_channels(m_pPng, m_pInfo);
+    if (nBitDepth == 2) {
+        png_set_packing(m_pPng);
+        nDepth = 8;
+    } else if (nBitDepth == 16) {
+        png_set_strip_16(m_pPng);
+        nDepth /= 2;
+    }
+    if (nColorType == PNG_COLOR_TYPE_GRAY && nBitDepth < 8) {
+        png_set_expand_gray_1_2_4_to_8(m_pPng);
+    }
+    if (nColorType == PNG_COLOR_TYPE_GRAY) {
+        png_set_gray_to_rgb(m_pPng);
+        nDepth = 24;
+    } else if (nColorType == PNG_COLOR_TYPE_GRAY_ALPHA) {
+        png_set_gray_to_rgb(m_pPng);
+        png_set_expand(m_pPng);
+        nDepth = 32;
+    }
+    if ((nColorType & PNG_COLOR_MASK_COLOR) != 0) {
+        png_set_bgr(m_pPng);
+    }
+    return nDepth;
+}
+
+// False when an entry cannot be had.
+bool PngReader::ReadPalette(CKelImage* pImage) {
+    png_colorp pEntries = nullptr;
+    int nEntries = 0;
+    png_get_PLTE(m_pPng, m_pInfo, &pEntries, &nEntries);
+    for (int i = 0; i < nEntries; ++i) {
+        const png_color& entry = pEntries[i];
+        if (pImage->AddPaletteEntry(entry.red, entry.green, entry.blue, 255) != i + 1) {
+            return false;
+        }
+    }
+    return true;
+}
+
+KelResult PngReader::Read(CVamArchive* pArchive, CKelImage* pImage) {
+    png_set_read_fn(m_pPng, pArchive, CKelPNGDecoder::user_read_data);
+    png_read_info(m_pPng, m_pInfo);
+    png_uint_32 nWidth = 0;
+    png_uint_32 nHeight = 0;
+    int nBitDepth = 0;
+    int nColorType = 0;
+    png_get_IHDR(m_pPng, m_pInfo, &nWidth, &nHeight, &nBitDepth, &nColorType, nullptr, nullptr,
+                 nullptr);
+    const int nDepth = RequestTransforms(nBitDepth, nColorType);
+
+    // libpng refuses sizes over 31 bits, so both fit into an int.
+    pImage->Create(static_cast<int>(nWidth), static_cast<int>(nHeight), nDepth);
+    if (!pImage->GetLineArray() || (nColorType == PNG_COLOR_TYPE_PALETTE && !ReadPalette(pImage))) {
+        pImage->Clean();
+        return KEL_ERR_MEMORY;
+    }
+    png_read_image(m_pPng, pImage->GetLineArray());
+    png_read_end(m_pPng, m_pInfo);
+    return KEL_OK;
+}
+
+}  // namespace
 
 CKelPNGDecoder::CKelPNGDecoder() = default;
 CKelPNGDecoder::~CKelPNGDecoder() = default;
-KelResult CKelPNGDecoder::Do(CVamArchive*, CKelImage*) { return KEL_ERR_OPEN_FORMAT; }
+
+KelResult CKelPNGDecoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
+    pImage->Clean();
+    try {
+        PngReader reader;
+        return reader.IsReady() ? reader.Read(pArchive, pImage) : KEL_ERR_CODEC;
+    } catch (const PngError&) {
+        return KEL_ERR_CODEC;
+    }
+}
+
+void CKelPNGDecoder::user_error_fn(png_struct_def*, const char* pszMessage) {
+    VamTrace("PNG Decoder error msg:%$s\r\n", pszMessage);
+    throw PngError();
+}
+
+void CKelPNGDecoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
+    VamTrace("PNG Decode warning msg:%s\r\n", pszMessage);
+}
+
+void CKelPNGDecoder::user_read_data(png_struct_def* pPng, unsigned char* pData,
+                                    unsigned long nLength) {
+    auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
+    const auto nCount = static_cast<unsigned int>(nLength);
+    if (pArchive->Read(pData, nCount) != nCount) {
+        png_error(pPng, "Read Error");
+    }
+}

@@ -1,5 +1,87 @@
+// The BMP writer: two headers, no colour table, then every row at 24 bits, the last one first.
 #include "kelbmpencoder.h"
+
+#include <platform/securemem.h>
+#include <platform/vamarchive.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "../kelbitmap/bmplayout.h"
+#include "../kelbitmap/strides.h"
+#include "../kelimage/kelimage.h"
+#include "../keltrace/keltrace.h"
+
+namespace {
+
+constexpr int kBits = 24;
+constexpr unsigned int kHeadersSize = kel::kBmpFileHeaderSize + kel::kBmpInfoHeaderSize;
+
+// Widths whose rows at 24 bits cannot be counted in 31 bits are not written.
+bool HasRows(int nWidth) {
+    return nWidth >= 1 &&
+           std::int64_t{nWidth} * kBits + 31 <= std::numeric_limits<std::int32_t>::max();
+}
+
+// The header as it describes the rows that are written; the image's own stays as it is.
+BITMAPINFOHEADER WrittenHeader(const BITMAPINFOHEADER& own, bool bIs24, unsigned int nRowsSize) {
+    BITMAPINFOHEADER header = own;
+    header.biBitCount = kBits;
+    header.biClrUsed = 0;
+    header.biClrImportant = 0;
+    if (!bIs24) {
+        header.biCompression = BI_RGB;
+        header.biSizeImage = nRowsSize;
+    }
+    return header;
+}
+
+}  // namespace
 
 CKelBMPEncoder::CKelBMPEncoder() = default;
 CKelBMPEncoder::~CKelBMPEncoder() = default;
-KelResult CKelBMPEncoder::Do(CVamArchive*, CKelImage*) { return KEL_ERR_NOT_IMPLEMENTED; }
+
+KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
+    const BITMAPINFO* pInfo = pImage->GetBitmapInfo();
+    if (!pInfo) {
+        return KEL_ERR_PARAM;
+    }
+    const int nHeight = pImage->GetHeight();
+    const int nWidth = pImage->GetWidth();
+    // The file's own sizes hold 32 bits; larger products wrap there.
+    const auto nStride = static_cast<unsigned int>(kel::RowStride(kBits, nWidth));
+    const unsigned int nRowsSize = nStride * static_cast<unsigned int>(nHeight);
+
+    unsigned char fileHeader[kel::kBmpFileHeaderSize];
+    constexpr std::size_t nSize = sizeof(fileHeader);
+    kel::CheckSecure(kel::kSourceEncoder, memset_s(fileHeader, nSize, 0, nSize));
+    kel::Store16(fileHeader + kel::kBmpFileTypeAt, kel::kBmpFileType);
+    kel::Store32(fileHeader + kel::kBmpFileSizeAt, nRowsSize + kHeadersSize);
+    kel::Store32(fileHeader + kel::kBmpFileOffBitsAt, kHeadersSize);
+    pArchive->Seek(0, 0);
+    pArchive->Write(fileHeader, kel::kBmpFileHeaderSize);
+
+    const BITMAPINFOHEADER header =
+        WrittenHeader(pInfo->bmiHeader, pImage->GetBitsPerPixel() == kBits, nRowsSize);
+    pArchive->Write(&header, kel::kBmpInfoHeaderSize);
+    if (!HasRows(nWidth)) {
+        return KEL_OK;
+    }
+
+    const std::unique_ptr<unsigned char[]> pRow(new (std::nothrow) unsigned char[nStride]);
+    if (!pRow) {
+        return KEL_ERR_MEMORY;
+    }
+    const std::size_t nUsed = std::size_t{3} * static_cast<unsigned int>(nWidth);
+    for (int nRow = nHeight - 1; nRow >= 0; --nRow) {
+        kel::CheckSecure(kel::kSourceEncoder, memset_s(pRow.get(), nStride, 0, nStride));
+        pImage->GetLine24AsBGRAt(nRow, pRow.get());
+        // A row that was stored at 24 bits came with its own padding.
+        std::memset(pRow.get() + nUsed, 0, nStride - nUsed);
+        pArchive->Write(pRow.get(), nStride);
+    }
+    return KEL_OK;
+}

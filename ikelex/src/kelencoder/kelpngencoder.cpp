@@ -1,5 +1,178 @@
+// The PNG writer.
+//
+// libpng is left by exceptions: its error callback throws PngError, and what the archive throws
+// passes through libpng's frames as well. Everything libpng holds hangs on its two structures,
+// which PngWriter destroys on every path.
 #include "kelpngencoder.h"
+
+#include <platform/vamarchive.h>
+#include <platform/vamtrace.h>
+#include <png.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "../kelimage/kelimage.h"
+
+namespace {
+
+using Buffer = std::unique_ptr<unsigned char[]>;
+
+struct PngError {};
+
+// How a depth is written: bits per sample and colour type; 0 bits for a depth that is not.
+struct PngLayout {
+    int nBitDepth;
+    int nColorType;
+};
+
+PngLayout LayoutOf(int nDepth) {
+    switch (nDepth) {
+        case 1:
+        case 4:
+        case 8:
+            return {nDepth, PNG_COLOR_TYPE_PALETTE};
+        case 16:
+        case 24:
+            return {8, PNG_COLOR_TYPE_RGB};
+        case 32:
+            return {8, PNG_COLOR_TYPE_RGB_ALPHA};
+        default:
+            return {0, 0};
+    }
+}
+
+class PngWriter {
+  public:
+    PngWriter()
+        : m_pPng(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr,
+                                         CKelPNGEncoder::user_error_fn,
+                                         CKelPNGEncoder::user_warning_fn)),
+          m_pInfo(m_pPng ? png_create_info_struct(m_pPng) : nullptr) {}
+    PngWriter(const PngWriter&) = delete;
+    PngWriter& operator=(const PngWriter&) = delete;
+    ~PngWriter() { png_destroy_write_struct(&m_pPng, m_pInfo ? &m_pInfo : nullptr); }
+
+    bool IsReady() const { return m_pInfo != nullptr; }
+    KelResult Write(CVamArchive* pArchive, CKelImage* pImage, const PngLayout& layout,
+                    const CKelPNGEncoder& encoder);
+
+  private:
+    bool SetPalette(CKelImage* pImage, const CKelPNGEncoder& encoder);
+    bool WriteConvertedRows(CKelImage* pImage);
+
+    png_structp m_pPng;
+    png_infop m_pInfo;
+};
+
+// False when libpng's form of the palette cannot be had. Without a palette none is set, and libpng
+// refuses the picture.
+bool PngWriter::SetPalette(CKelImage* pImage, const CKelPNGEncoder& encoder) {
+    const int nEntries = pImage->GetPaletteNum();
+    if (nEntries <= 0 || !pImage->GetPalette()) {
+        return true;
+    }
+    const Buffer pEntries(encoder.CreatePNGPalette(nEntries, pImage->GetPalette()));
+    if (!pEntries) {
+        return false;
+    }
+    static_assert(sizeof(png_color) == 3, "an entry is red, green, blue");
+    png_set_PLTE(m_pPng, m_pInfo, reinterpret_cast<png_const_colorp>(pEntries.get()), nEntries);
+    return true;
+}
+
+// The rows of a 16- or 24-bit image. False when the row buffer cannot be had.
+bool PngWriter::WriteConvertedRows(CKelImage* pImage) {
+    const Buffer pRow(pImage->CreateLine24());
+    if (!pRow) {
+        return false;
+    }
+    // A row that cannot be converted comes out black.
+    std::memset(pRow.get(), 0, std::size_t{3} * static_cast<unsigned int>(pImage->GetWidth()));
+    for (int nRow = 0; nRow < pImage->GetHeight(); ++nRow) {
+        pImage->GetLine24AsRGBAt(nRow, pRow.get());
+        png_write_row(m_pPng, pRow.get());
+    }
+    return true;
+}
+
+KelResult PngWriter::Write(CVamArchive* pArchive, CKelImage* pImage, const PngLayout& layout,
+                           const CKelPNGEncoder& encoder) {
+    png_set_write_fn(m_pPng, pArchive, CKelPNGEncoder::user_write_data,
+                     CKelPNGEncoder::user_flush_data);
+    png_set_IHDR(m_pPng, m_pInfo, static_cast<png_uint_32>(pImage->GetWidth()),
+                 static_cast<png_uint_32>(pImage->GetHeight()), layout.nBitDepth, layout.nColorType,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    if (layout.nColorType == PNG_COLOR_TYPE_PALETTE && !SetPalette(pImage, encoder)) {
+        return KEL_ERR_MEMORY;
+    }
+    png_write_info(m_pPng, m_pInfo);
+
+    if (layout.nColorType == PNG_COLOR_TYPE_RGB) {
+        if (!WriteConvertedRows(pImage)) {
+            return KEL_ERR_MEMORY;
+        }
+    } else if (unsigned char** ppLines = pImage->GetLineArray()) {
+        if (layout.nColorType == PNG_COLOR_TYPE_RGB_ALPHA) {
+            png_set_bgr(m_pPng);  // libpng exchanges the bytes in its own copy of each row
+        }
+        png_write_image(m_pPng, ppLines);
+    }
+    png_write_end(m_pPng, m_pInfo);
+    return KEL_OK;
+}
+
+}  // namespace
 
 CKelPNGEncoder::CKelPNGEncoder() = default;
 CKelPNGEncoder::~CKelPNGEncoder() = default;
-KelResult CKelPNGEncoder::Do(CVamArchive*, CKelImage*) { return KEL_ERR_NOT_IMPLEMENTED; }
+
+KelResult CKelPNGEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
+    const PngLayout layout = LayoutOf(pImage->GetBitsPerPixel());
+    if (layout.nBitDepth == 0) {
+        return KEL_ERR_FAIL;
+    }
+    try {
+        PngWriter writer;
+        return writer.IsReady() ? writer.Write(pArchive, pImage, layout, *this) : KEL_ERR_CODEC;
+    } catch (const PngError&) {
+        return KEL_ERR_CODEC;
+    }
+}
+
+unsigned char* CKelPNGEncoder::CreatePNGPalette(int nCount, tagKelRGBQUAD* pPalette) const {
+    if (nCount < 1) {
+        return nullptr;
+    }
+    const auto nEntries = static_cast<std::size_t>(nCount);
+    auto* pEntries = new (std::nothrow) unsigned char[nEntries * 3];
+    if (!pEntries) {
+        return nullptr;
+    }
+    for (std::size_t i = 0; i < nEntries; ++i) {
+        pEntries[3 * i] = pPalette[i].byRed;
+        pEntries[3 * i + 1] = pPalette[i].byGreen;
+        pEntries[3 * i + 2] = pPalette[i].byBlue;
+    }
+    return pEntries;
+}
+
+void CKelPNGEncoder::user_error_fn(png_struct_def*, const char* pszMessage) {
+    VamTrace("PNG Encoder error msg:%$s\r\n", pszMessage);
+    throw PngError();
+}
+
+void CKelPNGEncoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
+    VamTrace("PNG Encode warning msg:%s\r\n", pszMessage);
+}
+
+void CKelPNGEncoder::user_write_data(png_struct_def* pPng, unsigned char* pData,
+                                     unsigned long nLength) {
+    auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
+    pArchive->Write(pData, static_cast<unsigned int>(nLength));
+}
+
+void CKelPNGEncoder::user_flush_data(png_struct_def* pPng) {
+    static_cast<CVamArchive*>(png_get_io_ptr(pPng))->Flush();
+}

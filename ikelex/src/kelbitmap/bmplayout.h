@@ -1,0 +1,61 @@
+// The layout of a BMP file: sizes and offsets of its headers.
+//
+//   0   file header, 14 bytes: "BM", file size, two reserved words, position of the pixel rows
+//   14  info header: 40 bytes (laid out as BITMAPINFOHEADER) or, from OS/2, 12 bytes
+//       colour table: entries of 4 bytes after the 40-byte header, of 3 bytes after the 12-byte
+//       one, or three 32-bit masks pixel rows, the picture's last row first unless the height is
+//       negative
+//
+// All numbers are little-endian and packed.
+#ifndef KELBITMAP_BMPLAYOUT_H
+#define KELBITMAP_BMPLAYOUT_H
+
+#include <ikelex/bitmap.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace kel {
+
+static_assert(sizeof(BITMAPINFOHEADER) == 40, "the header in memory is the header in the file");
+static_assert(std::endian::native == std::endian::little, "headers are copied byte for byte");
+
+inline constexpr unsigned int kBmpFileHeaderSize = 14;
+inline constexpr unsigned int kBmpFileTypeAt = 0;      // 16 bits
+inline constexpr unsigned int kBmpFileSizeAt = 2;      // 32 bits
+inline constexpr unsigned int kBmpFileOffBitsAt = 10;  // 32 bits
+inline constexpr std::uint16_t kBmpFileType = 0x4D42;  // "BM"
+
+inline constexpr unsigned int kBmpInfoHeaderSize = 40;
+
+inline constexpr unsigned int kBmpCoreHeaderSize = 12;
+inline constexpr unsigned int kBmpCoreWidthAt = 4;  // the rest 16 bits each
+inline constexpr unsigned int kBmpCoreHeightAt = 6;
+inline constexpr unsigned int kBmpCorePlanesAt = 8;
+inline constexpr unsigned int kBmpCoreBitCountAt = 10;
+
+inline constexpr unsigned int kBmpQuadSize = 4;    // a colour-table entry after the 40-byte header
+inline constexpr unsigned int kBmpTripleSize = 3;  // and after the 12-byte one: blue, green, red
+
+inline std::uint16_t Load16(const unsigned char* p) {
+    return static_cast<std::uint16_t>(p[0] | p[1] << 8);
+}
+
+inline std::uint32_t Load32(const unsigned char* p) {
+    return Load16(p) | static_cast<std::uint32_t>(Load16(p + 2)) << 16;
+}
+
+inline void Store16(unsigned char* p, std::uint16_t nValue) {
+    p[0] = static_cast<unsigned char>(nValue);
+    p[1] = static_cast<unsigned char>(nValue >> 8);
+}
+
+inline void Store32(unsigned char* p, std::uint32_t nValue) {
+    Store16(p, static_cast<std::uint16_t>(nValue));
+    Store16(p + 2, static_cast<std::uint16_t>(nValue >> 16));
+}
+
+}  // namespace kel
+
+#endif  // KELBITMAP_BMPLAYOUT_H
