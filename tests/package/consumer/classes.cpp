@@ -1,0 +1,21 @@
+// A foreign program that uses the classes behind the interface, by their own headers.
+#include <kelimage.h>
+
+#include <keldecoder.h>
+#include <kelencoder.h>
+#include <kelfilter.h>
+#include <kelparameters.h>
+#include <kelscale.h>
+
+int main() {
+    CKelImage image;
+    CKelBMPEncoder encoder;
+    PLBoxContribDef kernel(0.5);
+    C2PassScale<CDataRGB_UBYTE> scaler(&kernel);
+    LineContribType* pTable = scaler.CalcContributions(4, 8, 0.5);
+    const bool bRight = pTable != nullptr && pTable->nLineLength == 4 &&
+                        image.Create(3, 2, 24) != nullptr &&
+                        dynamic_cast<CKelEncoder*>(&encoder) != nullptr;
+    scaler.FreeContributions(pTable);
+    return bRight ? 0 : 1;
+}
