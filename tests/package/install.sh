@@ -18,7 +18,7 @@ fi
 [ "$(readelf -d "$lib/libikelex.so" | grep -c 'SONAME.*libikelex.so.1]')" -eq 1 ]
 
 cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build "$work/cmake" >/dev/null
+cmake --build "$work/cmake" >"$work/log" || { cat "$work/log"; exit 1; }
 for program in host host_static classes; do
     "$work/cmake/$program" "$work"
 done
