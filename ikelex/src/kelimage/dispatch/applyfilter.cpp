@@ -1,9 +1,68 @@
+// The filter entry points. Nothing throws across the interface: what a filter or a host's own class
+// throws becomes a result here, after everything made for the call is released.
+#include <memory>
+#include <new>
+
+#include "../../kelscale/kelfilter.h"
+#include "../../keltrace/keltrace.h"
 #include "../kelimage.h"
 
-KelResult CKelImage::ApplyFilter(KelImageFilterType, tagKelParameters*) { return KEL_ERR_FILTER_TYPE; }
-KelResult CKelImage::ApplyFilter(IKelImage**, KelImageFilterType, tagKelParameters*) {
-    return KEL_ERR_FILTER_TYPE;
+namespace {
+
+// Runs fnWork and returns its result, or the code of what it threw.
+template <typename Work>
+KelResult Guard(Work fnWork) {
+    try {
+        return fnWork();
+    } catch (const std::bad_alloc&) {
+        return KEL_ERR_MEMORY;
+    } catch (...) {
+        return KEL_ERR_FILE;
+    }
 }
-KelResult CKelImage::ApplyFilter1(CKelImage**, KelImageFilterType, tagKelParameters*) {
-    return KEL_ERR_FILTER_TYPE;
+
+}  // namespace
+
+KelResult CKelImage::ApplyFilter(KelImageFilterType eType, tagKelParameters* pParams) {
+    return Guard([&] {
+        CKelImage* pNew = nullptr;
+        const KelResult nResult = ApplyFilter1(&pNew, eType, pParams);
+        const std::unique_ptr<CKelImage> owner(pNew);
+        if (nResult == KEL_OK && pNew != nullptr) {
+            Borrow(pNew);
+        }
+        return nResult;
+    });
+}
+
+KelResult CKelImage::ApplyFilter(IKelImage** ppImage, KelImageFilterType eType,
+                                 tagKelParameters* pParams) {
+    *ppImage = nullptr;
+    return Guard([&] {
+        CKelImage* pNew = nullptr;
+        const KelResult nResult = ApplyFilter1(&pNew, eType, pParams);
+        *ppImage = pNew;
+        return nResult;
+    });
+}
+
+KelResult CKelImage::ApplyFilter1(CKelImage** ppImage, KelImageFilterType eType,
+                                  tagKelParameters* pParams) {
+    *ppImage = nullptr;
+    if (eType != KEL_FILTER_SCALE) {
+        return KEL_ERR_FILTER_TYPE;
+    }
+    return Guard([&] {
+        std::unique_ptr<CKelImage> image(new (std::nothrow) CKelImage);
+        if (image == nullptr) {
+            kel::TraceNull("pImage");
+        }
+        CKelImageFilterScale filter;
+        filter.SetParameters(pParams);
+        const KelResult nResult = filter.Apply(this, image.get());
+        if (nResult == KEL_OK) {
+            *ppImage = image.release();
+        }
+        return nResult;
+    });
 }
