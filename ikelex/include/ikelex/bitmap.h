@@ -1,7 +1,7 @@
 // The published Windows bitmap structures, byte for byte, little-endian.
 //
-// A host that already has them from its own headers defines IKELEX_NO_BITMAP_TYPES before it includes
-// any header of the library.
+// A host that already has them from its own headers defines IKELEX_NO_BITMAP_TYPES before it
+// includes any header of the library.
 #ifndef IKELEX_BITMAP_H
 #define IKELEX_BITMAP_H
 
@@ -21,34 +21,36 @@ struct tagBITMAPINFOHEADER {
     unsigned int biClrUsed;       // colour-table entries; 0 means the default of the depth
     unsigned int biClrImportant;  // stored, not interpreted
 };
-typedef struct tagBITMAPINFOHEADER BITMAPINFOHEADER;
+typedef struct tagBITMAPINFOHEADER BITMAPINFOHEADER;  // the published name
 
+// A colour-table entry, 4 bytes.
 struct tagRGBQUAD {
-    unsigned char rgbBlue;
-    unsigned char rgbGreen;
-    unsigned char rgbRed;
-    unsigned char rgbReserved;
+    unsigned char rgbBlue;      // 0 to 255
+    unsigned char rgbGreen;     // 0 to 255
+    unsigned char rgbRed;       // 0 to 255
+    unsigned char rgbReserved;  // stored, not interpreted
 };
-typedef struct tagRGBQUAD RGBQUAD;
+typedef struct tagRGBQUAD RGBQUAD;  // the published name
 
 // A header and its colour table: as many entries as the header says, or three 32-bit masks.
 struct tagBITMAPINFO {
-    BITMAPINFOHEADER bmiHeader;
-    RGBQUAD bmiColors[1];
+    BITMAPINFOHEADER bmiHeader;  // says how many entries follow
+    RGBQUAD bmiColors[1];        // the first of them
 };
-typedef struct tagBITMAPINFO BITMAPINFO;
+typedef struct tagBITMAPINFO BITMAPINFO;  // the published name
 
+// Values of biCompression.
 enum { BI_RGB = 0, BI_RLE8 = 1, BI_RLE4 = 2, BI_BITFIELDS = 3 };
 
 #endif
 
-// A palette entry, laid out as RGBQUAD. For 16- and 32-bit images with BI_BITFIELDS the palette table
-// holds three little-endian colour masks instead: red, green, blue.
+// A palette entry, laid out as RGBQUAD. For 16- and 32-bit images with BI_BITFIELDS the palette
+// table holds three little-endian colour masks instead: red, green, blue.
 struct tagKelRGBQUAD {
-    unsigned char byBlue;
-    unsigned char byGreen;
-    unsigned char byRed;
-    unsigned char byReserved;
+    unsigned char byBlue;      // 0 to 255
+    unsigned char byGreen;     // 0 to 255
+    unsigned char byRed;       // 0 to 255
+    unsigned char byReserved;  // stored, not interpreted
 };
 
 #endif  // IKELEX_BITMAP_H

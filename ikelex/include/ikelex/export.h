@@ -2,6 +2,7 @@
 #ifndef IKELEX_EXPORT_H
 #define IKELEX_EXPORT_H
 
+// Marks what leaves the shared library.
 #if defined(__GNUC__)
 #define IKELEX_API __attribute__((visibility("default")))
 #else
@@ -10,6 +11,7 @@
 
 // The version of these headers: major * 10000 + minor * 100 + patch.
 #define IKELEX_VERSION 10000
+// The same as text.
 #define IKELEX_VERSION_STRING "1.0.0"
 
 extern "C" {

@@ -2,6 +2,7 @@
 #ifndef IKELEX_FILTERS_H
 #define IKELEX_FILTERS_H
 
+// The filters that ApplyFilter knows.
 enum KelImageFilterType : int {
     // Resamples to a new size; the result has 24 bits per pixel. Parameters: "width" and "height"
     // (an integer gives the size in pixels, a float or double a factor; absent keeps the size) and

@@ -4,8 +4,10 @@
 
 #include <ikelex/export.h>
 
+// What every fallible operation returns.
 typedef int KelResult;
 
+// The values of a KelResult.
 enum {
     KEL_OK = 0,               // success
     KEL_ERR_FAIL = 1,         // format not recognised, or a depth the PNG writer cannot write

@@ -5,7 +5,7 @@
 #include "keldecoderbase.h"
 
 class IKELEX_API CKelBMPDecoder : public CKelDecoder {
- public:
+  public:
     CKelBMPDecoder();
     ~CKelBMPDecoder() override;
 

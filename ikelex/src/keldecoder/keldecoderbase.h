@@ -11,7 +11,7 @@ class CKelImage;
 
 // A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelDecoder : public CKelParameterMgr {
- public:
+  public:
     CKelDecoder();
     ~CKelDecoder() override;
 

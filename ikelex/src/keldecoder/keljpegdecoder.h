@@ -14,10 +14,11 @@ class CKelImage;
 
 // Takes no parameters and has no base. A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelJpegDecoder {
- public:
+  public:
     // What jpeg_error_exit throws and Do catches.
     class IKELEX_API MyJpegException {
-     public:
+      public:
+        // Carries libjpeg's msg_code.
         explicit MyJpegException(int nMsgCode) : m_nMsgCode(nMsgCode) {}
         int m_nMsgCode;  // libjpeg's msg_code
     };
@@ -25,10 +26,11 @@ class IKELEX_API CKelJpegDecoder {
     CKelJpegDecoder();
     virtual ~CKelJpegDecoder();
 
-    // Reads a JPEG from pArchive, which stands at its start, into pImage: 24 bits blue, green, red for
-    // one or three components, 32 bits as libjpeg delivers them for four. KEL_ERR_CODEC when libjpeg
-    // reported an error; the image is then empty, or keeps its size and the rows read so far.
-    // KEL_ERR_MEMORY: empty. An exception that pArchive throws passes on after all was released.
+    // Reads a JPEG from pArchive, which stands at its start, into pImage: 24 bits blue, green, red
+    // for one or three components, 32 bits as libjpeg delivers them for four. KEL_ERR_CODEC when
+    // libjpeg reported an error; the image is then empty, or keeps its size and the rows read so
+    // far. KEL_ERR_MEMORY: empty. An exception that pArchive throws passes on after all was
+    // released.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage);
 
     // libjpeg's error handler: traces libjpeg's message and throws MyJpegException.
@@ -38,12 +40,14 @@ class IKELEX_API CKelJpegDecoder {
 // Feeds libjpeg from an archive in blocks of 4096 bytes. Past the end of the data it delivers
 // end-of-image markers.
 class IKELEX_API CKelJpegSrcMgr : public jpeg_source_mgr {
- public:
+  public:
+    // Reads from pArchive, which must outlive the manager and is not owned.
     explicit CKelJpegSrcMgr(CVamArchive* pArchive);
     CKelJpegSrcMgr(const CKelJpegSrcMgr&) = delete;
     CKelJpegSrcMgr& operator=(const CKelJpegSrcMgr&) = delete;
     virtual ~CKelJpegSrcMgr();
 
+    // libjpeg's callbacks.
     static void InitSource(jpeg_decompress_struct* pInfo);
     static boolean FillInputBuffer(jpeg_decompress_struct* pInfo);
     static void SkipInputData(jpeg_decompress_struct* pInfo, long nBytes);

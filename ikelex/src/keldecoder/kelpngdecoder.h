@@ -7,7 +7,7 @@
 struct png_struct_def;
 
 class IKELEX_API CKelPNGDecoder : public CKelDecoder {
- public:
+  public:
     CKelPNGDecoder();
     ~CKelPNGDecoder() override;
 

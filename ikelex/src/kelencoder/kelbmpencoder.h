@@ -5,7 +5,7 @@
 #include "kelencoderbase.h"
 
 class IKELEX_API CKelBMPEncoder : public CKelEncoder {
- public:
+  public:
     CKelBMPEncoder();
     ~CKelBMPEncoder() override;
 

@@ -11,7 +11,7 @@ class CKelImage;
 
 // A writer lives for one call: construct, SetParameters, Do, destroy.
 class IKELEX_API CKelEncoder : public CKelParameterMgr {
- public:
+  public:
     CKelEncoder();
     ~CKelEncoder() override;
 

@@ -8,14 +8,15 @@
 
 #include "kelencoderbase.h"
 
+// Takes the parameter "quality". A writer lives for one call: construct, SetParameters, Do, destroy.
 class IKELEX_API CKelJpegEncoder : public CKelEncoder {
- public:
+  public:
     CKelJpegEncoder();
     ~CKelJpegEncoder() override;
 
     // Writes a baseline JPEG of three components from the stream's current position. KEL_ERR_CODEC
-    // when libjpeg reported an error (no rows, no columns, too large); KEL_ERR_MEMORY when the output
-    // block or the row buffer could not be had.
+    // when libjpeg reported an error (no rows, no columns, too large); KEL_ERR_MEMORY when the
+    // output block or the row buffer could not be had.
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
     // The "quality" parameter, not clamped; 75 when it is absent or of another kind.
@@ -28,12 +29,14 @@ class IKELEX_API CKelJpegEncoder : public CKelEncoder {
 
 // Passes libjpeg's output to an archive in blocks of 4096 bytes, one shorter rest, one Flush.
 class IKELEX_API CKelJpegDestMgr : public jpeg_destination_mgr {
- public:
+  public:
+    // Writes to pArchive, which must outlive the manager and is not owned.
     explicit CKelJpegDestMgr(CVamArchive* pArchive);
     CKelJpegDestMgr(const CKelJpegDestMgr&) = delete;
     CKelJpegDestMgr& operator=(const CKelJpegDestMgr&) = delete;
     virtual ~CKelJpegDestMgr();
 
+    // libjpeg's callbacks.
     static void InitDestination(jpeg_compress_struct* pInfo);
     static boolean EmptyOutputBuffer(jpeg_compress_struct* pInfo);
     static void TermDestination(jpeg_compress_struct* pInfo);

@@ -9,17 +9,17 @@
 struct png_struct_def;
 
 class IKELEX_API CKelPNGEncoder : public CKelEncoder {
- public:
+  public:
     CKelPNGEncoder();
     ~CKelPNGEncoder() override;
 
-    // Indexed at 1, 4 and 8 bits, truecolour at 16 and 24, truecolour with alpha at 32. KEL_ERR_FAIL,
-    // nothing written, for any other depth; KEL_ERR_CODEC when libpng reported an error;
-    // KEL_ERR_MEMORY when a row or the palette could not be had.
+    // Indexed at 1, 4 and 8 bits, truecolour at 16 and 24, truecolour with alpha at 32.
+    // KEL_ERR_FAIL, nothing written, for any other depth; KEL_ERR_CODEC when libpng reported an
+    // error; KEL_ERR_MEMORY when a row or the palette could not be had.
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
-    // nCount x 3 bytes red, green, blue; the caller releases them with array delete. Null when nCount
-    // is below 1 or memory runs out.
+    // nCount x 3 bytes red, green, blue; the caller releases them with array delete. Null when
+    // nCount is below 1 or memory runs out.
     unsigned char* CreatePNGPalette(int nCount, tagKelRGBQUAD* pPalette) const;
 
     // libpng's callbacks.

@@ -10,7 +10,7 @@ class CKelImage;
 
 // A filter lives for one call: construct, SetParameters, Apply, destroy.
 class IKELEX_API CKelImageFilter : public CKelParameterMgr {
- public:
+  public:
     CKelImageFilter();
     ~CKelImageFilter() override;
 
@@ -20,7 +20,7 @@ class IKELEX_API CKelImageFilter : public CKelParameterMgr {
 
 // Resamples any depth to a new size at 24 bits; the parameters are told in ikelex/filters.h.
 class IKELEX_API CKelImageFilterScale : public CKelImageFilter {
- public:
+  public:
     CKelImageFilterScale();
     ~CKelImageFilterScale() override;
 
@@ -28,7 +28,8 @@ class IKELEX_API CKelImageFilterScale : public CKelImageFilter {
     // KEL_ERR_MEMORY. A kernel number outside 1 to 4 gives KEL_OK and a blank picture.
     KelResult Apply(CKelImage* pSrc, CKelImage* pDst) override;
 
-    // The target size for a source size; 0 for a factor that is not finite or leaves the range of int.
+    // The target size for a source size; 0 for a factor that is not finite or leaves the range of
+    // int.
     int GetScaleWidth(int nSrcWidth);
     int GetScaleHeight(int nSrcHeight);
     // The "type" parameter when it is a 32-bit signed integer, else KEL_SCALE_BILINEAR.

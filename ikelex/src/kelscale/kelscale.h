@@ -10,43 +10,58 @@
 
 // A resampling kernel of half-width m_dWidth: zero for |x| beyond it.
 class IKELEX_API PLContribDef {
- public:
+  public:
+    // dWidth is the half-width, in pixels of the coarser side.
     explicit PLContribDef(double dWidth);
     virtual ~PLContribDef();
+
+    // The kernel's value at x.
     virtual double Filter(double x) const = 0;
 
-    double m_dWidth;
+    double m_dWidth;  // the half-width
 };
 
 // 1 for |x| <= width.
 class IKELEX_API PLBoxContribDef : public PLContribDef {
- public:
+  public:
+    // dWidth is the half-width.
     explicit PLBoxContribDef(double dWidth);
     ~PLBoxContribDef() override;
+
+    // The value at x.
     double Filter(double x) const override;
 };
 
 // width - |x| for |x| < width.
 class IKELEX_API PLBilinearContribDef : public PLContribDef {
- public:
+  public:
+    // dWidth is the half-width.
     explicit PLBilinearContribDef(double dWidth);
     ~PLBilinearContribDef() override;
+
+    // The value at x.
     double Filter(double x) const override;
 };
 
 // exp(-1 - x^2 / width) / sqrt(2 pi) for |x| <= width.
 class IKELEX_API PLGaussianContribDef : public PLContribDef {
- public:
+  public:
+    // dWidth is the half-width.
     explicit PLGaussianContribDef(double dWidth);
     ~PLGaussianContribDef() override;
+
+    // The value at x.
     double Filter(double x) const override;
 };
 
 // (0.54 + 0.46 cos(2 pi x)) sin(pi x) / (pi x) for |x| <= width.
 class IKELEX_API PLHammingContribDef : public PLContribDef {
- public:
+  public:
+    // dWidth is the half-width.
     explicit PLHammingContribDef(double dWidth);
     ~PLHammingContribDef() override;
+
+    // The value at x.
     double Filter(double x) const override;
 };
 
@@ -61,7 +76,7 @@ struct PixelContribType {
 struct LineContribType {
     PixelContribType* pPixels;  // nLineLength records
     int nWindowSize;            // weights each record can hold
-    int nLineLength;
+    int nLineLength;            // number of records
 };
 
 // Called before every output row of either pass with the percentage done (0 to 49, then 50 to 99);
@@ -70,14 +85,15 @@ typedef bool (*ScaleProgressFunc)(unsigned char byPercent);
 
 // The pixel traits of the one instantiation: three unsigned bytes, filtered independently.
 class CDataRGB_UBYTE {
- public:
-    typedef unsigned char PixelClass[3];
+  public:
+    typedef unsigned char PixelClass[3];  // one pixel
 };
 
+// Resamples an image in two passes, horizontally first, with one kernel. One thread at a time.
 template <class DataClass>
 class C2PassScale {
- public:
-    typedef typename DataClass::PixelClass PixelClass;
+  public:
+    typedef typename DataClass::PixelClass PixelClass;  // one pixel
 
     // Neither the kernel nor the callback is owned; pfnProgress may be null.
     explicit C2PassScale(PLContribDef* pContribDef, ScaleProgressFunc pfnProgress = nullptr);
@@ -108,9 +124,9 @@ class C2PassScale {
     // Releases a table; null is accepted.
     void FreeContributions(LineContribType* pTable) const;
 
-    ScaleProgressFunc m_pfnProgress;
-    bool m_bCancelled;
-    PLContribDef* m_pContribDef;
+    ScaleProgressFunc m_pfnProgress;  // may be null
+    bool m_bCancelled;                // the callback returned false; cleared by Scale
+    PLContribDef* m_pContribDef;      // not owned
 };
 
 extern template class IKELEX_API C2PassScale<CDataRGB_UBYTE>;

@@ -11,8 +11,8 @@ extern "C" {
 // must not overlap.
 int memcpy_s(void* dest, std::size_t destMax, const void* src, std::size_t count);
 
-// Sets count bytes of dest, which has room for destMax, to value. Returns 0 on success, 22 for a null
-// pointer and 34 for a count above destMax, with nothing written.
+// Sets count bytes of dest, which has room for destMax, to value. Returns 0 on success, 22 for a
+// null pointer and 34 for a count above destMax, with nothing written.
 int memset_s(void* dest, std::size_t destMax, int value, std::size_t count);
 
 }  // extern "C"

@@ -7,7 +7,7 @@
 // An abstract byte stream with a current position. The library calls exactly these five operations,
 // on the caller's thread. A host derives its own streams from this class.
 class CVamArchive {
- public:
+  public:
     virtual ~CVamArchive();
 
     // Reads up to nCount bytes from the current position into pBuffer and advances the position by

@@ -10,7 +10,7 @@
 // A growing, seekable byte stream in memory, for hosts that hold a picture's bytes and for tests.
 // Two forms: one reads a caller's bytes in place, one owns what is written to it.
 class CVamArchiveMemory : public CVamArchive {
- public:
+  public:
     // An empty stream that owns its bytes and grows as it is written to.
     CVamArchiveMemory();
 
@@ -33,7 +33,7 @@ class CVamArchiveMemory : public CVamArchive {
     long long GetPosition() override;
     bool Flush() override;
 
- private:
+  private:
     std::vector<unsigned char> m_Owned;
     const unsigned char* m_pForeign;
     std::size_t m_nForeignSize;

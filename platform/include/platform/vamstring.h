@@ -4,13 +4,16 @@
 
 #include <string>
 
+// A text. Copies share no storage.
 class CVamString {
- public:
+  public:
+    // The empty string, a text (null gives the empty string), or a copy.
     CVamString();
-    CVamString(const char* pszText);  // null gives the empty string
+    CVamString(const char* pszText);
     CVamString(const CVamString& other);
     ~CVamString();
 
+    // Becomes a copy of other.
     CVamString& operator=(const CVamString& other);
 
     // Makes this string a copy of other that shares no storage with it.
@@ -22,7 +25,7 @@ class CVamString {
     // The text, null-terminated, valid until the string changes.
     const char* GetText() const;
 
- private:
+  private:
     std::string m_strText;
 };
 

@@ -7,12 +7,13 @@
 // Composes one trace line. The text lies inside the object: composing neither allocates nor throws.
 // What does not fit into 1,023 characters is cut off.
 class ZT_Text_Stream {
- public:
+  public:
     // The two arguments are the initial size and the growth step a host's stream may use; this one
     // ignores them.
     ZT_Text_Stream(unsigned int nSize, unsigned int nGrow);
 
-    ZT_Text_Stream& operator<<(const char* pszText);  // null appends nothing
+    // Append a text (null appends nothing) or a number in decimal.
+    ZT_Text_Stream& operator<<(const char* pszText);
     ZT_Text_Stream& operator<<(int nValue);
     ZT_Text_Stream& operator<<(unsigned int nValue);
     ZT_Text_Stream& operator<<(unsigned long nValue);
@@ -20,16 +21,17 @@ class ZT_Text_Stream {
     // The text so far, null-terminated.
     const char* GetText() const { return m_szText; }
 
- private:
+  private:
     std::size_t m_nLength;
     char m_szText[1024];
 };
 
 // Which of the three trace calls a line came from.
 enum ZT_TraceCall {
-    ZT_TRACE_WRITE = 0,        // zt_trace_write
-    ZT_TRACE_INPUT_ERROR = 1,  // zt_trace_input_error_msg, after the same text went to zt_trace_write
-    ZT_TRACE_VAM = 2           // VamTrace
+    ZT_TRACE_WRITE = 0,  // zt_trace_write
+    ZT_TRACE_INPUT_ERROR =
+        1,            // zt_trace_input_error_msg, after the same text went to zt_trace_write
+    ZT_TRACE_VAM = 2  // VamTrace
 };
 
 // Receives one line: the call it came from, its level, its text. May be called from any thread that
@@ -43,8 +45,8 @@ extern "C" {
 int zt_trace_level();
 void zt_trace_set_level(int nLevel);
 
-// Sends every line to pfnSink from now on; null restores the default, which prints each line once to
-// standard error. Set it before the library is used by several threads.
+// Sends every line to pfnSink from now on; null restores the default, which prints each line once
+// to standard error. Set it before the library is used by several threads.
 void zt_trace_set_sink(ZT_TraceSink pfnSink, void* pContext);
 
 // Writes one line of the given level. The third argument is reserved; the library passes 0.

@@ -18,7 +18,8 @@ enum VamVariantType {
 // An 8-bit type tag and an 8-byte value. The value's kind lies in the first bytes of m_Value as the
 // machine stores that kind; the other bytes are 0.
 class CVamVariant {
- public:
+  public:
+    // A value of the argument's kind; without argument VAM_EMPTY.
     CVamVariant();
     CVamVariant(short nValue);
     CVamVariant(unsigned short nValue);
@@ -29,6 +30,7 @@ class CVamVariant {
     CVamVariant(const CVamVariant& other);
     ~CVamVariant();
 
+    // Becomes a copy of other.
     CVamVariant& operator=(const CVamVariant& other);
 
     // Makes this value a copy of other that shares no storage with it.
@@ -37,8 +39,8 @@ class CVamVariant {
     // Sets any tag with any 8-byte value.
     void Set(unsigned char byType, unsigned long long nValue);
 
-    unsigned char m_byType;
-    unsigned long long m_Value;
+    unsigned char m_byType;      // a VamVariantType, or any other tag
+    unsigned long long m_Value;  // the value's bytes
 };
 
 #endif  // PLATFORM_VAMVARIANT_H
