@@ -1,7 +1,30 @@
 #include "kelbitmap.h"
 
-unsigned int IMG_GetColorTableSize(BITMAPINFOHEADER*) { return 0; }
-unsigned int IMG_GetBitmapInfoSize(BITMAPINFOHEADER*) { return 0; }
-int MaskToRShift(unsigned int) { return 0; }
-int MaskToLShift(unsigned int) { return 0; }
-void RGB2BGR(unsigned char*, int) {}
+#include <bit>
+
+#include "../kelcpu/kelcpu.h"
+#include "colortable.h"
+#include "rows.h"
+
+unsigned int IMG_GetColorTableSize(BITMAPINFOHEADER* pHeader) {
+    return kel::ColorTableEntries(*pHeader) * 4;
+}
+
+unsigned int IMG_GetBitmapInfoSize(BITMAPINFOHEADER* pHeader) {
+    return pHeader->biSize + IMG_GetColorTableSize(pHeader);
+}
+
+int MaskToRShift(unsigned int nMask) {
+    return nMask == 0 ? 0 : std::countr_zero(nMask);
+}
+
+int MaskToLShift(unsigned int nMask) {
+    return nMask == 0 ? 0 : 8 - std::countr_one(nMask >> std::countr_zero(nMask));
+}
+
+void RGB2BGR(unsigned char* pBuffer, int nCount) {
+    if (nCount > 0) {
+        kel::RowFunctionsFor(kel::BestCpuLevel())
+            .pfnReverse24(pBuffer, pBuffer, static_cast<std::size_t>(nCount));
+    }
+}

@@ -6,10 +6,10 @@
 #include <ikelex/bitmap.h>
 #include <ikelex/export.h>
 
-// Bytes of the colour table that follows a header, from its biBitCount, biClrUsed and biCompression:
-// 8 at 1 bit; biClrUsed x 4 at 4 and 8 bits (64 and 1024 when biClrUsed is 0); 12 (three masks) at 16
-// and 32 bits with BI_BITFIELDS, else biClrUsed x 4 there and at 24 bits; 0 at any other depth. The
-// product wraps at 32 bits. Reads the header and nothing behind it.
+// Bytes of the colour table that follows a header, from its biBitCount, biClrUsed and
+// biCompression: 8 at 1 bit; biClrUsed x 4 at 4 and 8 bits (64 and 1024 when biClrUsed is 0); 12
+// (three masks) at 16 and 32 bits with BI_BITFIELDS, else biClrUsed x 4 there and at 24 bits; 0 at
+// any other depth. The product wraps at 32 bits. Reads the header and nothing behind it.
 IKELEX_API unsigned int IMG_GetColorTableSize(BITMAPINFOHEADER* pHeader);
 
 // biSize + IMG_GetColorTableSize, wrapping at 32 bits.
@@ -18,8 +18,8 @@ IKELEX_API unsigned int IMG_GetBitmapInfoSize(BITMAPINFOHEADER* pHeader);
 // The right shift that brings a colour mask's lowest bit to bit 0; 0 for the mask 0.
 IKELEX_API int MaskToRShift(unsigned int nMask);
 
-// 8 minus the length of the run of one bits that starts at the mask's lowest set bit; 0 for the mask
-// 0. Negative for runs over 8.
+// 8 minus the length of the run of one bits that starts at the mask's lowest set bit; 0 for the
+// mask 0. Negative for runs over 8.
 IKELEX_API int MaskToLShift(unsigned int nMask);
 
 // Exchanges the first and third byte of nCount consecutive 3-byte pixels, in place. Nothing for a

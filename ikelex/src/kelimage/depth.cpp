@@ -1,4 +1,50 @@
+// The one depth change there is: 24 to 32 bits.
+#include <algorithm>
+#include <new>
+
+#include "../kelbitmap/rows.h"
+#include "../kelbitmap/strides.h"
+#include "../keltrace/keltrace.h"
+#include "headerblock.h"
 #include "kelimage.h"
 
-void CKelImage::ChangeBitCount(int) {}
-void CKelImage::Convert24BitTo32Bit(int, unsigned char*, unsigned char*) {}
+void CKelImage::ChangeBitCount(int nBitCount) {
+    if (m_bmih.biBitCount != 24 || nBitCount != 32 || m_pBits == nullptr ||
+        m_ppLineArray == nullptr) {
+        return;
+    }
+    const std::int64_t nSize = kel::PictureSize(32, m_bmih.biWidth, m_bmih.biHeight);
+    unsigned char* lpNewBit = nullptr;
+    if (nSize >= 0 && nSize <= kel::kMaxSize) {
+        lpNewBit = new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)];
+    }
+    if (lpNewBit != nullptr) {
+        const std::int64_t nStride = kel::RowStride(32, m_bmih.biWidth);
+        for (std::int64_t y = 0; y < m_bmih.biHeight; ++y) {
+            Convert24BitTo32Bit(0, m_ppLineArray[y], lpNewBit + y * nStride);
+        }
+    }
+    if (lpNewBit == nullptr || !ReplaceBits(lpNewBit)) {
+        delete[] lpNewBit;
+        kel::TraceNull("lpNewBit");
+        return;
+    }
+    const std::int64_t nOldBlock = kel::HeaderBlockSize(m_bmih);
+    m_bmih.biBitCount = 32;
+    m_bmih.biSizeImage = static_cast<unsigned int>(nSize);
+    if (m_pBMI != nullptr) {
+        m_pBMI->bmiHeader.biBitCount = 32;
+        m_pBMI->bmiHeader.biSizeImage = m_bmih.biSizeImage;
+        // With bit fields the deeper header speaks of three masks, for which the block may have no
+        // room. It is built anew when it is asked for.
+        if (kel::HeaderBlockSize(m_bmih) > nOldBlock) {
+            DeleteBMI();
+        }
+    }
+    CreateLineArray();
+}
+
+void CKelImage::Convert24BitTo32Bit(int, unsigned char* pSrc, unsigned char* pDst) {
+    kel::RowFunctionsFor(kel::BestCpuLevel())
+        .pfnExpand24(pSrc, pDst, static_cast<std::size_t>(std::max(m_bmih.biWidth, 0)));
+}

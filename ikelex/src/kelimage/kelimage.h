@@ -1,16 +1,18 @@
 // CKelImage: the one implementation of IKelImage.
 //
-// The class is declared here and names no codec and no filter; the members that make them are defined
-// in dispatch/. What the interface documents is not repeated.
+// The class is declared here and names no codec and no filter; the members that make them are
+// defined in dispatch/. What the interface documents is not repeated.
 #ifndef KELIMAGE_KELIMAGE_H
 #define KELIMAGE_KELIMAGE_H
 
 #include <ikelex/ikelimage.h>
 
+#include <cstdint>
+
 #include "../kelbitmap/kelbitmap.h"
 
 class IKELEX_API CKelImage : public IKelImage {
- public:
+  public:
     // ---- lifetime.cpp
     CKelImage();
     CKelImage(const CKelImage&) = delete;
@@ -73,8 +75,8 @@ class IKELEX_API CKelImage : public IKelImage {
 
     // ---- storage.cpp
     // Empties header, palette and header block, sets the header to the given size and depth, and
-    // returns the new zeroed pixel buffer with its row array, or null when it cannot be had (also for
-    // negative sizes and sizes over 31 bits). The depth is not validated; no palette is made. A
+    // returns the new zeroed pixel buffer with its row array, or null when it cannot be had (also
+    // for negative sizes and sizes over 31 bits). The depth is not validated; no palette is made. A
     // borrowing image lets its buffers go and owns from now on.
     unsigned char* Create(int nWidth, int nHeight, int nBitCount);
     // A new zeroed pixel buffer sized from the header, with its row array, or null.
@@ -106,9 +108,9 @@ class IKELEX_API CKelImage : public IKelImage {
     unsigned char* CreateLine32() const;
     unsigned char* CreateLine24() const;
     unsigned char* CreateLine16() const;
-    // Writes row nRow as 24-bit pixels to pOut, which holds one 24-bit stride: red, green, blue when
-    // nOrder is 1, else blue, green, red. Returns pOut; null, nothing written, when there is no such
-    // row. A depth, compression or palette that cannot be converted leaves pOut as it was.
+    // Writes row nRow as 24-bit pixels to pOut, which holds one 24-bit stride: red, green, blue
+    // when nOrder is 1, else blue, green, red. Returns pOut; null, nothing written, when there is
+    // no such row. A depth, compression or palette that cannot be converted leaves pOut as it was.
     unsigned char* GetLine24At(int nOrder, int nRow, unsigned char* pOut);
     unsigned char* GetLine24AsBGRAt(int nRow, unsigned char* pOut);
     unsigned char* GetLine24AsRGBAt(int nRow, unsigned char* pOut);
@@ -123,7 +125,8 @@ class IKELEX_API CKelImage : public IKelImage {
     void Convert32BitTo24Bit(int nOrder, unsigned char* pRow, unsigned char* pOut);
 
     // ---- depth.cpp
-    // One row of the image's width from 24 to 32 bits, fourth byte 0. The first argument has no effect.
+    // One row of the image's width from 24 to 32 bits, fourth byte 0. The first argument has no
+    // effect.
     void Convert24BitTo32Bit(int nUnused, unsigned char* pSrc, unsigned char* pDst);
 
     // ---- zoom.cpp, mirror.cpp, subimage.cpp: the work on raw buffers, which touch no member
@@ -138,8 +141,8 @@ class IKELEX_API CKelImage : public IKelImage {
                    int nWidth, int nHeight) const;
 
     // ---- dispatch/detect.cpp
-    // The format of data whose first bytes stand in pBuffer, which holds at least 4. The length is not
-    // consulted.
+    // The format of data whose first bytes stand in pBuffer, which holds at least 4. The length is
+    // not consulted.
     KelImageFormat DetectImageFormat(unsigned char* pBuffer, int nLength) const;
 
     // ---- the record; its order is part of the binary interface
@@ -152,13 +155,22 @@ class IKELEX_API CKelImage : public IKelImage {
     int m_bOwnBuffers;              // 1: m_pBits and m_pBMI are released by the image; 0: borrowed
     BITMAPINFOHEADER m_bmih;        // the authoritative description of the picture
 
- private:
+  private:
     // ---- storage.cpp
     // Installs pNewBits (from array new) as the pixel buffer and owns everything from then on. An
-    // owning image releases the old buffer; a borrowing one first copies its header block, if any, and
-    // leaves the caller's memory as it was. False, nothing changed and pNewBits not released, when
-    // that copy cannot be had. The header and the row array are the caller's next steps.
+    // owning image releases the old buffer; a borrowing one first copies its header block, if any,
+    // and leaves the caller's memory as it was. False, nothing changed and pNewBits not released,
+    // when that copy cannot be had. The header and the row array are the caller's next steps.
     bool ReplaceBits(unsigned char* pNewBits);
+    // Lets an owned buffer go and installs a new zeroed one of nSize bytes with its row array; null
+    // when it cannot be had, always for a negative size.
+    unsigned char* InstallBits(std::int64_t nSize);
+
+    // ---- bitmapinfo.cpp
+    bool IsSupportedHeader(const BITMAPINFOHEADER& header) const;
+    // Owns from now on: copies borrowed pixels, rows included, and leaves the header block to the
+    // caller. False, nothing changed, when the copy cannot be had.
+    bool OwnBits();
 };
 
 #endif  // KELIMAGE_KELIMAGE_H

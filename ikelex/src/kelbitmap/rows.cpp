@@ -1,0 +1,35 @@
+// The choice of a variant, and what is computed once per row.
+#include "rows.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "kelbitmap.h"
+
+namespace kel {
+
+const RowFunctions& RowFunctionsFor([[maybe_unused]] CpuLevel eLevel) {
+    return kRowsPortable;
+}
+
+ChannelField FieldOfMask(std::uint32_t nMask) {
+    const int nRight = MaskToRShift(nMask);
+    const int nLeft = MaskToLShift(nMask);
+    // Two right shifts are one: start and run together span at most 32 bits, so the sum is
+    // below 25.
+    return nLeft >= 0 ? ChannelField{nMask, nRight, nLeft} : ChannelField{nMask, nRight - nLeft, 0};
+}
+
+void FillColorWords(const tagKelRGBQUAD* pPalette, int nCount, bool bReverse, std::uint32_t* pWords,
+                    int nEntries) {
+    const int nValid = std::min(nCount, nEntries);
+    for (int i = 0; i < nValid; ++i) {
+        const auto nEntry = std::bit_cast<std::uint32_t>(pPalette[i]);
+        const std::uint32_t nReversed =
+            (nEntry >> 16 & 0xFF) | (nEntry & 0xFF00) | (nEntry & 0xFF) << 16;
+        pWords[i] = bReverse ? nReversed : nEntry & 0xFFFFFF;
+    }
+    std::fill(pWords + nValid, pWords + nEntries, pWords[nValid - 1]);
+}
+
+}  // namespace kel
