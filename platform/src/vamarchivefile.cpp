@@ -1,11 +1,58 @@
+// The handle is a FILE so that the C library reads the mode and a host can look at it, but the
+// bytes go through its descriptor: a stdio buffer is thrown away when the system call behind it is
+// interrupted, and this one is not.
 #include <platform/vamarchivefile.h>
 
-#include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-CVamArchiveFile::CVamArchiveFile() : m_pFile(nullptr), m_bFailed(false) {}
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 
-CVamArchiveFile::~CVamArchiveFile() { Close(); }
+namespace {
+
+// A size every system takes in one call.
+constexpr unsigned int kMostAtOnce = 1u << 30;
+
+// What one read brings, at least a byte; 0 at the end of the data and for an error.
+unsigned int ReadSome(int nDescriptor, unsigned char* pBuffer, unsigned int nCount) {
+    ssize_t nGot = 0;
+    do {
+        nGot = read(nDescriptor, pBuffer, std::min(nCount, kMostAtOnce));
+    } while (nGot < 0 && errno == EINTR);
+    return nGot > 0 ? static_cast<unsigned int>(nGot) : 0;
+}
+
+// How much of the buffer could be written; less than nCount means an error.
+unsigned int WriteAll(int nDescriptor, const unsigned char* pBuffer, unsigned int nCount) {
+    unsigned int nDone = 0;
+    while (nDone < nCount) {
+        const ssize_t nPut =
+            write(nDescriptor, pBuffer + nDone, std::min(nCount - nDone, kMostAtOnce));
+        if (nPut > 0) {
+            nDone += static_cast<unsigned int>(nPut);
+        } else if (nPut == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    return nDone;
+}
+
+}  // namespace
+
+CVamArchiveFile::CVamArchiveFile()
+    : m_pFile(nullptr),
+      m_bWritable(false),
+      m_bFailed(false),
+      m_bWriting(false),
+      m_nNext(0),
+      m_nEnd(0) {}
+
+CVamArchiveFile::~CVamArchiveFile() {
+    Close();
+}
 
 bool CVamArchiveFile::Open(const char* pszPath, const char* pszMode) {
     Close();
@@ -19,38 +66,59 @@ bool CVamArchiveFile::Open(const char* pszPath, const char* pszMode) {
     }
     // fopen opens a directory for reading; only its first read would fail.
     struct stat status;
-    if (fstat(fileno(m_pFile), &status) != 0 || S_ISDIR(status.st_mode)) {
+    if (fstat(Descriptor(), &status) != 0 || S_ISDIR(status.st_mode)) {
         std::fclose(m_pFile);
         m_pFile = nullptr;
         return false;
     }
+    m_bWritable = (fcntl(Descriptor(), F_GETFL) & O_ACCMODE) != O_RDONLY;
     return true;
 }
 
 bool CVamArchiveFile::Close() {
     if (m_pFile != nullptr) {
+        WritePending();
         if (std::fclose(m_pFile) != 0) {
             m_bFailed = true;
         }
         m_pFile = nullptr;
+        m_bWriting = false;
+        m_nNext = m_nEnd = 0;
     }
     return !m_bFailed;
 }
 
+std::FILE* CVamArchiveFile::GetHandle() const {
+    return m_pFile;
+}
+
+bool CVamArchiveFile::HasFailed() const {
+    return m_bFailed;
+}
+
 unsigned int CVamArchiveFile::Read(void* pBuffer, unsigned int nCount) {
-    if (m_pFile == nullptr || pBuffer == nullptr) {
+    if (m_pFile == nullptr || pBuffer == nullptr || !StartReading()) {
         return 0;
     }
-    unsigned char* pNext = static_cast<unsigned char*>(pBuffer);
+    unsigned char* const pOut = static_cast<unsigned char*>(pBuffer);
     unsigned int nDone = 0;
     while (nDone < nCount) {
-        errno = 0;
-        const std::size_t nGot = std::fread(pNext + nDone, 1, nCount - nDone, m_pFile);
-        nDone += static_cast<unsigned int>(nGot);
-        if (nDone < nCount) {
-            const bool bInterrupted = std::ferror(m_pFile) && errno == EINTR;
-            std::clearerr(m_pFile);
-            if (!bInterrupted) {
+        const unsigned int nLeft = nCount - nDone;
+        if (m_nNext < m_nEnd) {
+            const unsigned int nTaken = std::min(nLeft, m_nEnd - m_nNext);
+            std::memcpy(pOut + nDone, m_Buffer + m_nNext, nTaken);
+            m_nNext += nTaken;
+            nDone += nTaken;
+        } else if (nLeft >= sizeof m_Buffer) {
+            const unsigned int nGot = ReadSome(Descriptor(), pOut + nDone, nLeft);
+            if (nGot == 0) {
+                break;
+            }
+            nDone += nGot;
+        } else {
+            m_nNext = 0;
+            m_nEnd = ReadSome(Descriptor(), m_Buffer, sizeof m_Buffer);
+            if (m_nEnd == 0) {
                 break;
             }
         }
@@ -62,60 +130,83 @@ unsigned int CVamArchiveFile::Write(const void* pBuffer, unsigned int nCount) {
     if (nCount == 0) {
         return 0;
     }
-    if (m_pFile == nullptr || pBuffer == nullptr) {
+    if (m_pFile == nullptr || pBuffer == nullptr || !m_bWritable || !StartWriting()) {
         m_bFailed = true;
         return 0;
     }
-    const unsigned char* pNext = static_cast<const unsigned char*>(pBuffer);
-    unsigned int nDone = 0;
-    while (nDone < nCount) {
-        errno = 0;
-        const std::size_t nPut = std::fwrite(pNext + nDone, 1, nCount - nDone, m_pFile);
-        nDone += static_cast<unsigned int>(nPut);
-        if (nDone < nCount) {
-            const bool bInterrupted = errno == EINTR;
-            std::clearerr(m_pFile);
-            if (!bInterrupted) {
-                m_bFailed = true;
-                break;
-            }
-        }
+    if (nCount > sizeof m_Buffer - m_nEnd && !WritePending()) {
+        return 0;
     }
-    return nDone;
+    if (nCount >= sizeof m_Buffer) {
+        const unsigned int nPut =
+            WriteAll(Descriptor(), static_cast<const unsigned char*>(pBuffer), nCount);
+        m_bFailed = m_bFailed || nPut < nCount;
+        return nPut;
+    }
+    std::memcpy(m_Buffer + m_nEnd, pBuffer, nCount);
+    m_nEnd += nCount;
+    return nCount;
 }
 
 bool CVamArchiveFile::Seek(long long nPosition, int nOrigin) {
     static const int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    if (m_pFile == nullptr || nOrigin < 0 || nOrigin > 2) {
+    if (m_pFile == nullptr || nOrigin < 0 || nOrigin > 2 || !WritePending()) {
         return false;
     }
-    // Moving flushes what is buffered; a full disk may show here first. Whether anything was waiting
-    // cannot be asked, so a failed move that is not a bad position counts as a failed write.
-    errno = 0;
-    if (fseeko(m_pFile, static_cast<off_t>(nPosition), kOrigins[nOrigin]) != 0) {
-        if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG || errno == EIO) {
-            m_bFailed = true;
-        }
+    if (nOrigin == 1 &&
+        __builtin_sub_overflow(nPosition, static_cast<long long>(m_nEnd - m_nNext), &nPosition)) {
         return false;
     }
+    if (lseek(Descriptor(), static_cast<off_t>(nPosition), kOrigins[nOrigin]) < 0) {
+        return false;
+    }
+    m_nNext = m_nEnd = 0;
     return true;
 }
 
 long long CVamArchiveFile::GetPosition() {
-    return m_pFile == nullptr ? -1 : static_cast<long long>(ftello(m_pFile));
+    if (m_pFile == nullptr) {
+        return -1;
+    }
+    const long long nReached = lseek(Descriptor(), 0, SEEK_CUR);
+    const long long nBetween = m_nEnd - m_nNext;
+    return nReached < 0 ? -1 : m_bWriting ? nReached + nBetween : nReached - nBetween;
 }
 
 bool CVamArchiveFile::Flush() {
-    if (m_pFile == nullptr) {
-        return false;
+    return m_pFile != nullptr && WritePending();
+}
+
+int CVamArchiveFile::Descriptor() const {
+    return fileno(m_pFile);
+}
+
+bool CVamArchiveFile::StartReading() {
+    const bool bWritten = WritePending();
+    m_bWriting = false;
+    return bWritten;
+}
+
+// Moves the descriptor back over what was read ahead.
+bool CVamArchiveFile::StartWriting() {
+    if (!m_bWriting) {
+        const long long nAhead = m_nEnd - m_nNext;
+        if (nAhead > 0 && lseek(Descriptor(), static_cast<off_t>(-nAhead), SEEK_CUR) < 0) {
+            return false;
+        }
+        m_nNext = m_nEnd = 0;
+        m_bWriting = true;
     }
-    int nResult = std::fflush(m_pFile);
-    while (nResult != 0 && errno == EINTR) {
-        std::clearerr(m_pFile);
-        nResult = std::fflush(m_pFile);
+    return true;
+}
+
+bool CVamArchiveFile::WritePending() {
+    if (!m_bWriting || m_nNext == m_nEnd) {
+        return true;
     }
-    if (nResult != 0) {
-        m_bFailed = true;
-    }
-    return nResult == 0;
+    const unsigned int nPending = m_nEnd - m_nNext;
+    const bool bWritten = WriteAll(Descriptor(), m_Buffer + m_nNext, nPending) == nPending;
+    m_nNext = m_nEnd = 0;
+    m_bFailed = m_bFailed || !bWritten;
+    return bWritten;
 }

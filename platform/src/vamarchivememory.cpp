@@ -4,10 +4,11 @@
 #include <exception>
 
 CVamArchiveMemory::CVamArchiveMemory()
-    : m_pForeign(nullptr), m_nForeignSize(0), m_nPosition(0), m_bFailed(false) {}
+    : m_bForeign(false), m_pForeign(nullptr), m_nForeignSize(0), m_nPosition(0), m_bFailed(false) {}
 
 CVamArchiveMemory::CVamArchiveMemory(const void* pData, std::size_t nSize)
-    : m_pForeign(static_cast<const unsigned char*>(pData)),
+    : m_bForeign(true),
+      m_pForeign(static_cast<const unsigned char*>(pData)),
       m_nForeignSize(nSize),
       m_nPosition(0),
       m_bFailed(false) {}
@@ -15,11 +16,11 @@ CVamArchiveMemory::CVamArchiveMemory(const void* pData, std::size_t nSize)
 CVamArchiveMemory::~CVamArchiveMemory() = default;
 
 const unsigned char* CVamArchiveMemory::GetData() const {
-    return m_pForeign != nullptr ? m_pForeign : m_Owned.data();
+    return m_bForeign ? m_pForeign : m_Owned.data();
 }
 
 std::size_t CVamArchiveMemory::GetSize() const {
-    return m_pForeign != nullptr ? m_nForeignSize : m_Owned.size();
+    return m_bForeign ? m_nForeignSize : m_Owned.size();
 }
 
 unsigned int CVamArchiveMemory::Read(void* pBuffer, unsigned int nCount) {
@@ -39,15 +40,15 @@ unsigned int CVamArchiveMemory::Write(const void* pBuffer, unsigned int nCount) 
     if (nCount == 0) {
         return 0;
     }
-    if (m_pForeign != nullptr || pBuffer == nullptr) {
+    const unsigned long long nFrom = static_cast<unsigned long long>(m_nPosition);
+    const unsigned long long nEnd = nFrom + nCount;
+    if (m_bForeign || pBuffer == nullptr || nEnd > m_Owned.max_size()) {
         m_bFailed = true;
         return 0;
     }
-    const std::size_t nFrom = static_cast<std::size_t>(m_nPosition);
-    const std::size_t nEnd = nFrom + nCount;
     try {
         if (nEnd > m_Owned.size()) {
-            m_Owned.resize(nEnd);
+            m_Owned.resize(static_cast<std::size_t>(nEnd));
         }
     } catch (const std::exception&) {
         m_bFailed = true;
@@ -75,6 +76,14 @@ bool CVamArchiveMemory::Seek(long long nPosition, int nOrigin) {
     return true;
 }
 
-long long CVamArchiveMemory::GetPosition() { return m_nPosition; }
+long long CVamArchiveMemory::GetPosition() {
+    return m_nPosition;
+}
 
-bool CVamArchiveMemory::Flush() { return true; }
+bool CVamArchiveMemory::HasFailed() const {
+    return m_bFailed;
+}
+
+bool CVamArchiveMemory::Flush() {
+    return true;
+}

@@ -7,10 +7,14 @@ CVamString::~CVamString() = default;
 
 CVamString& CVamString::operator=(const CVamString& other) = default;
 
-void CVamString::Clone(const CVamString& other) { m_strText = other.m_strText; }
+void CVamString::Clone(const CVamString& other) {
+    m_strText = other.m_strText;
+}
 
 bool CVamString::Match(const char* pszText) const {
     return pszText != nullptr && m_strText == pszText;
 }
 
-const char* CVamString::GetText() const { return m_strText.c_str(); }
+const char* CVamString::GetText() const {
+    return m_strText.c_str();
+}

@@ -1,79 +1,52 @@
-#include <platform/vamtrace.h>
-
-#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
-// The process's one level and one sink.
+#include "tracesink.h"
+
 namespace {
 
-std::atomic<int> g_nLevel{0};
-std::atomic<ZT_TraceSink> g_pfnSink{nullptr};
-std::atomic<void*> g_pSinkContext{nullptr};
+constexpr std::size_t kLineSize = 1024;
 
-void Deliver(ZT_TraceCall eCall, int nLevel, const char* pszText) {
-    if (const ZT_TraceSink pfnSink = g_pfnSink.load(std::memory_order_acquire)) {
-        pfnSink(g_pSinkContext.load(std::memory_order_acquire), eCall, nLevel, pszText);
-        return;
+// The length of the conversion that starts at the '%' pszFormat points at, its letter included; 0
+// when the format ends before the letter.
+std::size_t ConversionLength(const char* pszFormat) {
+    const std::size_t nBefore = 1 + std::strspn(pszFormat + 1, "0123456789$#-+ '.*hlLjzt");
+    return pszFormat[nBefore] == '\0' ? 0 : nBefore + 1;
+}
+
+// Copies the format with "%$s", which printf refuses, spelled "%s". A format that does not fit is
+// cut before a conversion, never inside one; an unfinished conversion at its end is left out.
+void TranslateFormat(const char* pszFormat, char (&szOut)[kLineSize]) {
+    std::size_t nLength = 0;
+    while (*pszFormat != '\0') {
+        const std::size_t nTaken = *pszFormat == '%' ? ConversionLength(pszFormat) : 1;
+        const bool bDollar = std::strncmp(pszFormat, "%$s", 3) == 0;
+        const std::size_t nPiece = bDollar ? 2 : nTaken;
+        if (nTaken == 0 || nLength + nPiece >= kLineSize) {
+            break;
+        }
+        std::memcpy(szOut + nLength, bDollar ? "%s" : pszFormat, nPiece);
+        nLength += nPiece;
+        pszFormat += nTaken;
     }
-    // An input error's text has just been printed by zt_trace_write.
-    if (eCall == ZT_TRACE_INPUT_ERROR) {
-        return;
-    }
-    const std::size_t nLength = std::strlen(pszText);
-    const bool bEnded = nLength > 0 && pszText[nLength - 1] == '\n';
-    std::fprintf(stderr, bEnded ? "%s" : "%s\n", pszText);
+    szOut[nLength] = '\0';
 }
 
 }  // namespace
-
-extern "C" {
-
-int zt_trace_level() { return g_nLevel.load(std::memory_order_relaxed); }
-
-void zt_trace_set_level(int nLevel) { g_nLevel.store(nLevel, std::memory_order_relaxed); }
-
-void zt_trace_set_sink(ZT_TraceSink pfnSink, void* pContext) {
-    g_pSinkContext.store(pContext, std::memory_order_release);
-    g_pfnSink.store(pfnSink, std::memory_order_release);
-}
-
-void zt_trace_write(int nLevel, const char* pszText, int /*nReserved*/) {
-    if (pszText != nullptr && zt_trace_level() >= nLevel) {
-        Deliver(ZT_TRACE_WRITE, nLevel, pszText);
-    }
-}
-
-void zt_trace_input_error_msg(int /*nReserved*/, const char* pszText) {
-    if (pszText != nullptr && zt_trace_level() >= 0) {
-        Deliver(ZT_TRACE_INPUT_ERROR, 0, pszText);
-    }
-}
 
 void VamTrace(const char* pszFormat, ...) {
     if (pszFormat == nullptr || zt_trace_level() < 0) {
         return;
     }
-    // printf would refuse "%$s"; the format is copied with it spelled "%s".
-    char szFormat[256];
-    std::size_t nLength = 0;
-    for (const char* p = pszFormat; *p != '\0' && nLength + 1 < sizeof szFormat; ++p) {
-        if (p != pszFormat && p[-1] == '%' && *p == '$' && p[1] == 's') {
-            continue;
-        }
-        szFormat[nLength++] = *p;
-    }
-    szFormat[nLength] = '\0';
-
-    char szLine[1024];
+    char szFormat[kLineSize];
+    TranslateFormat(pszFormat, szFormat);
+    char szLine[kLineSize];
     va_list arguments;
     va_start(arguments, pszFormat);
     const int nWritten = std::vsnprintf(szLine, sizeof szLine, szFormat, arguments);
     va_end(arguments);
     if (nWritten >= 0) {
-        Deliver(ZT_TRACE_VAM, 0, szLine);
+        vam::Deliver(ZT_TRACE_VAM, 0, szLine);
     }
 }
-
-}  // extern "C"

@@ -26,7 +26,9 @@ CVamVariant::~CVamVariant() = default;
 
 CVamVariant& CVamVariant::operator=(const CVamVariant& other) = default;
 
-void CVamVariant::Clone(const CVamVariant& other) { *this = other; }
+void CVamVariant::Clone(const CVamVariant& other) {
+    *this = other;
+}
 
 void CVamVariant::Set(unsigned char byType, unsigned long long nValue) {
     m_byType = byType;

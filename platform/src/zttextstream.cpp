@@ -33,3 +33,7 @@ ZT_Text_Stream& ZT_Text_Stream::operator<<(unsigned long nValue) {
     std::snprintf(szNumber, sizeof szNumber, "%lu", nValue);
     return *this << szNumber;
 }
+
+const char* ZT_Text_Stream::GetText() const {
+    return m_szText;
+}

@@ -100,66 +100,25 @@ using Size = std::size_t;
 using Align = std::align_val_t;
 using NoThrow = std::nothrow_t;
 
-void* operator new(Size n) {
-    return AllocateOrThrow(n, 0, kSingles);
-}
-void* operator new[](Size n) {
-    return AllocateOrThrow(n, 0, kArrays);
-}
-void* operator new(Size n, const NoThrow&) noexcept {
-    return Allocate(n, 0, kSingles);
-}
-void* operator new[](Size n, const NoThrow&) noexcept {
-    return Allocate(n, 0, kArrays);
-}
-void* operator new(Size n, Align a) {
-    return AllocateOrThrow(n, Size(a), kSingles);
-}
-void* operator new[](Size n, Align a) {
-    return AllocateOrThrow(n, Size(a), kArrays);
-}
-void* operator new(Size n, Align a, const NoThrow&) noexcept {
-    return Allocate(n, Size(a), kSingles);
-}
-void* operator new[](Size n, Align a, const NoThrow&) noexcept {
-    return Allocate(n, Size(a), kArrays);
-}
-void operator delete(void* p) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p) noexcept {
-    Release(p, kArrays);
-}
-void operator delete(void* p, Size) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p, Size) noexcept {
-    Release(p, kArrays);
-}
-void operator delete(void* p, const NoThrow&) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p, const NoThrow&) noexcept {
-    Release(p, kArrays);
-}
-void operator delete(void* p, Align) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p, Align) noexcept {
-    Release(p, kArrays);
-}
-void operator delete(void* p, Size, Align) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p, Size, Align) noexcept {
-    Release(p, kArrays);
-}
-void operator delete(void* p, Align, const NoThrow&) noexcept {
-    Release(p, kSingles);
-}
-void operator delete[](void* p, Align, const NoThrow&) noexcept {
-    Release(p, kArrays);
-}
+// Every form of one kind, written once.
+// clang-format off
+#define SUPPORT_OPERATORS(KIND, counter)                                                          \
+    void* operator new KIND(Size n) { return AllocateOrThrow(n, 0, counter); }                    \
+    void* operator new KIND(Size n, Align a) { return AllocateOrThrow(n, Size(a), counter); }     \
+    void* operator new KIND(Size n, const NoThrow&) noexcept { return Allocate(n, 0, counter); }  \
+    void* operator new KIND(Size n, Align a, const NoThrow&) noexcept {                           \
+        return Allocate(n, Size(a), counter);                                                     \
+    }                                                                                             \
+    void operator delete KIND(void* p) noexcept { Release(p, counter); }                          \
+    void operator delete KIND(void* p, Size) noexcept { Release(p, counter); }                    \
+    void operator delete KIND(void* p, const NoThrow&) noexcept { Release(p, counter); }          \
+    void operator delete KIND(void* p, Align) noexcept { Release(p, counter); }                   \
+    void operator delete KIND(void* p, Size, Align) noexcept { Release(p, counter); }             \
+    void operator delete KIND(void* p, Align, const NoThrow&) noexcept { Release(p, counter); }
+// clang-format on
+
+SUPPORT_OPERATORS(, kSingles)
+SUPPORT_OPERATORS([], kArrays)
 
 // The sanitizers' malloc ends the process on a size it cannot serve unless told to return null.
 extern "C" const char* __asan_default_options() {

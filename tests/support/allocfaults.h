@@ -6,17 +6,17 @@
 #ifndef SUPPORT_ALLOCFAULTS_H
 #define SUPPORT_ALLOCFAULTS_H
 
+#include "support/scoped.h"
+
 namespace support {
 
 // While it lives, the nAllocation-th allocation of this thread (1 is the first) fails: the throwing
 // forms throw std::bad_alloc, the others return null. With bForEver every later one fails too.
 // 0 fails none and only counts. One at a time.
-class AllocFaults {
+class AllocFaults : Scoped {
   public:
     explicit AllocFaults(long nAllocation, bool bForEver = false);
     ~AllocFaults();
-    AllocFaults(const AllocFaults&) = delete;
-    AllocFaults& operator=(const AllocFaults&) = delete;
 
     long Seen() const { return m_nSeen; }  // allocations counted, the failed ones included
     bool Fired() const { return m_bFired; }
@@ -32,21 +32,17 @@ class AllocFaults {
 
 // While it lives, allocations of this thread neither count nor fail nor are filled: for the
 // book-keeping of test helpers that the code under test calls.
-class AllocPause {
+class AllocPause : Scoped {
   public:
     AllocPause();
     ~AllocPause();
-    AllocPause(const AllocPause&) = delete;
-    AllocPause& operator=(const AllocPause&) = delete;
 };
 
 // While it lives, fresh memory of this thread is filled with byFill. One at a time.
-class AllocFill {
+class AllocFill : Scoped {
   public:
     explicit AllocFill(unsigned char byFill);
     ~AllocFill();
-    AllocFill(const AllocFill&) = delete;
-    AllocFill& operator=(const AllocFill&) = delete;
 };
 
 // Blocks this thread has taken less those it has released. Equal before and after means: nothing

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/scoped.h"
+
 namespace support {
 
 struct TraceLine {
@@ -25,12 +27,10 @@ std::vector<TraceLine> InputError(const std::string& strText);
 
 // From construction to destruction the process traces at nLevel into this object; afterwards the
 // level is the old one again and the sink the default. One at a time; any thread may trace into it.
-class RecordingTrace {
+class RecordingTrace : Scoped {
   public:
     explicit RecordingTrace(int nLevel = 0);
     ~RecordingTrace();
-    RecordingTrace(const RecordingTrace&) = delete;
-    RecordingTrace& operator=(const RecordingTrace&) = delete;
 
     const std::vector<TraceLine>& Lines() const { return m_Lines; }
     void Clear();

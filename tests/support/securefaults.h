@@ -5,16 +5,16 @@
 #ifndef SUPPORT_SECUREFAULTS_H
 #define SUPPORT_SECUREFAULTS_H
 
+#include "support/scoped.h"
+
 namespace support {
 
 // While it lives, the nCall-th call of either function on this thread (1 is the first) does its
 // work and returns 34 all the same; 0 only counts. One at a time.
-class SecureFaults {
+class SecureFaults : Scoped {
   public:
     explicit SecureFaults(int nCall);
     ~SecureFaults();
-    SecureFaults(const SecureFaults&) = delete;
-    SecureFaults& operator=(const SecureFaults&) = delete;
 
     int Seen() const { return m_nSeen; }
     bool Fired() const { return m_nFailing > 0 && m_nSeen >= m_nFailing; }

@@ -7,8 +7,8 @@
 extern "C" {
 
 // Copies count bytes from src to dest, which has room for destMax. Returns 0 on success. A null
-// pointer gives 22 (EINVAL) and a count above destMax 34 (ERANGE), with nothing copied. The areas
-// must not overlap.
+// pointer gives 22 (EINVAL) and a count above destMax 34 (ERANGE), with nothing copied; a count of
+// 0 succeeds whatever the pointers. The areas must not overlap.
 int memcpy_s(void* dest, std::size_t destMax, const void* src, std::size_t count);
 
 // Sets count bytes of dest, which has room for destMax, to value. Returns 0 on success, 22 for a

@@ -25,7 +25,7 @@ class CVamArchiveMemory : public CVamArchive {
     std::size_t GetSize() const;
 
     // True once a write could not be carried out (no memory, or a stream over a caller's bytes).
-    bool HasFailed() const { return m_bFailed; }
+    bool HasFailed() const;
 
     unsigned int Read(void* pBuffer, unsigned int nCount) override;
     unsigned int Write(const void* pBuffer, unsigned int nCount) override;
@@ -35,6 +35,7 @@ class CVamArchiveMemory : public CVamArchive {
 
   private:
     std::vector<unsigned char> m_Owned;
+    bool m_bForeign;  // reads the caller's m_nForeignSize bytes at m_pForeign
     const unsigned char* m_pForeign;
     std::size_t m_nForeignSize;
     long long m_nPosition;

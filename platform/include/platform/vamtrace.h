@@ -19,7 +19,7 @@ class ZT_Text_Stream {
     ZT_Text_Stream& operator<<(unsigned long nValue);
 
     // The text so far, null-terminated.
-    const char* GetText() const { return m_szText; }
+    const char* GetText() const;
 
   private:
     std::size_t m_nLength;
@@ -46,7 +46,7 @@ int zt_trace_level();
 void zt_trace_set_level(int nLevel);
 
 // Sends every line to pfnSink from now on; null restores the default, which prints each line once
-// to standard error. Set it before the library is used by several threads.
+// to standard error. A thread that is just tracing may still reach the sink that was set before.
 void zt_trace_set_sink(ZT_TraceSink pfnSink, void* pContext);
 
 // Writes one line of the given level. The third argument is reserved; the library passes 0.
@@ -56,7 +56,8 @@ void zt_trace_write(int nLevel, const char* pszText, int nReserved);
 void zt_trace_input_error_msg(int nReserved, const char* pszText);
 
 // Writes a line built from a printf-style format, from level 0 up. "%$s" means what "%s" means. The
-// format is this function's own to interpret: the texts behind it are never taken as formats.
+// format is the caller's own; foreign texts stand behind it and are never taken as formats. What
+// does not fit into 1,023 characters is cut off.
 void VamTrace(const char* pszFormat, ...);
 
 }  // extern "C"

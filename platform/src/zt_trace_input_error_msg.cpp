@@ -1,0 +1,7 @@
+#include "tracesink.h"
+
+void zt_trace_input_error_msg(int /*nReserved*/, const char* pszText) {
+    if (pszText != nullptr && zt_trace_level() >= 0) {
+        vam::Deliver(ZT_TRACE_INPUT_ERROR, 0, pszText);
+    }
+}

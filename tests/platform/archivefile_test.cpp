@@ -1,0 +1,211 @@
+#include <gtest/gtest.h>
+#include <platform/vamplatform.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+class ArchiveFile : public testing::Test {
+  protected:
+    void SetUp() override {
+        // A name beyond ASCII: paths are UTF-8.
+        m_Folder = std::filesystem::path(testing::TempDir()) /
+                   (u8"Bilder-äöü-図" + std::u8string(1, u8'-'));
+        m_Folder += std::to_string(getpid());
+        std::filesystem::create_directories(m_Folder);
+    }
+    void TearDown() override { std::filesystem::remove_all(m_Folder); }
+
+    std::string Path(const char* pszName) const { return (m_Folder / pszName).string(); }
+
+    std::filesystem::path m_Folder;
+};
+
+Bytes RandomBytes(std::size_t nSize, unsigned nSeed) {
+    std::minstd_rand random(nSeed);
+    Bytes bytes(nSize);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random()); });
+    return bytes;
+}
+
+// The file archive against the memory archive: the same random calls give the same answers,
+// whatever the sizes are and however reads, writes and seeks follow each other.
+TEST_F(ArchiveFile, BehavesAsTheMemoryArchiveDoes) {
+    std::minstd_rand random(1);
+    CVamArchiveFile file;
+    ASSERT_TRUE(file.Open(Path("file").c_str(), "w+b"));
+    CVamArchiveMemory memory;
+    const Bytes source = RandomBytes(70000, 2);
+    Bytes fromFile(70000), fromMemory(70000);
+    for (int nStep = 0; nStep < 3000; ++nStep) {
+        const unsigned int nLimits[] = {9, 500, 5000, 70000};
+        const auto nCount = static_cast<unsigned int>(random() % nLimits[random() % 4]);
+        switch (random() % 5) {
+            case 0:
+            case 1:
+                ASSERT_EQ(memory.Write(source.data(), nCount), file.Write(source.data(), nCount));
+                break;
+            case 2:
+                ASSERT_EQ(memory.Read(fromMemory.data(), nCount),
+                          file.Read(fromFile.data(), nCount));
+                ASSERT_EQ(fromMemory, fromFile) << nStep;
+                break;
+            case 3: {
+                const int nOrigin = static_cast<int>(random() % 3);
+                const long long nTo = static_cast<long long>(nCount) - (nOrigin == 0 ? 0 : 3000);
+                ASSERT_EQ(memory.Seek(nTo, nOrigin), file.Seek(nTo, nOrigin)) << nStep;
+                break;
+            }
+            default:
+                ASSERT_TRUE(file.Flush());
+        }
+        ASSERT_EQ(memory.GetPosition(), file.GetPosition()) << nStep;
+    }
+    EXPECT_TRUE(file.Close());
+    EXPECT_FALSE(memory.HasFailed());
+    ASSERT_TRUE(file.Open(Path("file").c_str(), "rb"));
+    Bytes all(memory.GetSize() + 1);
+    ASSERT_EQ(memory.GetSize(), file.Read(all.data(), static_cast<unsigned int>(all.size())));
+    EXPECT_TRUE(std::equal(all.begin(), all.end() - 1, memory.GetData()));
+}
+
+TEST_F(ArchiveFile, RefusesWhatIsNoFile) {
+    CVamArchiveFile file;
+    std::filesystem::create_directory(Path("folder"));
+    for (const char* pszMode : {"rb", "w+b"}) {
+        for (const std::string& strPath : {Path("folder"), Path("none/file"), std::string()}) {
+            EXPECT_FALSE(file.Open(strPath.c_str(), pszMode)) << strPath;
+            EXPECT_EQ(nullptr, file.GetHandle());
+        }
+    }
+    EXPECT_FALSE(file.Open(Path("none").c_str(), "rb"));
+    EXPECT_FALSE(file.Open(nullptr, "rb"));
+    EXPECT_FALSE(file.Open(Path("file").c_str(), nullptr));
+    unsigned char byOne = 7;
+    EXPECT_EQ(0u, file.Read(&byOne, 1));
+    EXPECT_FALSE(file.Seek(0, 0));
+    EXPECT_FALSE(file.Flush());
+    EXPECT_EQ(-1, file.GetPosition());
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(0u, file.Write(&byOne, 1));
+    EXPECT_TRUE(file.HasFailed());
+}
+
+TEST_F(ArchiveFile, HoldsPositionsBeyond32Bits) {
+    constexpr long long kFar = (5LL << 32) + 3;
+    CVamArchiveFile file;
+    ASSERT_TRUE(file.Open(Path("sparse").c_str(), "w+b"));
+    ASSERT_TRUE(file.Seek(kFar, 0));
+    EXPECT_EQ(4u, file.Write("far", 4));
+    EXPECT_EQ(kFar + 4, file.GetPosition());
+    char szText[4] = {};
+    ASSERT_TRUE(file.Seek(-4, 2));
+    EXPECT_EQ(4u, file.Read(szText, 4));
+    EXPECT_STREQ("far", szText);
+    EXPECT_FALSE(file.Seek(-1, 0));
+    EXPECT_EQ(kFar + 4, file.GetPosition());
+    EXPECT_FALSE(file.HasFailed());
+}
+
+// A medium that takes nothing, asked at each place where the loss may show first.
+TEST_F(ArchiveFile, RemembersALostWriteUntilTheNextOpen) {
+    const Bytes large(100000, 1);
+    CVamArchiveFile file;
+    const auto open = [&] {
+        EXPECT_TRUE(file.Open("/dev/full", "w+b"));
+        EXPECT_FALSE(file.HasFailed());
+        EXPECT_EQ(5u, file.Write(large.data(), 5));
+        EXPECT_FALSE(file.HasFailed());
+    };
+    open();
+    EXPECT_FALSE(file.Flush());
+    EXPECT_TRUE(file.HasFailed());
+    EXPECT_TRUE(file.Flush());
+    EXPECT_FALSE(file.Close());
+    open();
+    EXPECT_FALSE(file.Seek(0, 0));
+    EXPECT_TRUE(file.HasFailed());
+    open();
+    EXPECT_EQ(0u, file.Write(large.data(), 100000));
+    EXPECT_TRUE(file.HasFailed());
+    open();
+    EXPECT_FALSE(file.Close());
+    EXPECT_TRUE(file.HasFailed());
+
+    ASSERT_TRUE(file.Open("/dev/null", "rb"));
+    EXPECT_EQ(0u, file.Write(large.data(), 1));
+    EXPECT_TRUE(file.HasFailed());
+}
+
+// A file that may not grow past a limit keeps what fitted.
+TEST_F(ArchiveFile, WritesUpToTheLimitOfTheMedium) {
+    const Bytes bytes = RandomBytes(50000, 3);
+    struct rlimit old;
+    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
+    std::signal(SIGXFSZ, SIG_IGN);
+    CVamArchiveFile file;
+    ASSERT_TRUE(file.Open(Path("limited").c_str(), "w+b"));
+    const struct rlimit limited = {30001, old.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limited));
+    const unsigned int nPut = file.Write(bytes.data(), 50000);
+    const bool bClosed = file.Close();
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(30001u, nPut);
+    EXPECT_FALSE(bClosed);
+    EXPECT_EQ(30001u, std::filesystem::file_size(Path("limited")));
+}
+
+// A pipe gives and takes a little at a time, and a timer interrupts every wait.
+TEST_F(ArchiveFile, SurvivesInterruptedAndShortSystemCalls) {
+    const std::string strPipe = Path("pipe");
+    ASSERT_EQ(0, mkfifo(strPipe.c_str(), 0600));
+    const Bytes sent = RandomBytes(400001, 4);
+    struct sigaction action = {}, old;
+    action.sa_handler = [](int) {};  // no SA_RESTART: the call in progress gives up
+    ASSERT_EQ(0, sigaction(SIGALRM, &action, &old));
+    Bytes received(sent.size() + 1);
+    unsigned int nReceived = 0;
+    bool bSent = false;
+    std::thread writer([&] {
+        CVamArchiveFile file;
+        file.Open(strPipe.c_str(), "wb");
+        for (std::size_t nDone = 0, nSize = 1; nDone < sent.size(); nDone += nSize) {
+            nSize = std::min(sent.size() - nDone, nSize * 3 % 90001);
+            file.Write(sent.data() + nDone, static_cast<unsigned int>(nSize));
+            usleep(500);
+        }
+        bSent = file.Close();
+    });
+    CVamArchiveFile file;
+    ASSERT_TRUE(file.Open(strPipe.c_str(), "rb"));
+    const struct itimerval ticking = {{0, 300}, {0, 300}}, still = {};
+    setitimer(ITIMER_REAL, &ticking, nullptr);
+    for (unsigned int nGot = 1; nGot > 0; nReceived += nGot) {
+        const auto nLeft = static_cast<unsigned int>(received.size()) - nReceived;
+        nGot = file.Read(received.data() + nReceived, std::min(nLeft, 70000u));
+    }
+    writer.join();
+    setitimer(ITIMER_REAL, &still, nullptr);
+    sigaction(SIGALRM, &old, nullptr);
+    EXPECT_TRUE(bSent);
+    EXPECT_EQ(-1, file.GetPosition());
+    ASSERT_EQ(sent.size(), nReceived);
+    received.pop_back();
+    EXPECT_TRUE(sent == received);
+}
+
+}  // namespace
