@@ -5,7 +5,7 @@
 #include "../keltrace/keltrace.h"
 #include "geometry.h"
 #include "kelimage.h"
-#include "zoomrows.h"
+#include "zoomblend.h"
 
 namespace {
 
@@ -68,15 +68,15 @@ void CKelImage::ZoomBytes(int nBits, unsigned char* pSrc, int nSrcWidth, int nSr
         const std::int64_t nSrcStride = kel::RowStride(nBits, nSrcWidth);
         const std::int64_t nDstStride = kel::RowStride(nBits, nDstWidth);
         const float fStep = kel::ZoomStep(nSrcHeight, nDstHeight);
+        const bool bNearest = nBits == 1 || nBits == 4 || nBits == 8;
+        kel::ZoomSampler sampler(kel::BestCpuLevel(), nBits / 8, columns, pSrc, nSrcStride);
         for (int nRow = 0; nRow < nDstHeight; ++nRow) {
-            const kel::ZoomSample sample = kel::ZoomSampleAt(nRow, fStep, nSrcHeight);
-            const kel::ZoomRow row = {pSrc + sample.nFirst * nSrcStride,
-                                      pSrc + sample.nSecond * nSrcStride, sample.fFraction,
-                                      pDst + nRow * nDstStride};
-            if (nBits == 1 || nBits == 4 || nBits == 8) {
-                kel::ZoomRowNearest(nBits, columns, row.pSecond, row.pOut);
+            const kel::ZoomSample rows = kel::ZoomSampleAt(nRow, fStep, nSrcHeight);
+            unsigned char* const pOut = pDst + nRow * nDstStride;
+            if (bNearest) {
+                kel::ZoomRowNearest(nBits, columns, pSrc + rows.nSecond * nSrcStride, pOut);
             } else {
-                kel::ZoomRowPlain(nBits / 8, columns, row, 0);
+                sampler.SampleRow(rows, pOut);
             }
         }
     } catch (...) {
