@@ -4,6 +4,7 @@
 
 #include "keldecoderbase.h"
 
+// Takes no parameters. A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelBMPDecoder : public CKelDecoder {
   public:
     CKelBMPDecoder();

@@ -6,6 +6,7 @@
 
 struct png_struct_def;
 
+// Takes no parameters. A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelPNGDecoder : public CKelDecoder {
   public:
     CKelPNGDecoder();

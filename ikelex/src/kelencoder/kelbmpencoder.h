@@ -4,6 +4,7 @@
 
 #include "kelencoderbase.h"
 
+// Takes no parameters. A writer lives for one call: construct, Do, destroy.
 class IKELEX_API CKelBMPEncoder : public CKelEncoder {
   public:
     CKelBMPEncoder();

@@ -8,7 +8,8 @@
 
 #include "kelencoderbase.h"
 
-// Takes the parameter "quality". A writer lives for one call: construct, SetParameters, Do, destroy.
+// Takes the parameter "quality". A writer lives for one call: construct, SetParameters, Do,
+// destroy.
 class IKELEX_API CKelJpegEncoder : public CKelEncoder {
   public:
     CKelJpegEncoder();

@@ -8,6 +8,7 @@
 
 struct png_struct_def;
 
+// Takes no parameters. A writer lives for one call: construct, Do, destroy.
 class IKELEX_API CKelPNGEncoder : public CKelEncoder {
   public:
     CKelPNGEncoder();

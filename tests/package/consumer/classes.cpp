@@ -10,12 +10,13 @@
 int main() {
     CKelImage image;
     CKelBMPEncoder encoder;
+    CKelEncoder* pWriter = &encoder;
     PLBoxContribDef kernel(0.5);
     C2PassScale<CDataRGB_UBYTE> scaler(&kernel);
     LineContribType* pTable = scaler.CalcContributions(4, 8, 0.5);
     const bool bRight = pTable != nullptr && pTable->nLineLength == 4 &&
                         image.Create(3, 2, 24) != nullptr &&
-                        dynamic_cast<CKelEncoder*>(&encoder) != nullptr;
+                        dynamic_cast<CKelBMPEncoder*>(pWriter) != nullptr;
     scaler.FreeContributions(pTable);
     return bRight ? 0 : 1;
 }
