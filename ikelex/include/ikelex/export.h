@@ -2,11 +2,14 @@
 #ifndef IKELEX_EXPORT_H
 #define IKELEX_EXPORT_H
 
-// Marks what leaves the shared library.
+// IKELEX_API marks what leaves the shared library, IKELEX_LOCAL a member of such a class that
+// stays.
 #if defined(__GNUC__)
 #define IKELEX_API __attribute__((visibility("default")))
+#define IKELEX_LOCAL __attribute__((visibility("hidden")))
 #else
 #define IKELEX_API
+#define IKELEX_LOCAL
 #endif
 
 // The version of these headers: major * 10000 + minor * 100 + patch.

@@ -161,16 +161,16 @@ class IKELEX_API CKelImage : public IKelImage {
     // owning image releases the old buffer; a borrowing one first copies its header block, if any,
     // and leaves the caller's memory as it was. False, nothing changed and pNewBits not released,
     // when that copy cannot be had. The header and the row array are the caller's next steps.
-    bool ReplaceBits(unsigned char* pNewBits);
+    IKELEX_LOCAL bool ReplaceBits(unsigned char* pNewBits);
     // Lets an owned buffer go and installs a new zeroed one of nSize bytes with its row array; null
     // when it cannot be had, always for a negative size.
-    unsigned char* InstallBits(std::int64_t nSize);
+    IKELEX_LOCAL unsigned char* InstallBits(std::int64_t nSize);
 
     // ---- bitmapinfo.cpp
-    bool IsSupportedHeader(const BITMAPINFOHEADER& header) const;
+    IKELEX_LOCAL bool IsSupportedHeader(const BITMAPINFOHEADER& header) const;
     // Owns from now on: copies borrowed pixels, rows included, and leaves the header block to the
     // caller. False, nothing changed, when the copy cannot be had.
-    bool OwnBits();
+    IKELEX_LOCAL bool OwnBits();
 };
 
 #endif  // KELIMAGE_KELIMAGE_H
