@@ -57,6 +57,7 @@ Picture MakePicture(const Kind& kind, int nWidth, int nHeight, std::uint32_t nSe
         const std::uint32_t a32[3] = {0x00FF0000, 0x0000FF00, 0x000000FF};
         std::memcpy(picture.block.data() + sizeof header, kind.nBits == 16 ? a16 : a32, 12);
     }
+    picture.bits.reserve(nSize == 0 ? 1 : nSize);  // never a null pointer
     picture.bits.resize(nSize);
     random.Fill(picture.bits.data(), nSize);
     return picture;

@@ -9,6 +9,14 @@
 namespace kel {
 
 const RowFunctions& RowFunctionsFor([[maybe_unused]] CpuLevel eLevel) {
+#if defined(__x86_64__)
+    if (eLevel >= CpuLevel::kAvx512) {
+        return kRowsAvx512;
+    }
+    if (eLevel >= CpuLevel::kAvx2) {
+        return kRowsAvx2;
+    }
+#endif
     return kRowsPortable;
 }
 

@@ -64,8 +64,12 @@ struct RowFunctions {
 // The fastest functions of a level. The machine must be able to run it.
 const RowFunctions& RowFunctionsFor(CpuLevel eLevel);
 
-// The table of each level. A slot without a variant of its own holds the one below.
+// The table of each level.
 extern const RowFunctions kRowsPortable;
+#if defined(__x86_64__)
+extern const RowFunctions kRowsAvx2;
+extern const RowFunctions kRowsAvx512;
+#endif
 
 }  // namespace kel
 

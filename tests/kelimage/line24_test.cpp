@@ -1,0 +1,140 @@
+// Rows at 24 bits against the slow loops, and what is left alone.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "support/pictures.h"
+#include "support/refrows.h"
+
+namespace {
+
+using support::Kind;
+using support::Picture;
+using Bytes = std::vector<unsigned char>;
+
+std::size_t Stride24(int nWidth) {
+    return (static_cast<std::size_t>(nWidth) * 24 + 31) / 32 * 4;
+}
+
+TEST(Line24, EveryKindEqualsTheSlowLoop) {
+    for (const Kind& kind : support::AllKinds()) {
+        for (int nWidth : {0, 1, 2, 7, 33, 100, 257, 1031}) {
+            SCOPED_TRACE(support::Name(kind) + ", width " + std::to_string(nWidth));
+            Picture picture = support::MakePicture(kind, nWidth, 3, static_cast<unsigned>(nWidth));
+            CKelImage image;
+            ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+            for (int nOrder : {1, 2}) {
+                Bytes whole(3 * Stride24(nWidth), 0x5A), expectedWhole;
+                EXPECT_TRUE(image.ConvertTo24Bit(nOrder, whole.data()));
+                for (int nRow = 0; nRow < 3; ++nRow) {
+                    Bytes line(Stride24(nWidth), 0x5A), expected = line;
+                    support::RefLine24(picture, nRow, nOrder == 1, &expected);
+                    EXPECT_EQ(image.GetLine24At(nOrder, nRow, line.data()), line.data());
+                    EXPECT_EQ(line, expected);
+                    expectedWhole.insert(expectedWhole.end(), expected.begin(), expected.end());
+                }
+                EXPECT_EQ(whole, expectedWhole);
+            }
+        }
+    }
+}
+
+TEST(Line24, MasksOfAnyShape) {
+    const unsigned int aMasks[] = {0,          1,          0x8000,     0xF0F0,     0x03FF,
+                                   0x3FF00000, 0xFFFFFFFF, 0x80000000, 0x0FFFF000, 0x7FFFFFFF};
+    for (int nBits : {16, 32}) {
+        for (unsigned int nMask : aMasks) {
+            Picture picture = support::MakePicture({nBits, BI_BITFIELDS, 0}, 60, 1, nMask);
+            reinterpret_cast<unsigned int*>(picture.block.data())[11] = nMask;  // green
+            CKelImage image;
+            ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+            Bytes line(Stride24(60)), expected(line);
+            support::RefLine24(picture, 0, true, &expected);
+            image.GetLine24AsRGBAt(0, line.data());
+            EXPECT_EQ(line, expected) << nBits << " bits, mask " << nMask;
+        }
+    }
+    EXPECT_EQ(MaskToRShift(0xF800), 11);
+    EXPECT_EQ(MaskToLShift(0x07E0), 2);
+    EXPECT_EQ(MaskToLShift(0x00FF0000), 0);
+    EXPECT_EQ(MaskToLShift(0xFFFFFFFF), -24);
+    EXPECT_EQ(MaskToRShift(0), 0);
+    EXPECT_EQ(MaskToLShift(0), 0);
+}
+
+TEST(Line24, ShortPalettes) {
+    // One colour: at 1 bit the other index is black, at 4 and 8 bits it takes the last colour.
+    for (int nBits : {1, 4, 8}) {
+        CKelImage image;
+        image.Create(8, 1, nBits);
+        image.AddPaletteEntry(1, 2, 3, 255);
+        image.GetBits()[0] = 0x40;
+        Bytes line(24, 0x5A);
+        image.GetLine24AsRGBAt(0, line.data());
+        EXPECT_EQ(Bytes(line.begin(), line.begin() + 3), (Bytes{1, 2, 3}));
+        EXPECT_EQ(Bytes(line.begin() + 3, line.begin() + 6),
+                  nBits == 1 ? (Bytes{0, 0, 0}) : (Bytes{1, 2, 3}));
+    }
+}
+
+TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
+    const Bytes untouched(12, 0x5A);
+    const auto leaves = [&](CKelImage* pImage) {
+        Bytes line = untouched;
+        EXPECT_EQ(pImage->GetLine24At(1, 0, line.data()), line.data());
+        EXPECT_EQ(line, untouched);
+    };
+    for (int nBits : {0, 2, 4, 8, 33}) {  // unknown depths; no palette
+        CKelImage image;
+        image.Create(4, 1, nBits);
+        leaves(&image);
+    }
+    for (int nBits : {16, 32}) {
+        CKelImage image;
+        image.Create(4, 1, nBits);
+        image.GetBitmapInfoHeader()->biCompression = BI_RLE8;
+        leaves(&image);
+        image.GetBitmapInfoHeader()->biCompression = BI_BITFIELDS;
+        leaves(&image);  // no masks
+        for (int i = 0; i < 4; ++i) {
+            image.AddPaletteEntry(0xFF, 0xFF, 0xFF, 0);
+        }
+        leaves(&image);  // four
+    }
+    CKelImage empty;  // a palette that lost its entries
+    empty.Create(4, 1, 1);
+    empty.AddPaletteEntry(1, 2, 3, 4);
+    empty.m_nPaletteNum = 0;
+    leaves(&empty);
+
+    CKelImage image;
+    image.Create(4, 2, 24);
+    Bytes line = untouched;
+    EXPECT_EQ(image.GetLine24At(1, -1, line.data()), nullptr);
+    EXPECT_EQ(image.GetLine24At(1, 2, line.data()), nullptr);
+    image.DeleteLineArray();
+    EXPECT_EQ(image.GetLine24At(1, 0, line.data()), nullptr);
+    EXPECT_EQ(line, untouched);
+}
+
+TEST(Line24, OneBitWithoutPaletteCopiesTheStoredRow) {
+    CKelImage image;
+    image.Create(33, 1, 1);
+    Bytes stored = {1, 2, 3, 4, 5, 6, 7, 8};
+    std::copy(stored.begin(), stored.end(), image.GetBits());
+    Bytes line(Stride24(33), 0x5A);
+    image.GetLine24AsBGRAt(0, line.data());
+    EXPECT_EQ(Bytes(line.begin(), line.begin() + 8), stored);
+    EXPECT_EQ(line[8], 0x5A);
+}
+
+TEST(Line24, Rgb2BgrSwapsInPlace) {
+    Bytes pixels = {1, 2, 3, 4, 5, 6};
+    RGB2BGR(pixels.data(), 0);
+    RGB2BGR(pixels.data(), -1);
+    EXPECT_EQ(pixels, (Bytes{1, 2, 3, 4, 5, 6}));
+    RGB2BGR(pixels.data(), 1);
+    EXPECT_EQ(pixels, (Bytes{3, 2, 1, 4, 5, 6}));
+}
+
+}  // namespace
