@@ -1,0 +1,77 @@
+// What the fuzz targets share: taking values off the input, and looking at an image from all sides.
+#ifndef FUZZ_FUZZ_H
+#define FUZZ_FUZZ_H
+
+#include <platform/vamarchivememory.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "claimedsize.h"
+#include "kelimage.h"
+
+namespace fuzz {
+
+using Bytes = std::vector<unsigned char>;
+
+// The largest picture any target makes or opens.
+inline constexpr unsigned long long kMaxBytes = 1u << 20;
+inline constexpr int kMaxSide = 96;
+
+// Ends the program, which is how a target reports a find.
+inline void Require(bool bHolds, const char* pszWhat) {
+    if (bHolds)
+        return;
+    std::fprintf(stderr, "broken: %s\n", pszWhat);
+    std::abort();
+}
+
+// Takes values off the front of the input; zeros behind its end.
+class Input {
+  public:
+    Input(const std::uint8_t* pData, std::size_t nSize) : m_pData(pData), m_nSize(nSize) {}
+    bool Empty() const { return m_nSize == 0; }
+    unsigned char Byte() {
+        if (m_nSize == 0)
+            return 0;
+        m_nSize--;
+        return *m_pData++;
+    }
+    int Word() {
+        const int nLow = Byte();
+        return nLow | Byte() << 8;
+    }
+    int Range(int nLow, int nHigh) { return nLow + Word() % (nHigh - nLow + 1); }
+    void Fill(unsigned char* p, std::size_t nCount) {
+        for (std::size_t i = 0; i < nCount; i++)
+            p[i] = Byte();
+    }
+
+  private:
+    const std::uint8_t* m_pData;
+    std::size_t m_nSize;
+};
+
+// True when opening these bytes stays within kMaxBytes; unclaimed sizes do not.
+bool IsSmall(const std::uint8_t* pData, std::size_t nSize);
+
+// The result is one of the documented codes.
+void CheckResult(KelResult nResult);
+
+// Everything an image promises about itself: rows inside the buffer, header block and header agree;
+// reads every byte it owns.
+void CheckImage(CKelImage& image);
+
+// A picture of any depth and compression from the input, palette included; the pixels take what is
+// left and repeat it.
+void MakeImage(CKelImage& image, Input& input);
+
+// One operation chosen by the input, then CheckImage.
+void Operate(CKelImage& image, Input& input);
+
+}  // namespace fuzz
+
+#endif  // FUZZ_FUZZ_H
