@@ -2,10 +2,10 @@
 #ifndef IKELEX_EXPORT_H
 #define IKELEX_EXPORT_H
 
-// IKELEX_API marks what leaves the shared library, IKELEX_LOCAL a member of such a class that
-// stays.
 #if defined(__GNUC__)
+// Marks what leaves the shared library.
 #define IKELEX_API __attribute__((visibility("default")))
+// Marks a member of such a class that does not.
 #define IKELEX_LOCAL __attribute__((visibility("hidden")))
 #else
 #define IKELEX_API

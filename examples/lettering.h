@@ -1,0 +1,13 @@
+// Lettering for the example pictures: a 5 x 7 dot font.
+#ifndef EXAMPLES_LETTERING_H
+#define EXAMPLES_LETTERING_H
+
+// The dots of one row of a character: bit 4 is the leftmost of five. nRow is 0 (top) to 6. Small
+// letters look like capitals; a character the font lacks has no dots.
+unsigned int LetterRow(char chLetter, int nRow);
+
+// The width of one character, the gap to the next included, and the height of a line of dots.
+constexpr int kLetterPitch = 6;
+constexpr int kLetterHeight = 7;
+
+#endif  // EXAMPLES_LETTERING_H
