@@ -1,0 +1,418 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <string>
+
+#include "kelbitmap/bmplayout.h"
+#include "keldecoder/kelbmpdecoder.h"
+#include "kelimage/kelimage.h"
+#include "support/allocfaults.h"
+#include "support/faultyarchive.h"
+#include "support/recordingtrace.h"
+#include "support/securefaults.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+// A BMP file built by hand, and the parts the image must come to hold.
+struct BmpFile {
+    Bytes bytes;
+    Bytes table;  // as the image holds it, 4 bytes an entry
+    Bytes rows;   // in file order
+    std::size_t nStride;
+
+    void Put(std::size_t nAt, unsigned int nValue, int nSize = 4) {
+        for (int i = 0; i < nSize; ++i) {
+            bytes[nAt + static_cast<std::size_t>(i)] = static_cast<unsigned char>(nValue >> 8 * i);
+        }
+    }
+};
+
+Bytes Pattern(std::size_t nSize, unsigned int nSeed) {
+    Bytes bytes(nSize);
+    for (unsigned char& byte : bytes) {
+        nSeed = nSeed * 1103515245u + 12345u;
+        byte = static_cast<unsigned char>(nSeed >> 16);
+    }
+    return bytes;
+}
+
+std::size_t StrideOf(int nBits, int nWidth) {
+    return static_cast<std::size_t>((nBits * nWidth + 31) / 32 * 4);
+}
+
+// A gap of 5 bytes lies before the rows and 7 bytes behind them, so that only the offset finds
+// them.
+BmpFile Finish(BmpFile file, const Bytes& fileTable, int nBits, int nWidth, int nRows) {
+    file.nStride = StrideOf(nBits, nWidth);
+    file.rows = Pattern(file.nStride * static_cast<std::size_t>(nRows), 99);
+    file.bytes.insert(file.bytes.end(), fileTable.begin(), fileTable.end());
+    file.bytes.resize(file.bytes.size() + 5, 0xEE);
+    file.bytes[0] = 'B';
+    file.bytes[1] = 'M';
+    file.Put(10, static_cast<unsigned int>(file.bytes.size()));
+    file.bytes.insert(file.bytes.end(), file.rows.begin(), file.rows.end());
+    file.bytes.resize(file.bytes.size() + 7, 0xEE);
+    return file;
+}
+
+BmpFile InfoFile(int nBits, int nWidth, int nHeight, unsigned int nCompression = BI_RGB,
+                 unsigned int nEntries = 0) {
+    BmpFile file{Bytes(54), {}, {}, 0};
+    file.Put(14, 40);
+    file.Put(18, static_cast<unsigned int>(nWidth));
+    file.Put(22, static_cast<unsigned int>(nHeight));
+    file.Put(26, 1, 2);
+    file.Put(28, static_cast<unsigned int>(nBits), 2);
+    file.Put(30, nCompression);
+    file.Put(38, 2835);
+    file.Put(46, nEntries);
+    const unsigned int nTable = nCompression == BI_BITFIELDS  ? 3
+                                : nBits == 1                  ? 2
+                                : nEntries == 0 && nBits <= 8 ? 1u << nBits
+                                                              : nEntries;
+    file.table = Pattern(std::size_t{nTable} * 4, 7);
+    return Finish(file, file.table, nBits, nWidth, std::abs(nHeight));
+}
+
+BmpFile CoreFile(int nBits, int nWidth, int nHeight) {
+    BmpFile file{Bytes(26), {}, {}, 0};
+    file.Put(14, 12);
+    file.Put(18, static_cast<unsigned int>(nWidth), 2);
+    file.Put(20, static_cast<unsigned int>(nHeight), 2);
+    file.Put(22, 1, 2);
+    file.Put(24, static_cast<unsigned int>(nBits), 2);
+    const Bytes triples = Pattern(nBits <= 8 ? std::size_t{3} << nBits : 0, 5);
+    for (std::size_t i = 0; i < triples.size(); ++i) {
+        file.table.push_back(triples[i]);
+        if (i % 3 == 2) {
+            file.table.push_back(0);
+        }
+    }
+    return Finish(file, triples, nBits, nWidth, nHeight);
+}
+
+KelResult Decode(const Bytes& file, CKelImage& image) {
+    CVamArchiveMemory archive(file.data(), file.size());
+    return CKelBMPDecoder().Do(&archive, &image);
+}
+
+void ExpectHolds(const BmpFile& file, CKelImage& image, int nBits, int nWidth, int nRows,
+                 bool bReversed) {
+    const BITMAPINFOHEADER& header = *image.GetBitmapInfoHeader();
+    EXPECT_EQ(40u, header.biSize);
+    EXPECT_EQ(nWidth, header.biWidth);
+    EXPECT_EQ(nRows, header.biHeight);
+    EXPECT_EQ(1, header.biPlanes);
+    EXPECT_EQ(nBits, header.biBitCount);
+    ASSERT_EQ(file.table.size(), static_cast<std::size_t>(image.GetPaletteNum()) * 4);
+    if (!file.table.empty()) {
+        EXPECT_EQ(0, std::memcmp(file.table.data(), image.GetPalette(), file.table.size()));
+    }
+    for (int i = 0; i < nRows; ++i) {
+        const auto nFrom = static_cast<std::size_t>(bReversed ? nRows - 1 - i : i);
+        EXPECT_EQ(0, std::memcmp(file.rows.data() + nFrom * file.nStride, image.GetLineArray()[i],
+                                 file.nStride))
+            << i;
+    }
+}
+
+}  // namespace
+
+TEST(BmpReader, EveryDepthBothDirectionsBothHeaders) {
+    for (const int nBits : {1, 4, 8, 16, 24, 32}) {
+        for (const int nWidth : {1, 2, 3, 9, 33}) {
+            for (const int nRows : {1, 2, 5}) {
+                SCOPED_TRACE(testing::Message() << nBits << " " << nWidth << " " << nRows);
+                CKelImage image;
+                const BmpFile up = InfoFile(nBits, nWidth, nRows);
+                ASSERT_EQ(KEL_OK, Decode(up.bytes, image));
+                ExpectHolds(up, image, nBits, nWidth, nRows, true);
+                EXPECT_EQ(up.rows.size(), image.GetBitmapInfoHeader()->biSizeImage);
+                EXPECT_EQ(2835, image.GetBitmapInfoHeader()->biXPelsPerMeter);
+                const BmpFile down = InfoFile(nBits, nWidth, -nRows);
+                ASSERT_EQ(KEL_OK, Decode(down.bytes, image));
+                ExpectHolds(down, image, nBits, nWidth, nRows, false);
+                const BmpFile core = CoreFile(nBits, nWidth, nRows);
+                ASSERT_EQ(KEL_OK, Decode(core.bytes, image));
+                ExpectHolds(core, image, nBits, nWidth, nRows, true);
+                EXPECT_EQ(core.rows.size(), image.GetBitmapInfoHeader()->biSizeImage);
+            }
+        }
+    }
+}
+
+TEST(BmpReader, TablesMasksAndRunLengths) {
+    struct Case {
+        int nBits;
+        unsigned int nCompression;
+        unsigned int nEntries;
+        bool bReversed;
+    };
+    for (const Case& c : {Case{4, BI_RGB, 5, true}, Case{8, BI_RGB, 252, true},
+                          Case{8, BI_RGB, 300, true}, Case{24, BI_RGB, 3, true},
+                          Case{16, BI_BITFIELDS, 0, true}, Case{32, BI_BITFIELDS, 0, true},
+                          Case{8, BI_RLE8, 0, false}, Case{4, BI_RLE4, 0, false}}) {
+        CKelImage image;
+        const BmpFile file = InfoFile(c.nBits, 7, 4, c.nCompression, c.nEntries);
+        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
+        EXPECT_EQ(c.nCompression, image.GetBitmapInfoHeader()->biCompression);
+        ExpectHolds(file, image, c.nBits, 7, 4, c.bReversed);
+    }
+}
+
+// biSizeImage against the bytes the rows take: 7 x 4 pixels at 8 bits, 32 bytes.
+TEST(BmpReader, ClaimedSizeOfTheRows) {
+    struct Case {
+        unsigned int nCompression, nClaimed, nKept, nArrived;
+    };
+    for (const Case& c : {Case{BI_RGB, 0, 32, 32}, Case{BI_RGB, 31, 32, 32},
+                          Case{BI_RGB, 35, 35, 32}, Case{BI_RLE8, 10, 10, 10},
+                          Case{BI_RLE8, 0, 32, 32}, Case{BI_RGB, 300000000, 300000000, 32}}) {
+        SCOPED_TRACE(c.nClaimed);
+        BmpFile file = InfoFile(8, 7, -4, c.nCompression);
+        file.Put(34, c.nClaimed);
+        std::fill(file.rows.begin() + c.nArrived, file.rows.end(), static_cast<unsigned char>(0));
+        const support::AllocFill fill(0xA5);
+        CKelImage image;
+        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
+        EXPECT_EQ(c.nKept, image.GetBitmapInfoHeader()->biSizeImage);
+        ExpectHolds(file, image, 8, 7, 4, false);
+    }
+}
+
+// Headers no picture can have. The refusals by size come before anything of that size is taken.
+TEST(BmpReader, CraftedHeaders) {
+    struct Case {
+        const char* pszWhat;
+        int nWidth, nHeight;
+        unsigned int nBits, nCompression, nSizeImage, nEntries;
+        KelResult nResult;
+        bool bKeepsBuffers;
+    };
+    const Case cases[] = {
+        {"depth 2", 3, 2, 2, 0, 0, 0, KEL_ERR_PARAM, true},
+        {"depth 0", 3, 2, 0, 0, 0, 0, KEL_ERR_PARAM, true},
+        {"compression 4", 3, 2, 24, 4, 0, 0, KEL_ERR_PARAM, true},
+        {"negative width", -3, 2, 24, 0, 0, 0, KEL_ERR_PARAM, false},
+        {"height without absolute value", 3, INT_MIN, 24, 0, 0, 0, KEL_ERR_PARAM, false},
+        {"65,537 entries", 3, 2, 8, 0, 0, 65537, KEL_ERR_PARAM, false},
+        {"table size wraps to 0", 3, 2, 24, 0, 0, 0x40000000, KEL_ERR_PARAM, false},
+        {"table size wraps to 1 entry", 3, 2, 8, 0, 0, 0x40000001, KEL_ERR_PARAM, false},
+        {"rows over 31 bits", 30000, 30000, 24, 0, 0, 0, KEL_ERR_PARAM, false},
+        {"stride wraps", 0x10000001, 2, 32, 0, 0, 0, KEL_ERR_PARAM, false},
+        {"depth 65535", INT_MAX, INT_MAX, 65535, 0, 0, 0, KEL_ERR_PARAM, false},
+        {"no columns, too many row pointers", 0, INT_MAX, 24, 0, 0, 0, KEL_ERR_MEMORY, false},
+        {"65,536 entries", 3, 2, 8, 0, 0, 65536, KEL_OK, true},
+        {"no rows", 3, 0, 24, 0, 0, 0, KEL_OK, true},
+        {"no columns", 0, 3, 24, 0, 0, 0, KEL_OK, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.pszWhat);
+        BmpFile file = InfoFile(24, 3, 2);
+        file.Put(18, static_cast<unsigned int>(c.nWidth));
+        file.Put(22, static_cast<unsigned int>(c.nHeight));
+        file.Put(28, c.nBits, 2);
+        file.Put(30, c.nCompression);
+        file.Put(34, c.nSizeImage);
+        file.Put(46, c.nEntries);
+        support::RecordingTrace trace(-1);
+        CKelImage image;
+        ASSERT_EQ(KEL_OK, Decode(CoreFile(1, 3, 3).bytes, image));  // to be replaced
+        EXPECT_EQ(c.nResult, Decode(file.bytes, image));
+        EXPECT_EQ(c.bKeepsBuffers, image.GetBits() != nullptr);
+        EXPECT_EQ(c.nResult == KEL_OK ? c.nHeight : 0, image.GetHeight());
+        EXPECT_EQ(c.nResult == KEL_OK, image.GetLineArray() != nullptr);
+    }
+    for (const unsigned int nSize : {0u, 16u, 64u, 108u, 124u}) {
+        BmpFile file = InfoFile(24, 3, 2);
+        file.Put(14, nSize);
+        CKelImage image;
+        EXPECT_EQ(KEL_ERR_PARAM, Decode(file.bytes, image)) << nSize;
+    }
+}
+
+// Every prefix gives the same picture whatever fresh memory holds, and zero where nothing arrived.
+TEST(BmpReader, PrefixesAreFilledWithZero) {
+    const BmpFile files[] = {InfoFile(24, 3, 4), InfoFile(4, 9, -4, BI_RGB, 3),
+                             InfoFile(16, 3, 4, BI_BITFIELDS), CoreFile(1, 9, 4),
+                             InfoFile(8, 9, 4, BI_RLE8, 6)};
+    for (const BmpFile& file : files) {
+        for (std::size_t nLength = 0; nLength < file.bytes.size(); ++nLength) {
+            const Bytes prefix(file.bytes.data(), file.bytes.data() + nLength);
+            Bytes padded = prefix;
+            padded.resize(file.bytes.size(), 0);
+            CKelImage images[3];
+            KelResult results[3];
+            for (int i = 0; i < 3; ++i) {
+                const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
+                results[i] = Decode(i == 2 ? padded : prefix, images[i]);
+                ASSERT_EQ(results[0], results[i]) << nLength;
+            }
+            ASSERT_TRUE(results[0] == KEL_OK || results[0] == KEL_ERR_PARAM) << nLength;
+            const unsigned int nSize = images[0].GetBmpDataSize();
+            for (int i = 1; i < 3 && results[0] == KEL_OK; ++i) {
+                ASSERT_EQ(nSize, images[i].GetBmpDataSize());
+                EXPECT_EQ(0, std::memcmp(images[0].GetBits(), images[i].GetBits(), nSize))
+                    << nLength;
+                ASSERT_EQ(images[0].GetPaletteNum(), images[i].GetPaletteNum());
+                for (int n = 0; n < images[0].GetPaletteNum(); ++n) {
+                    EXPECT_EQ(
+                        0, std::memcmp(&images[0].GetPalette()[n], &images[i].GetPalette()[n], 4));
+                }
+            }
+        }
+    }
+}
+
+namespace {
+
+// Notes each call and, from the nSwitch-th Read on, serves other bytes: a file that changes.
+class WatchedArchive : public CVamArchiveMemory {
+  public:
+    WatchedArchive(const Bytes& before, const Bytes& after, int nSwitch)
+        : m_Before(before.data(), before.size()),
+          m_After(after.data(), after.size()),
+          m_nSwitch(nSwitch) {}
+
+    unsigned int Read(void* pBuffer, unsigned int nCount) override {
+        m_strCalls += "R" + std::to_string(nCount) + " ";
+        CVamArchiveMemory& now = ++m_nReads >= m_nSwitch ? m_After : m_Before;
+        now.Seek(m_nAt, 0);
+        const unsigned int nRead = now.Read(pBuffer, nCount);
+        m_nAt += nRead;
+        return nRead;
+    }
+    bool Seek(long long nPosition, int nOrigin) override {
+        m_strCalls += "S" + std::to_string(nPosition) + (nOrigin == 0 ? " " : "! ");
+        m_nAt = nPosition;
+        return true;
+    }
+    long long GetPosition() override {
+        m_strCalls += "P ";
+        return m_nAt;
+    }
+
+    std::string m_strCalls;
+
+  private:
+    CVamArchiveMemory m_Before, m_After;
+    int m_nSwitch, m_nReads = 0;
+    long long m_nAt = 0;
+};
+
+}  // namespace
+
+TEST(BmpReader, CallsOfTheArchive) {
+    const BmpFile info = InfoFile(8, 7, 4, BI_RGB, 5);
+    const BmpFile core = CoreFile(4, 7, 4);
+    CKelImage image;
+    WatchedArchive first(info.bytes, info.bytes, 1000);
+    EXPECT_EQ(KEL_OK, CKelBMPDecoder().Do(&first, &image));
+    EXPECT_EQ("R14 P R4 S14 R40 S14 R60 S79 R32 ", first.m_strCalls);
+    WatchedArchive second(core.bytes, core.bytes, 1000);
+    EXPECT_EQ(KEL_OK, CKelBMPDecoder().Do(&second, &image));
+    EXPECT_EQ("R14 P R4 S14 R12 R48 S79 R16 ", second.m_strCalls);
+}
+
+// The header is read twice; the second one is what counts, and its table must lie in what the first
+// one made room for.
+TEST(BmpReader, HeaderThatChangesBetweenTwoReads) {
+    const BmpFile small = InfoFile(8, 3, 2, BI_RGB, 2);
+    for (const BmpFile& other : {InfoFile(8, 3, 2), InfoFile(8, -3, 2), InfoFile(24, 3, 2)}) {
+        WatchedArchive archive(small.bytes, other.bytes, 4);
+        CKelImage image;
+        const bool bFits = other.table.empty();
+        EXPECT_EQ(bFits ? KEL_OK : KEL_ERR_PARAM, CKelBMPDecoder().Do(&archive, &image));
+        EXPECT_EQ(bFits, image.GetBits() != nullptr);
+    }
+}
+
+TEST(BmpReader, EveryFailedAllocation) {
+    for (const BmpFile& file : {InfoFile(8, 7, 4), CoreFile(1, 7, 4)}) {
+        for (const bool bForEver : {false, true}) {
+            bool bFired = true;
+            for (long n = 1; bFired; ++n) {
+                support::RecordingTrace trace(-1);
+                const support::LiveBlocks before = support::CountLiveBlocks();
+                {
+                    CKelImage image;
+                    CVamArchiveMemory archive(file.bytes.data(), file.bytes.size());
+                    KelResult nResult = KEL_OK;
+                    {
+                        support::AllocFaults faults(n, bForEver);
+                        nResult = CKelBMPDecoder().Do(&archive, &image);
+                        bFired = faults.Fired();
+                    }
+                    EXPECT_EQ(bFired ? KEL_ERR_MEMORY : KEL_OK, nResult) << n;
+                    EXPECT_EQ(bFired, image.GetBits() == nullptr) << n;
+                }
+                EXPECT_EQ(before, support::CountLiveBlocks()) << n;
+            }
+        }
+    }
+}
+
+TEST(BmpReader, EveryFailedCallOfTheArchive) {
+    const BmpFile file = InfoFile(8, 7, 4, BI_RGB, 9);
+    for (const support::Op eOp : support::kAllOps) {
+        for (const support::Fault eFault : support::kAllFaults) {
+            bool bFired = true;
+            for (int n = 1; bFired; ++n) {
+                const support::LiveBlocks before = support::CountLiveBlocks();
+                {
+                    CKelImage images[2];
+                    KelResult results[2] = {-1, -1};
+                    for (int i = 0; i < 2; ++i) {
+                        const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
+                        support::FaultyArchive archive(file.bytes);
+                        archive.FailAt(eOp, n, eFault);
+                        try {
+                            results[i] = CKelBMPDecoder().Do(&archive, &images[i]);
+                        } catch (const support::ForeignError&) {
+                        }
+                        bFired = archive.Fired();
+                    }
+                    EXPECT_EQ(bFired && eFault == support::Fault::kThrow, results[0] == -1);
+                    ASSERT_EQ(results[0], results[1]);
+                    ASSERT_EQ(images[0].GetBmpDataSize(), images[1].GetBmpDataSize());
+                    if (results[0] == KEL_OK) {
+                        EXPECT_EQ(0, std::memcmp(images[0].GetBits(), images[1].GetBits(),
+                                                 images[0].GetBmpDataSize()));
+                    }
+                }
+                EXPECT_EQ(before, support::CountLiveBlocks());
+            }
+        }
+    }
+}
+
+// Three bounded copies for each pair of rows, one for the header built from a 12-byte one.
+TEST(BmpReader, FailedBoundedCopiesAreTraced) {
+    const BmpFile file = CoreFile(24, 3, 5);
+    std::vector<int> lines;
+    for (int n = 1;; ++n) {
+        support::RecordingTrace trace(1);
+        support::SecureFaults faults(n);
+        CKelImage image;
+        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
+        ExpectHolds(file, image, 24, 3, 5, true);
+        if (!faults.Fired()) {
+            break;
+        }
+        ASSERT_EQ(1u, trace.Lines().size()) << n;
+        EXPECT_EQ(1, trace.Lines()[0].nLevel);
+        int nLine = 0;
+        if (std::sscanf(trace.Lines()[0].strText.c_str(),
+                        "[ikelex/src/keldecoder;%d] secure function return=34", &nLine) == 1) {
+            lines.push_back(nLine);
+        }
+    }
+    ASSERT_EQ(7u, lines.size());
+    EXPECT_EQ(lines[1] + 1, lines[2]);
+    EXPECT_EQ(lines[2] + 1, lines[3]);
+    EXPECT_TRUE(std::equal(lines.begin() + 1, lines.begin() + 4, lines.begin() + 4));
+}

@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "kelencoder/kelpngencoder.h"
+#include "kelimage/kelimage.h"
+#include "support/allocfaults.h"
+#include "support/faultyarchive.h"
+#include "support/plainpng.h"
+#include "support/recordingtrace.h"
+
+using support::Bytes;
+using support::PlainPng;
+
+namespace {
+
+// 13 x 5 pixels; at 1, 4 and 8 bits every index a row can hold lies in the palette.
+void Paint(CKelImage& image, int nBits) {
+    ASSERT_NE(nullptr, image.Create(13, 5, nBits));
+    for (unsigned int i = 0; i < image.GetBmpDataSize(); ++i) {
+        image.GetBits()[i] = static_cast<unsigned char>(i * 37 + i / 7);
+    }
+    for (int i = 0; nBits <= 8 && i < 1 << nBits; ++i) {
+        image.AddPaletteEntry(static_cast<unsigned char>(i), static_cast<unsigned char>(i * 3),
+                              static_cast<unsigned char>(255 - i), 255);
+    }
+}
+
+KelResult Encode(CKelImage& image, Bytes& file) {
+    CVamArchiveMemory archive;
+    const KelResult nResult = CKelPNGEncoder().Do(&archive, &image);
+    file.assign(archive.GetData(), archive.GetData() + archive.GetSize());
+    return nResult;
+}
+
+}  // namespace
+
+TEST(PngWriter, PlainLibpngReadsTheSamePixels) {
+    for (const int nBits : {1, 4, 8, 16, 24, 32}) {
+        SCOPED_TRACE(nBits);
+        CKelImage image;
+        Paint(image, nBits);
+        const Bytes stored(image.GetBits(), image.GetBits() + image.GetBmpDataSize());
+        Bytes file;
+        ASSERT_EQ(KEL_OK, Encode(image, file));
+        EXPECT_TRUE(std::equal(stored.begin(), stored.end(), image.GetBits()));
+        const PlainPng read = support::DecodePlainPng(file);
+        EXPECT_EQ(13u, read.nWidth);
+        ASSERT_EQ(5u, read.nHeight);
+        EXPECT_EQ(nBits < 16 ? nBits : 8, read.nBitDepth);
+        EXPECT_EQ(PNG_INTERLACE_NONE, read.nInterlace);
+        EXPECT_EQ(nBits < 16    ? PNG_COLOR_TYPE_PALETTE
+                  : nBits == 32 ? PNG_COLOR_TYPE_RGB_ALPHA
+                                : PNG_COLOR_TYPE_RGB,
+                  read.nColorType);
+        ASSERT_EQ(image.GetPaletteNum(), static_cast<int>(read.palette.size()));
+        for (std::size_t i = 0; i < read.palette.size(); ++i) {
+            EXPECT_EQ(image.GetPalette()[i].byRed, read.palette[i].red);
+            EXPECT_EQ(image.GetPalette()[i].byGreen, read.palette[i].green);
+            EXPECT_EQ(image.GetPalette()[i].byBlue, read.palette[i].blue);
+        }
+        for (unsigned int y = 0; y < 5; ++y) {
+            const unsigned char* pStored = image.GetLineArray()[y];
+            const unsigned char* pRead = read.rows.data() + y * read.RowBytes();
+            Bytes row(pStored, pStored + read.RowBytes() * (nBits == 16 ? 0 : 1));
+            for (unsigned int x = 0; x < 13 && nBits >= 16; ++x) {
+                if (nBits == 16) {
+                    const int nPixel = pStored[2 * x] | pStored[2 * x + 1] << 8;
+                    for (const int nShift : {7, 2, -3}) {
+                        const int nValue = nShift < 0 ? nPixel << 3 : nPixel >> nShift;
+                        row.push_back(static_cast<unsigned char>(nValue & 0xF8));
+                    }
+                } else {
+                    const unsigned int nSize = static_cast<unsigned int>(nBits) / 8;
+                    std::swap(row[nSize * x], row[nSize * x + 2]);
+                }
+            }
+            if (nBits == 1 || nBits == 4) {  // 13 pixels leave some bits of the last byte open
+                const auto nMask = static_cast<unsigned char>(nBits == 1 ? 0xF8 : 0xF0);
+                EXPECT_EQ(row.back() & nMask, pRead[row.size() - 1] & nMask);
+                row.pop_back();
+            }
+            EXPECT_TRUE(std::equal(row.begin(), row.end(), pRead)) << y;
+        }
+    }
+}
+
+TEST(PngWriter, Refusals) {
+    struct Case {
+        const char* pszWhat;
+        void (*pfnSpoil)(CKelImage&);
+        int nBits;
+        KelResult nResult;
+        const char* pszTrace;
+    };
+    const Case cases[] = {
+        {"no palette", [](CKelImage& i) { i.DestroyPaletteTable(); }, 8, KEL_ERR_CODEC,
+         "PNG Encoder error msg:Valid palette required for paletted images\r\n"},
+        {"17 entries at 4 bits", [](CKelImage& i) { i.AddPaletteEntry(1, 2, 3, 4); }, 4,
+         KEL_ERR_CODEC, "PNG Encoder error msg:Invalid palette length\r\n"},
+        {"index beyond the palette", [](CKelImage& i) { i.m_nPaletteNum = 2; }, 8, KEL_ERR_CODEC,
+         "PNG Encoder error msg:Wrote palette index exceeding num_palette\r\n"},
+        {"no row array", [](CKelImage& i) { i.DeleteLineArray(); }, 32, KEL_ERR_CODEC,
+         "PNG Encoder error msg:No IDATs written into file\r\n"},
+        {"no row array, converted rows", [](CKelImage& i) { i.DeleteLineArray(); }, 24, KEL_OK,
+         nullptr},
+        {"depth 2", [](CKelImage& i) { i.m_bmih.biBitCount = 2; }, 8, KEL_ERR_FAIL, nullptr},
+        {"depth 48", [](CKelImage& i) { i.m_bmih.biBitCount = 48; }, 8, KEL_ERR_FAIL, nullptr},
+        {"empty", [](CKelImage& i) { i.Clean(); }, 8, KEL_ERR_FAIL, nullptr}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.pszWhat);
+        CKelImage image;
+        Paint(image, c.nBits);
+        c.pfnSpoil(image);
+        support::RecordingTrace trace;
+        Bytes file;
+        EXPECT_EQ(c.nResult, Encode(image, file));
+        EXPECT_EQ(c.nResult == KEL_ERR_FAIL, file.empty());
+        if (c.pszTrace) {
+            ASSERT_FALSE(trace.Lines().empty());
+            EXPECT_EQ((support::TraceLine{ZT_TRACE_VAM, 0, c.pszTrace}), trace.Lines().back());
+        } else {
+            EXPECT_TRUE(trace.Lines().empty());
+        }
+    }
+    CKelImage wide;
+    Bytes file;
+    support::RecordingTrace trace;
+    ASSERT_NE(nullptr, wide.Create(0, 3, 24));
+    EXPECT_EQ(KEL_ERR_CODEC, Encode(wide, file));
+}
+
+TEST(PngWriter, Palette) {
+    tagKelRGBQUAD entries[2] = {{1, 2, 3, 4}, {5, 6, 7, 8}};
+    const std::unique_ptr<unsigned char[]> pPalette(CKelPNGEncoder().CreatePNGPalette(2, entries));
+    const unsigned char expected[] = {3, 2, 1, 7, 6, 5};
+    EXPECT_TRUE(std::equal(expected, expected + 6, pPalette.get()));
+    EXPECT_EQ(nullptr, CKelPNGEncoder().CreatePNGPalette(0, entries));
+    EXPECT_EQ(nullptr, CKelPNGEncoder().CreatePNGPalette(-1, entries));
+}
+
+TEST(PngWriter, Faults) {
+    for (const int nBits : {8, 24}) {
+        CKelImage image;
+        Paint(image, nBits);
+        support::FaultyArchive archive;
+        const support::LiveBlocks before = support::CountLiveBlocks();
+        {
+            support::RecordingTrace trace(-1);
+            support::AllocFaults faults(1);
+            EXPECT_EQ(KEL_ERR_MEMORY, CKelPNGEncoder().Do(&archive, &image));
+        }
+        EXPECT_EQ(before, support::CountLiveBlocks());
+        bool bFired = true;
+        for (int n = 1; bFired; ++n) {
+            support::FaultyArchive throwing;
+            throwing.FailAt(support::Op::kWrite, n, support::Fault::kThrow);
+            try {
+                EXPECT_EQ(KEL_OK, CKelPNGEncoder().Do(&throwing, &image));
+            } catch (const support::ForeignError&) {
+            }
+            bFired = throwing.Fired();
+        }
+    }
+}
