@@ -279,7 +279,7 @@ class WatchedArchive : public CVamArchiveMemory {
           m_nSwitch(nSwitch) {}
 
     unsigned int Read(void* pBuffer, unsigned int nCount) override {
-        m_strCalls += "R" + std::to_string(nCount) + " ";
+        Note('R', nCount);
         CVamArchiveMemory& now = ++m_nReads >= m_nSwitch ? m_After : m_Before;
         now.Seek(m_nAt, 0);
         const unsigned int nRead = now.Read(pBuffer, nCount);
@@ -287,7 +287,7 @@ class WatchedArchive : public CVamArchiveMemory {
         return nRead;
     }
     bool Seek(long long nPosition, int nOrigin) override {
-        m_strCalls += "S" + std::to_string(nPosition) + (nOrigin == 0 ? " " : "! ");
+        Note(nOrigin == 0 ? 'S' : '!', nPosition);
         m_nAt = nPosition;
         return true;
     }
@@ -299,6 +299,12 @@ class WatchedArchive : public CVamArchiveMemory {
     std::string m_strCalls;
 
   private:
+    void Note(char cCall, long long nValue) {
+        m_strCalls += cCall;
+        m_strCalls += std::to_string(nValue);
+        m_strCalls += ' ';
+    }
+
     CVamArchiveMemory m_Before, m_After;
     int m_nSwitch, m_nReads = 0;
     long long m_nAt = 0;

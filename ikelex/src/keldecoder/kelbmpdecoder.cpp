@@ -17,6 +17,7 @@
 #include <new>
 
 #include "../kelbitmap/bmplayout.h"
+#include "../kelbitmap/colortable.h"
 #include "../kelbitmap/strides.h"
 #include "../kelimage/kelimage.h"
 #include "../kelmemory/kelmemory.h"
@@ -25,8 +26,6 @@
 namespace {
 
 using Buffer = std::unique_ptr<unsigned char[]>;
-
-constexpr unsigned int kMaxTableEntries = 65536;
 
 // Asks for nCount bytes once and returns how many arrived; a count above that is none.
 unsigned int ReadOnce(CVamArchive* pArchive, void* pBuffer, unsigned int nCount) {
@@ -54,18 +53,12 @@ struct HeaderBlock {
     BITMAPINFOHEADER& Header() const { return Info()->bmiHeader; }
 };
 
-// The entries of the colour table a header claims, kMaxTableEntries + 1 standing for any more.
-unsigned int TableEntries(BITMAPINFOHEADER header) {
-    header.biClrUsed = std::min(header.biClrUsed, kMaxTableEntries + 1);
-    return IMG_GetColorTableSize(&header) / kel::kBmpQuadSize;
-}
-
 // The 40-byte header at nStart with its colour table, in one read.
 KelResult ReadInfoBlock(CVamArchive* pArchive, unsigned int nStart, HeaderBlock& block) {
     BITMAPINFOHEADER header;
     ReadOrZero(pArchive, reinterpret_cast<unsigned char*>(&header), kel::kBmpInfoHeaderSize);
     pArchive->Seek(nStart, 0);
-    if (TableEntries(header) > kMaxTableEntries) {
+    if (kel::ColorTableEntries(header) > kel::kMaxColorTableEntries) {
         return KEL_ERR_PARAM;
     }
     header.biSize = kel::kBmpInfoHeaderSize;
@@ -116,7 +109,7 @@ bool IsSound(const HeaderBlock& block) {
         return false;
     }
     const unsigned int nRoom = (block.nSize - kel::kBmpInfoHeaderSize) / kel::kBmpQuadSize;
-    return TableEntries(header) <= nRoom;
+    return kel::ColorTableEntries(header) <= nRoom;
 }
 
 bool IsUncompressed(const BITMAPINFOHEADER& header) {
@@ -209,7 +202,7 @@ KelResult CKelBMPDecoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     if (nResult != KEL_OK) {
         return nResult;
     }
-    const bool bTable = TableEntries(block.Header()) > 0;
+    const bool bTable = kel::ColorTableEntries(block.Header()) > 0;
     nResult =
         pImage->OpenAs(reinterpret_cast<BITMAPINFO*>(block.pBytes.release()), pPixels.release(), 1);
     if (nResult == KEL_OK && (!pImage->GetLineArray() || (bTable && !pImage->GetPalette()))) {
