@@ -5,12 +5,9 @@
 #include <cstring>
 #include <string>
 
-#include "kelbitmap/bmplayout.h"
 #include "keldecoder/kelbmpdecoder.h"
 #include "kelimage/kelimage.h"
-#include "support/allocfaults.h"
-#include "support/faultyarchive.h"
-#include "support/recordingtrace.h"
+#include "support/codecfaults.h"
 #include "support/securefaults.h"
 
 namespace {
@@ -68,7 +65,6 @@ BmpFile InfoFile(int nBits, int nWidth, int nHeight, unsigned int nCompression =
     file.Put(26, 1, 2);
     file.Put(28, static_cast<unsigned int>(nBits), 2);
     file.Put(30, nCompression);
-    file.Put(38, 2835);
     file.Put(46, nEntries);
     const unsigned int nTable = nCompression == BI_BITFIELDS  ? 3
                                 : nBits == 1                  ? 2
@@ -95,19 +91,19 @@ BmpFile CoreFile(int nBits, int nWidth, int nHeight) {
     return Finish(file, triples, nBits, nWidth, nHeight);
 }
 
-KelResult Decode(const Bytes& file, CKelImage& image) {
-    CVamArchiveMemory archive(file.data(), file.size());
-    return CKelBMPDecoder().Do(&archive, &image);
-}
+constexpr auto Decode = support::Decode<CKelBMPDecoder>;
 
-void ExpectHolds(const BmpFile& file, CKelImage& image, int nBits, int nWidth, int nRows,
-                 bool bReversed) {
+// Opens the file and compares everything; nSizeImage 0 stands for the bytes of all rows.
+void ExpectOpens(const BmpFile& file, int nBits, int nWidth, int nRows, bool bReversed,
+                 std::size_t nSizeImage = 0) {
+    CKelImage image;
+    ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
+    EXPECT_EQ(nSizeImage != 0 ? nSizeImage : file.rows.size(),
+              image.GetBitmapInfoHeader()->biSizeImage);
     const BITMAPINFOHEADER& header = *image.GetBitmapInfoHeader();
-    EXPECT_EQ(40u, header.biSize);
-    EXPECT_EQ(nWidth, header.biWidth);
-    EXPECT_EQ(nRows, header.biHeight);
-    EXPECT_EQ(1, header.biPlanes);
-    EXPECT_EQ(nBits, header.biBitCount);
+    EXPECT_EQ((std::vector<int>{40, nWidth, nRows, 1, nBits}),
+              (std::vector<int>{static_cast<int>(header.biSize), header.biWidth, header.biHeight,
+                                header.biPlanes, header.biBitCount}));
     ASSERT_EQ(file.table.size(), static_cast<std::size_t>(image.GetPaletteNum()) * 4);
     if (!file.table.empty()) {
         EXPECT_EQ(0, std::memcmp(file.table.data(), image.GetPalette(), file.table.size()));
@@ -122,45 +118,28 @@ void ExpectHolds(const BmpFile& file, CKelImage& image, int nBits, int nWidth, i
 
 }  // namespace
 
-TEST(BmpReader, EveryDepthBothDirectionsBothHeaders) {
-    for (const int nBits : {1, 4, 8, 16, 24, 32}) {
+TEST(BmpReader, EveryLayoutBothDirectionsBothHeaders) {
+    struct Layout {
+        int nBits;
+        unsigned int nCompression, nEntries;
+    };
+    for (const Layout& layout :
+         {Layout{1, BI_RGB, 0}, Layout{4, BI_RGB, 0}, Layout{4, BI_RGB, 5}, Layout{8, BI_RGB, 0},
+          Layout{8, BI_RGB, 300}, Layout{16, BI_RGB, 0}, Layout{16, BI_BITFIELDS, 0},
+          Layout{24, BI_RGB, 0}, Layout{24, BI_RGB, 3}, Layout{32, BI_RGB, 0},
+          Layout{32, BI_BITFIELDS, 0}, Layout{8, BI_RLE8, 0}, Layout{4, BI_RLE4, 0}}) {
+        const auto [nBits, nCompression, nEntries] = layout;
         for (const int nWidth : {1, 2, 3, 9, 33}) {
             for (const int nRows : {1, 2, 5}) {
                 SCOPED_TRACE(testing::Message() << nBits << " " << nWidth << " " << nRows);
-                CKelImage image;
-                const BmpFile up = InfoFile(nBits, nWidth, nRows);
-                ASSERT_EQ(KEL_OK, Decode(up.bytes, image));
-                ExpectHolds(up, image, nBits, nWidth, nRows, true);
-                EXPECT_EQ(up.rows.size(), image.GetBitmapInfoHeader()->biSizeImage);
-                EXPECT_EQ(2835, image.GetBitmapInfoHeader()->biXPelsPerMeter);
-                const BmpFile down = InfoFile(nBits, nWidth, -nRows);
-                ASSERT_EQ(KEL_OK, Decode(down.bytes, image));
-                ExpectHolds(down, image, nBits, nWidth, nRows, false);
-                const BmpFile core = CoreFile(nBits, nWidth, nRows);
-                ASSERT_EQ(KEL_OK, Decode(core.bytes, image));
-                ExpectHolds(core, image, nBits, nWidth, nRows, true);
-                EXPECT_EQ(core.rows.size(), image.GetBitmapInfoHeader()->biSizeImage);
+                const BmpFile up = InfoFile(nBits, nWidth, nRows, nCompression, nEntries);
+                const bool bRunLength = nCompression == BI_RLE8 || nCompression == BI_RLE4;
+                ExpectOpens(up, nBits, nWidth, nRows, !bRunLength);
+                const BmpFile down = InfoFile(nBits, nWidth, -nRows, nCompression, nEntries);
+                ExpectOpens(down, nBits, nWidth, nRows, false);
+                ExpectOpens(CoreFile(nBits, nWidth, nRows), nBits, nWidth, nRows, true);
             }
         }
-    }
-}
-
-TEST(BmpReader, TablesMasksAndRunLengths) {
-    struct Case {
-        int nBits;
-        unsigned int nCompression;
-        unsigned int nEntries;
-        bool bReversed;
-    };
-    for (const Case& c : {Case{4, BI_RGB, 5, true}, Case{8, BI_RGB, 252, true},
-                          Case{8, BI_RGB, 300, true}, Case{24, BI_RGB, 3, true},
-                          Case{16, BI_BITFIELDS, 0, true}, Case{32, BI_BITFIELDS, 0, true},
-                          Case{8, BI_RLE8, 0, false}, Case{4, BI_RLE4, 0, false}}) {
-        CKelImage image;
-        const BmpFile file = InfoFile(c.nBits, 7, 4, c.nCompression, c.nEntries);
-        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
-        EXPECT_EQ(c.nCompression, image.GetBitmapInfoHeader()->biCompression);
-        ExpectHolds(file, image, c.nBits, 7, 4, c.bReversed);
     }
 }
 
@@ -171,16 +150,13 @@ TEST(BmpReader, ClaimedSizeOfTheRows) {
     };
     for (const Case& c : {Case{BI_RGB, 0, 32, 32}, Case{BI_RGB, 31, 32, 32},
                           Case{BI_RGB, 35, 35, 32}, Case{BI_RLE8, 10, 10, 10},
-                          Case{BI_RLE8, 0, 32, 32}, Case{BI_RGB, 300000000, 300000000, 32}}) {
+                          Case{BI_RLE8, 0, 32, 32}, Case{BI_RGB, 3000000, 3000000, 32}}) {
         SCOPED_TRACE(c.nClaimed);
         BmpFile file = InfoFile(8, 7, -4, c.nCompression);
         file.Put(34, c.nClaimed);
         std::fill(file.rows.begin() + c.nArrived, file.rows.end(), static_cast<unsigned char>(0));
         const support::AllocFill fill(0xA5);
-        CKelImage image;
-        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
-        EXPECT_EQ(c.nKept, image.GetBitmapInfoHeader()->biSizeImage);
-        ExpectHolds(file, image, 8, 7, 4, false);
+        ExpectOpens(file, 8, 7, 4, false, c.nKept);
     }
 }
 
@@ -245,24 +221,13 @@ TEST(BmpReader, PrefixesAreFilledWithZero) {
             const Bytes prefix(file.bytes.data(), file.bytes.data() + nLength);
             Bytes padded = prefix;
             padded.resize(file.bytes.size(), 0);
-            CKelImage images[3];
-            KelResult results[3];
-            for (int i = 0; i < 3; ++i) {
-                const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
-                results[i] = Decode(i == 2 ? padded : prefix, images[i]);
-                ASSERT_EQ(results[0], results[i]) << nLength;
-            }
-            ASSERT_TRUE(results[0] == KEL_OK || results[0] == KEL_ERR_PARAM) << nLength;
-            const unsigned int nSize = images[0].GetBmpDataSize();
-            for (int i = 1; i < 3 && results[0] == KEL_OK; ++i) {
-                ASSERT_EQ(nSize, images[i].GetBmpDataSize());
-                EXPECT_EQ(0, std::memcmp(images[0].GetBits(), images[i].GetBits(), nSize))
-                    << nLength;
-                ASSERT_EQ(images[0].GetPaletteNum(), images[i].GetPaletteNum());
-                for (int n = 0; n < images[0].GetPaletteNum(); ++n) {
-                    EXPECT_EQ(
-                        0, std::memcmp(&images[0].GetPalette()[n], &images[i].GetPalette()[n], 4));
-                }
+            CKelImage image, expected;
+            const KelResult nResult = Decode(padded, expected);
+            for (const int nFill : {0xA5, 0x5A}) {
+                const support::AllocFill fill(static_cast<unsigned char>(nFill));
+                ASSERT_EQ(nResult, Decode(prefix, image)) << nLength;
+                ASSERT_TRUE(nResult == KEL_OK || nResult == KEL_ERR_PARAM) << nLength;
+                EXPECT_EQ(support::Snapshot(expected), support::Snapshot(image)) << nLength;
             }
         }
     }
@@ -337,62 +302,10 @@ TEST(BmpReader, HeaderThatChangesBetweenTwoReads) {
     }
 }
 
-TEST(BmpReader, EveryFailedAllocation) {
-    for (const BmpFile& file : {InfoFile(8, 7, 4), CoreFile(1, 7, 4)}) {
-        for (const bool bForEver : {false, true}) {
-            bool bFired = true;
-            for (long n = 1; bFired; ++n) {
-                support::RecordingTrace trace(-1);
-                const support::LiveBlocks before = support::CountLiveBlocks();
-                {
-                    CKelImage image;
-                    CVamArchiveMemory archive(file.bytes.data(), file.bytes.size());
-                    KelResult nResult = KEL_OK;
-                    {
-                        support::AllocFaults faults(n, bForEver);
-                        nResult = CKelBMPDecoder().Do(&archive, &image);
-                        bFired = faults.Fired();
-                    }
-                    EXPECT_EQ(bFired ? KEL_ERR_MEMORY : KEL_OK, nResult) << n;
-                    EXPECT_EQ(bFired, image.GetBits() == nullptr) << n;
-                }
-                EXPECT_EQ(before, support::CountLiveBlocks()) << n;
-            }
-        }
-    }
-}
-
-TEST(BmpReader, EveryFailedCallOfTheArchive) {
-    const BmpFile file = InfoFile(8, 7, 4, BI_RGB, 9);
-    for (const support::Op eOp : support::kAllOps) {
-        for (const support::Fault eFault : support::kAllFaults) {
-            bool bFired = true;
-            for (int n = 1; bFired; ++n) {
-                const support::LiveBlocks before = support::CountLiveBlocks();
-                {
-                    CKelImage images[2];
-                    KelResult results[2] = {-1, -1};
-                    for (int i = 0; i < 2; ++i) {
-                        const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
-                        support::FaultyArchive archive(file.bytes);
-                        archive.FailAt(eOp, n, eFault);
-                        try {
-                            results[i] = CKelBMPDecoder().Do(&archive, &images[i]);
-                        } catch (const support::ForeignError&) {
-                        }
-                        bFired = archive.Fired();
-                    }
-                    EXPECT_EQ(bFired && eFault == support::Fault::kThrow, results[0] == -1);
-                    ASSERT_EQ(results[0], results[1]);
-                    ASSERT_EQ(images[0].GetBmpDataSize(), images[1].GetBmpDataSize());
-                    if (results[0] == KEL_OK) {
-                        EXPECT_EQ(0, std::memcmp(images[0].GetBits(), images[1].GetBits(),
-                                                 images[0].GetBmpDataSize()));
-                    }
-                }
-                EXPECT_EQ(before, support::CountLiveBlocks());
-            }
-        }
+TEST(BmpReader, Faults) {
+    for (const BmpFile& file : {InfoFile(8, 7, 4, BI_RGB, 9), CoreFile(1, 7, 4)}) {
+        support::ExpectMemoryErrors<CKelBMPDecoder>(file.bytes);
+        support::ExpectArchiveFaults<CKelBMPDecoder>(file.bytes);
     }
 }
 
@@ -403,9 +316,7 @@ TEST(BmpReader, FailedBoundedCopiesAreTraced) {
     for (int n = 1;; ++n) {
         support::RecordingTrace trace(1);
         support::SecureFaults faults(n);
-        CKelImage image;
-        ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
-        ExpectHolds(file, image, 24, 3, 5, true);
+        ExpectOpens(file, 24, 3, 5, true);
         if (!faults.Fired()) {
             break;
         }
@@ -418,7 +329,7 @@ TEST(BmpReader, FailedBoundedCopiesAreTraced) {
         }
     }
     ASSERT_EQ(7u, lines.size());
-    EXPECT_EQ(lines[1] + 1, lines[2]);
-    EXPECT_EQ(lines[2] + 1, lines[3]);
-    EXPECT_TRUE(std::equal(lines.begin() + 1, lines.begin() + 4, lines.begin() + 4));
+    EXPECT_EQ((std::vector<int>{lines[1], lines[1] + 1, lines[1] + 2, lines[1], lines[1] + 1,
+                                lines[1] + 2}),
+              std::vector<int>(lines.begin() + 1, lines.end()));
 }

@@ -33,10 +33,10 @@ PlainPng RandomPng(int nColorType, int nBitDepth, int nInterlace, unsigned int n
                    unsigned int nHeight);
 
 // The file. libpng errors abort the test program.
-Bytes EncodePlainPng(const PlainPng& picture, const PngRequest& request = nullptr);
+Bytes EncodePlainPng(PlainPng picture, const PngRequest& request = nullptr);
 
 // The picture as libpng delivers it after the transforms request asks for.
-PlainPng DecodePlainPng(const Bytes& file, const PngRequest& request = nullptr);
+PlainPng DecodePlainPng(Bytes file, const PngRequest& request = nullptr);
 
 }  // namespace support
 
