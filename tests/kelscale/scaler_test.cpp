@@ -1,0 +1,210 @@
+// The whole scaler against the slow reference, and what it does when it is stopped or fails.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "kelscale/kelscale.h"
+#include "rowpicture.h"
+#include "support/allocfaults.h"
+#include "support/refscale.h"
+
+namespace {
+
+using Scaler = C2PassScale<CDataRGB_UBYTE>;
+
+struct Size {
+    unsigned int nWidth, nHeight;
+};
+
+constexpr KelScaleType kTypes[] = {KEL_SCALE_BILINEAR, KEL_SCALE_BOX, KEL_SCALE_GAUSSIAN,
+                                   KEL_SCALE_HAMMING};
+
+PLContribDef* FindKernel(KelScaleType eType) {
+    static PLBilinearContribDef bilinear(0.64);
+    static PLBoxContribDef box(0.5);
+    static PLGaussianContribDef gaussian(3.0);
+    static PLHammingContribDef hamming(3.0);
+    PLContribDef* kernels[] = {&bilinear, &box, &gaussian, &hamming};
+    return kernels[eType - 1];
+}
+
+std::vector<unsigned char> g_Percents;
+std::size_t g_nStopAt = 0;
+bool Progress(unsigned char byPercent) {
+    g_Percents.push_back(byPercent);
+    return g_Percents.size() != g_nStopAt;
+}
+
+// An in-place pass and the reference, compared with all guard bytes; with and without a callback.
+void ExpectExact(KelScaleType eType, Size in, Size out) {
+    RowPicture source(in.nWidth, in.nHeight);
+    source.Fill(in.nWidth * 31 + in.nHeight);
+    RowPicture expected(out.nWidth, out.nHeight);
+    support::RefScale(support::MakeRefKernel(eType), source.Rows(), static_cast<int>(in.nWidth),
+                      static_cast<int>(in.nHeight), expected.Rows(), static_cast<int>(out.nWidth),
+                      static_cast<int>(out.nHeight));
+    g_nStopAt = 0;
+    for (const ScaleProgressFunc pfnProgress : {ScaleProgressFunc{nullptr}, Progress}) {
+        RowPicture result(out.nWidth, out.nHeight);
+        Scaler scaler(FindKernel(eType), pfnProgress);
+        ASSERT_EQ(result.Pixels(), scaler.Scale(source.Pixels(), in.nWidth, in.nHeight,
+                                                result.Pixels(), out.nWidth, out.nHeight));
+        ASSERT_TRUE(expected.Bytes() == result.Bytes())
+            << "kernel " << eType << ", " << in.nWidth << "x" << in.nHeight << " to " << out.nWidth
+            << "x" << out.nHeight << (pfnProgress == nullptr ? "" : " with a callback");
+    }
+}
+
+TEST(Scaler, EqualsTheReference) {
+    const Size cases[][2] = {
+        {{1, 1}, {1, 1}},       {{1, 1}, {7, 5}},         {{7, 5}, {1, 1}},
+        {{10, 10}, {5, 5}},     {{33, 70}, {33, 70}},     {{33, 70}, {33, 20}},
+        {{33, 70}, {90, 70}},   {{101, 37}, {50, 80}},    {{64, 64}, {63, 65}},
+        {{2, 300}, {200, 3}},   {{1000, 2}, {3, 100}},    {{130, 200}, {97, 31}},
+        {{40, 40}, {400, 400}}, {{4000, 3}, {1, 1}},      {{3, 2500}, {5, 2}},
+        {{400, 300}, {32, 24}}, {{192, 108}, {384, 216}}, {{5, 1}, {4, 90}},
+    };
+    for (const KelScaleType eType : kTypes) {
+        for (const auto& sizes : cases) {
+            ASSERT_NO_FATAL_FAILURE(ExpectExact(eType, sizes[0], sizes[1]));
+        }
+        for (unsigned int nIn = 1; nIn <= 40; ++nIn) {
+            ASSERT_NO_FATAL_FAILURE(ExpectExact(eType, {nIn, 41 - nIn}, {17, nIn}));
+        }
+    }
+}
+
+TEST(Scaler, WeightsAreTheKnownOnes) {
+    Scaler scaler(FindKernel(KEL_SCALE_GAUSSIAN));
+    LineContribType* pTable = scaler.CalcContributions(20, 20, 1.0);
+    ASSERT_NE(nullptr, pTable);
+    EXPECT_EQ(7, pTable->nWindowSize);
+    EXPECT_EQ(7, pTable->pPixels[10].nLeft);
+    EXPECT_EQ((std::vector<int>{2, 21, 61, 86, 61, 21, 4}),
+              std::vector<int>(pTable->pPixels[10].pWeights, pTable->pPixels[10].pWeights + 7));
+    scaler.FreeContributions(pTable);
+
+    Scaler halving(FindKernel(KEL_SCALE_BOX));
+    pTable = halving.CalcContributions(5, 10, 0.5);
+    ASSERT_NE(nullptr, pTable);
+    const int nLast = pTable->pPixels[4].nLeft;
+    EXPECT_EQ(7, nLast);
+    EXPECT_EQ((std::vector<int>{0, 128, 128}),
+              std::vector<int>(pTable->pPixels[4].pWeights, pTable->pPixels[4].pWeights + 3));
+    EXPECT_EQ((std::vector<int>{128, 128, 0}),
+              std::vector<int>(pTable->pPixels[2].pWeights, pTable->pPixels[2].pWeights + 3));
+    halving.FreeContributions(pTable);
+    halving.FreeContributions(nullptr);
+}
+
+// Sizes, ratios and kernels that no conversion to int could survive unguarded.
+TEST(Scaler, RefusesTablesItCannotHold) {
+    const double dHuge = 1e300;
+    const double dNone = std::numeric_limits<double>::quiet_NaN();
+    for (const double dWidth : {dHuge, -dHuge, dNone, 2e9}) {
+        PLBoxContribDef kernel(dWidth);
+        Scaler scaler(&kernel);
+        EXPECT_EQ(nullptr, scaler.CalcContributions(3, 3, 1.0)) << dWidth;
+        RowPicture in(3, 3), out(3, 3), untouched(3, 3);
+        EXPECT_EQ(nullptr, scaler.Scale(in.Pixels(), 3, 3, out.Pixels(), 3, 3));
+        EXPECT_TRUE(untouched.Bytes() == out.Bytes());
+    }
+    Scaler scaler(FindKernel(KEL_SCALE_HAMMING));
+    EXPECT_EQ(nullptr, scaler.CalcContributions(1, 4000000000u, 1.0));
+    EXPECT_EQ(nullptr, scaler.AllocContributions(4000000000u, 1));
+    for (const double dRatio : {dNone, 0.0, -1.0, 1e-300, dHuge}) {
+        scaler.FreeContributions(scaler.CalcContributions(4, 4, dRatio));
+    }
+}
+
+TEST(Scaler, EmptySourcesGiveBlackAndEmptyTargetsNothing) {
+    for (const KelScaleType eType : kTypes) {
+        for (const Size in : {Size{0, 5}, Size{5, 0}, Size{0, 0}}) {
+            RowPicture source(in.nWidth, in.nHeight), result(4, 3), black(4, 3);
+            for (int y = 0; y < 3; ++y) {
+                std::fill_n(black.Rows()[y], 12, static_cast<unsigned char>(0));
+            }
+            Scaler scaler(FindKernel(eType));
+            EXPECT_EQ(result.Pixels(),
+                      scaler.Scale(source.Pixels(), in.nWidth, in.nHeight, result.Pixels(), 4, 3));
+            EXPECT_TRUE(black.Bytes() == result.Bytes()) << in.nWidth << "x" << in.nHeight;
+        }
+        for (const Size out : {Size{0, 3}, Size{4, 0}, Size{0, 0}}) {
+            RowPicture source(5, 5), result(4, 3), untouched(4, 3);
+            Scaler scaler(FindKernel(eType));
+            EXPECT_EQ(result.Pixels(), scaler.Scale(source.Pixels(), 5, 5, result.Pixels(),
+                                                    out.nWidth, out.nHeight));
+            EXPECT_TRUE(untouched.Bytes() == result.Bytes()) << out.nWidth << "x" << out.nHeight;
+        }
+    }
+}
+
+// The rows of one picture may be both source and target, in any order.
+TEST(Scaler, ScalesOntoItsOwnSource) {
+    for (const KelScaleType eType : kTypes) {
+        RowPicture picture(50, 120), expected(50, 120);
+        picture.Fill(7);
+        support::RefScale(support::MakeRefKernel(eType), picture.Rows(), 50, 120, expected.Rows(),
+                          30, 110);
+        Scaler scaler(FindKernel(eType));
+        scaler.Scale(picture.Pixels(), 50, 120, picture.Pixels(), 30, 110);
+        for (int y = 0; y < 110; ++y) {
+            ASSERT_TRUE(std::equal(expected.Rows()[y], expected.Rows()[y] + 90, picture.Rows()[y]))
+                << "kernel " << eType << ", row " << y;
+        }
+    }
+}
+
+TEST(Scaler, ReportsEachRowAndStopsWhenTold) {
+    RowPicture source(9, 8), whole(6, 4);
+    source.Fill(1);
+    Scaler scaler(FindKernel(KEL_SCALE_BILINEAR), Progress);
+    g_Percents.clear();
+    g_nStopAt = 0;
+    EXPECT_NE(nullptr, scaler.Scale(source.Pixels(), 9, 8, whole.Pixels(), 6, 4));
+    EXPECT_EQ((std::vector<unsigned char>{0, 6, 12, 18, 25, 31, 37, 43, 50, 62, 75, 87}),
+              g_Percents);
+    for (std::size_t nStopAt = 1; nStopAt <= 12; ++nStopAt) {
+        g_Percents.clear();
+        g_nStopAt = nStopAt;
+        RowPicture result(6, 4), expected(6, 4);
+        EXPECT_EQ(nullptr, scaler.Scale(source.Pixels(), 9, 8, result.Pixels(), 6, 4));
+        EXPECT_TRUE(scaler.m_bCancelled);
+        EXPECT_EQ(nStopAt, g_Percents.size());
+        for (std::size_t y = 0; y + 9 < nStopAt; ++y) {
+            std::copy_n(whole.Rows()[y], 18, expected.Rows()[y]);
+        }
+        EXPECT_TRUE(expected.Bytes() == result.Bytes()) << "stopped at " << nStopAt;
+    }
+}
+
+// Each allocation in turn fails: the whole picture or none of it, and nothing leaks.
+TEST(Scaler, SurvivesEveryFailedAllocation) {
+    for (const KelScaleType eType : kTypes) {
+        RowPicture source(30, 200), expected(20, 90);
+        source.Fill(3);
+        support::RefScale(support::MakeRefKernel(eType), source.Rows(), 30, 200, expected.Rows(),
+                          20, 90);
+        for (const bool bForEver : {false, true}) {
+            bool bFired = true;
+            for (long nFailing = 1; bFired; ++nFailing) {
+                RowPicture result(20, 90), untouched(20, 90);
+                const support::LiveBlocks before = support::CountLiveBlocks();
+                RowPicture::Pixel** ppResult;
+                {
+                    support::AllocFaults faults(nFailing, bForEver);
+                    Scaler scaler(FindKernel(eType));
+                    ppResult = scaler.Scale(source.Pixels(), 30, 200, result.Pixels(), 20, 90);
+                    bFired = faults.Fired();
+                }
+                EXPECT_TRUE(before == support::CountLiveBlocks());
+                EXPECT_TRUE((ppResult == nullptr ? untouched : expected).Bytes() == result.Bytes())
+                    << "allocation " << nFailing;
+                EXPECT_TRUE(ppResult != nullptr || bFired);
+            }
+        }
+    }
+}
+
+}  // namespace
