@@ -67,7 +67,7 @@ TEST(ScaleFilter, ReadsSizesByTheirKind) {
         {CVamVariant(dNone), 0},
         {CVamVariant(1e300), 0},
         {CVamVariant(-1e9f), 0},
-        {CVamVariant(21262214.0f), 2147483614 / 128 * 128},
+        {CVamVariant(21262214.0f), 0},
         {Tagged(VAM_EMPTY, 9), 101},
         {Tagged(1, 9), 101},
         {Tagged(3, 9), 101},

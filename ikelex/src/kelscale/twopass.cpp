@@ -1,7 +1,8 @@
+#include <algorithm>
+#include <cstdint>
 #include <memory>
-#include <new>
 
-#include "../kelbitmap/strides.h"
+#include "bandedscale.h"
 #include "contributions.h"
 #include "passes.h"
 
@@ -29,36 +30,24 @@ bool Report(ScaleProgressFunc pfnProgress, int nPercent) {
     return pfnProgress == nullptr || pfnProgress(static_cast<unsigned char>(nPercent));
 }
 
-// Rows of equal size in one block, with the array of pointers to them.
-class RowBlock {
-  public:
-    // False when the rows cannot be had.
-    bool Allocate(std::size_t nRows, std::size_t nRowBytes) {
-        std::size_t nSize = 0;
-        if (__builtin_mul_overflow(nRows, nRowBytes, &nSize)) {
-            return false;
-        }
-        m_pBytes.reset(new (std::nothrow) unsigned char[nSize]);
-        m_ppRows.reset(new (std::nothrow) Pixel*[nRows]);
-        if (m_pBytes == nullptr || m_ppRows == nullptr) {
-            return false;
-        }
-        for (std::size_t i = 0; i < nRows; ++i) {
-            m_ppRows[i] = reinterpret_cast<Pixel*>(m_pBytes.get() + i * nRowBytes);
-        }
-        return true;
-    }
-
-    Pixel** Rows() const { return m_ppRows.get(); }
-
-  private:
-    std::unique_ptr<unsigned char[]> m_pBytes;
-    std::unique_ptr<Pixel*[]> m_ppRows;
-};
-
-const unsigned char* const* AsBytes(Pixel** ppRows) {
-    return reinterpret_cast<const unsigned char* const*>(ppRows);
+unsigned char* const* AsBytes(Pixel** ppRows) {
+    return reinterpret_cast<unsigned char* const*>(ppRows);
 }
+
+// The span of memory that rows lie in; empty when there is nothing in them.
+struct Span {
+    std::uintptr_t nBegin = UINTPTR_MAX;
+    std::uintptr_t nEnd = 0;
+
+    Span(Pixel** ppRows, unsigned int nWidth, unsigned int nHeight) {
+        for (unsigned int y = 0; y < nHeight && nWidth != 0; ++y) {
+            const auto nRow = reinterpret_cast<std::uintptr_t>(ppRows[y]);
+            nBegin = std::min(nBegin, nRow);
+            nEnd = std::max(nEnd, nRow + std::uintptr_t{3} * nWidth);
+        }
+    }
+    bool Overlaps(const Span& other) const { return nBegin < other.nEnd && other.nBegin < nEnd; }
+};
 
 // The passes row by row, asking the callback before each. False when it stopped them.
 bool RunHorizontal(Pixel** ppIn, Pixel** ppOut, unsigned int nOutWidth, unsigned int nOutHeight,
@@ -101,14 +90,27 @@ typename C2PassScale<DataClass>::PixelClass** C2PassScale<DataClass>::Scale(
     // Everything that can fail comes before the first write.
     const Table horizontal = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
     const Table vertical = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
-    RowBlock temp;
-    if (horizontal == nullptr || vertical == nullptr ||
-        !temp.Allocate(nInHeight, std::size_t{3} * nOutWidth)) {
+    if (horizontal == nullptr || vertical == nullptr) {
         return nullptr;
     }
+    const bool bApart = !Span(ppIn, nInWidth, nInHeight).Overlaps({ppOut, nOutWidth, nOutHeight});
+    kel::BandedScale banded;
+    if (m_pfnProgress == nullptr && bApart &&
+        banded.Prepare(*horizontal, nInWidth, *vertical, nInHeight, kel::BestCpuLevel())) {
+        if (!banded.AllocateRows()) {
+            return nullptr;
+        }
+        banded.Run(AsBytes(ppIn), AsBytes(ppOut));
+        return ppOut;
+    }
+    kel::RowBlock rows;
+    if (!rows.Allocate(nInHeight, nInHeight, std::size_t{3} * nOutWidth)) {
+        return nullptr;
+    }
+    Pixel** ppTemp = reinterpret_cast<Pixel**>(rows.Rows());
     m_bCancelled =
-        !RunHorizontal(ppIn, temp.Rows(), nOutWidth, nInHeight, *horizontal, m_pfnProgress) ||
-        !RunVertical(temp.Rows(), ppOut, nOutWidth, nOutHeight, *vertical, m_pfnProgress);
+        !RunHorizontal(ppIn, ppTemp, nOutWidth, nInHeight, *horizontal, m_pfnProgress) ||
+        !RunVertical(ppTemp, ppOut, nOutWidth, nOutHeight, *vertical, m_pfnProgress);
     return m_bCancelled ? nullptr : ppOut;
 }
 

@@ -1,0 +1,183 @@
+#include "horizontal.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#include "passes.h"
+
+namespace kel {
+
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "words are turned as bytes in memory");
+
+constexpr std::size_t kLanes = kBandRowsPortable;
+constexpr std::size_t kPixelLanes = 3 * kLanes;  // the lanes of the three channels lie together
+
+// Exchanges the blocks of nShift bits that lie across the diagonal of two words.
+inline void Exchange(std::uint64_t& nUpper, std::uint64_t& nLower, unsigned int nShift,
+                     std::uint64_t nMask) {
+    const std::uint64_t nMoved = ((nUpper >> nShift) ^ nLower) & nMask;
+    nLower ^= nMoved;
+    nUpper ^= nMoved << nShift;
+}
+
+// Transposes 8 x 8 bytes: byte j of word i becomes byte i of word j.
+inline void Transpose(std::uint64_t (&words)[8]) {
+    for (unsigned int i = 0; i < 4; ++i) {
+        Exchange(words[i], words[i + 4], 32, 0x00000000FFFFFFFFu);
+    }
+    for (const unsigned int i : {0u, 1u, 4u, 5u}) {
+        Exchange(words[i], words[i + 2], 16, 0x0000FFFF0000FFFFu);
+    }
+    for (const unsigned int i : {0u, 2u, 4u, 6u}) {
+        Exchange(words[i], words[i + 1], 8, 0x00FF00FF00FF00FFu);
+    }
+}
+
+// Turns nBytes bytes of each row: byte b of row r goes to pLanes[b * kLanes + r]. Reads no byte
+// behind nBytes; writes whole blocks of 8 columns.
+void TurnIn(const unsigned char* const* ppIn, std::size_t nBytes, unsigned char* pLanes) {
+    for (std::size_t b = 0; b < nBytes; b += 8) {
+        const std::size_t nPart = std::min<std::size_t>(8, nBytes - b);
+        for (std::size_t r = 0; r < kLanes; r += 8) {
+            std::uint64_t words[8] = {};
+            for (std::size_t i = 0; i < 8; ++i) {
+                if (nPart == 8) {
+                    std::memcpy(&words[i], ppIn[r + i] + b, 8);
+                } else {
+                    std::memcpy(&words[i], ppIn[r + i] + b, nPart);
+                }
+            }
+            Transpose(words);
+            for (std::size_t i = 0; i < 8; ++i) {
+                std::memcpy(pLanes + (b + i) * kLanes + r, &words[i], 8);
+            }
+        }
+    }
+}
+
+// The other way, for at most 8 columns.
+void TurnOut(const unsigned char* pLanes, std::size_t nBytes, unsigned char* const* ppOut,
+             std::size_t nOffset) {
+    for (std::size_t r = 0; r < kLanes; r += 8) {
+        std::uint64_t words[8];
+        for (std::size_t i = 0; i < 8; ++i) {
+            std::memcpy(&words[i], pLanes + i * kLanes + r, 8);
+        }
+        Transpose(words);
+        for (std::size_t i = 0; i < 8; ++i) {
+            if (nBytes == 8) {
+                std::memcpy(ppOut[r + i] + nOffset, &words[i], 8);
+            } else {
+                std::memcpy(ppOut[r + i] + nOffset, &words[i], nBytes);
+            }
+        }
+    }
+}
+
+// The sums of one output pixel in 16 bits: they begin at 128 and end at 255 x 256 + 128 = 65,408 at
+// most, since no weight is below 0 and the weights sum to 256 at most.
+void SumPixel16(const HorizontalBand& band, std::size_t x, unsigned char* pOut) {
+    std::uint16_t sums[kPixelLanes];
+    std::fill_n(sums, kPixelLanes, std::uint16_t{128});
+    for (unsigned int s = band.pStart[x]; s < band.pStart[x + 1]; ++s) {
+        const auto nWeight = static_cast<std::uint16_t>(band.pSteps[s].nWeights);
+        const unsigned char* pIn =
+            band.pScratch + kPixelLanes * static_cast<unsigned int>(band.pSteps[s].nIndex);
+        for (std::size_t l = 0; l < kPixelLanes; ++l) {
+            sums[l] = static_cast<std::uint16_t>(sums[l] + pIn[l] * nWeight);
+        }
+    }
+    for (std::size_t l = 0; l < kPixelLanes; ++l) {
+        pOut[l] = static_cast<unsigned char>(sums[l] >> 8);
+    }
+}
+
+// The same in 32 bits, for any weights a plan holds: they fit into 16 bits signed.
+void SumPixel32(const HorizontalBand& band, std::size_t x, unsigned char* pOut) {
+    std::int32_t sums[kPixelLanes] = {};
+    for (unsigned int s = band.pStart[x]; s < band.pStart[x + 1]; ++s) {
+        const auto nWeight = static_cast<std::int16_t>(band.pSteps[s].nWeights);
+        const unsigned char* pIn =
+            band.pScratch + kPixelLanes * static_cast<unsigned int>(band.pSteps[s].nIndex);
+        for (std::size_t l = 0; l < kPixelLanes; ++l) {
+            sums[l] += static_cast<std::int16_t>(pIn[l]) * nWeight;
+        }
+    }
+    for (std::size_t l = 0; l < kPixelLanes; ++l) {
+        pOut[l] = ByteOfSum(sums[l]);
+    }
+}
+
+std::size_t LaneBytes(std::size_t nInWidth, std::size_t nLanes) {
+    // A multiple of 4 pixels for the groups, of 8 columns for the blocks.
+    return (nInWidth + 7) / 8 * 8 * 3 * nLanes;
+}
+
+}  // namespace
+
+void ScaleBand_Portable(const HorizontalBand& band) {
+    const auto pfnSum = band.bUnsigned16 ? SumPixel16 : SumPixel32;
+    TurnIn(band.ppIn, 3 * band.nInWidth, band.pScratch);
+    unsigned char block[8 * kPixelLanes] = {};
+    for (std::size_t x = 0; x < band.nOutWidth; x += 8) {
+        const std::size_t nPixels = std::min<std::size_t>(8, band.nOutWidth - x);
+        for (std::size_t i = 0; i < nPixels; ++i) {
+            pfnSum(band, x + i, block + i * kPixelLanes);
+        }
+        for (std::size_t b = 0; b < 3 * nPixels; b += 8) {
+            TurnOut(block + b * kLanes, std::min<std::size_t>(8, 3 * nPixels - b), band.ppOut,
+                    3 * x + b);
+        }
+    }
+}
+
+bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel) {
+    m_nInWidth = nInWidth;
+    m_nOutWidth = static_cast<std::size_t>(table.nLineLength);
+    // One choice per pass, the best level first.
+    switch (eLevel) {
+#if defined(__x86_64__)
+        case CpuLevel::kAvx512:
+            m_nBandRows = kBandRowsAvx512;
+            m_pfnBand = ScaleBand_Avx512;
+            if (!PlanGroups(table, kNoPairLimit, m_Plan)) {
+                return false;
+            }
+            break;
+        case CpuLevel::kAvx2:
+            m_nBandRows = kBandRowsAvx2;
+            m_pfnBand = ScaleBand_Avx2;
+            if (!PlanGroups(table, kPairLimit, m_Plan)) {
+                return false;
+            }
+            break;
+#endif
+        default:
+            m_nBandRows = kBandRowsPortable;
+            m_pfnBand = ScaleBand_Portable;
+            if (!PlanTaps(table, m_Plan)) {
+                return false;
+            }
+    }
+    m_pScratch.reset(new (std::nothrow) unsigned char[LaneBytes(nInWidth, m_nBandRows)]);
+    return m_pScratch != nullptr;
+}
+
+void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
+                         unsigned int nRows) const {
+    const unsigned char* in[kMostBandRows];
+    unsigned char* out[kMostBandRows];
+    for (unsigned int i = 0; i < m_nBandRows; ++i) {
+        in[i] = ppIn[std::min(i, nRows - 1)];
+        out[i] = ppOut[std::min(i, nRows - 1)];
+    }
+    m_pfnBand({m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16, in, out, m_nInWidth,
+               m_nOutWidth, m_pScratch.get()});
+}
+
+}  // namespace kel

@@ -1,0 +1,65 @@
+// The horizontal pass over bands of rows.
+//
+// A band is turned so that the bytes of one column lie side by side, one lane a row; every lane
+// then takes the same steps of the plan, and the sums are turned back. Sums are exact (16 bits
+// unsigned where a plan allows it, else 32 bits), so that neither order nor grouping can change a
+// byte: ScaleRowPlain of passes.h defines all of them.
+#ifndef KELSCALE_HORIZONTAL_H
+#define KELSCALE_HORIZONTAL_H
+
+#include <cstddef>
+
+#include "../kelcpu/kelcpu.h"
+#include "plan.h"
+
+namespace kel {
+
+// One band: so many rows as the variant has lanes. A caller with fewer rows repeats its last one.
+struct HorizontalBand {
+    const unsigned int* pStart;  // the plan
+    const PlanStep* pSteps;
+    bool bUnsigned16;
+    const unsigned char* const* ppIn;
+    unsigned char* const* ppOut;
+    std::size_t nInWidth;
+    std::size_t nOutWidth;
+    unsigned char* pScratch;  // HorizontalScratch(level, nInWidth) bytes
+};
+
+inline constexpr unsigned int kBandRowsPortable = 32;
+inline constexpr unsigned int kBandRowsAvx2 = 8;
+inline constexpr unsigned int kBandRowsAvx512 = 16;
+inline constexpr unsigned int kMostBandRows = 32;
+
+// Plans: PlanTaps for the portable form, PlanGroups with kPairLimit for AVX2, with kNoPairLimit for
+// AVX-512.
+void ScaleBand_Portable(const HorizontalBand& band);
+#if defined(__x86_64__)
+void ScaleBand_Avx2(const HorizontalBand& band);
+void ScaleBand_Avx512(const HorizontalBand& band);
+#endif
+
+// The pass at one level: plan, scratch and loop.
+class HorizontalPass {
+  public:
+    // False when plan or scratch cannot be had: the plain loop must run then.
+    bool Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel);
+
+    unsigned int BandRows() const { return m_nBandRows; }
+
+    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row.
+    void Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
+             unsigned int nRows) const;
+
+  private:
+    PassPlan m_Plan;
+    std::unique_ptr<unsigned char[]> m_pScratch;
+    std::size_t m_nInWidth = 0;
+    std::size_t m_nOutWidth = 0;
+    unsigned int m_nBandRows = 0;
+    void (*m_pfnBand)(const HorizontalBand&) = nullptr;
+};
+
+}  // namespace kel
+
+#endif  // KELSCALE_HORIZONTAL_H

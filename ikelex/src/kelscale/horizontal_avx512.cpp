@@ -1,0 +1,180 @@
+// The horizontal pass for AVX-512 with VNNI: 16 rows at a time, one lane a row.
+//
+// Assumes the plan of PlanGroups: signed bytes, four to a group. Exact, because vpdpbusd adds the
+// four products to a 32-bit lane without saturation. ScaleBand_Portable defines the bytes.
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#if defined(__GNUC__) && !defined(__clang__)
+// g++ 12 takes the undefined operands inside its own intrinsics for variables of ours.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include "horizontal.h"
+
+#define KEL_TARGET \
+    __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vnni"))) static
+
+namespace kel {
+
+namespace {
+
+constexpr unsigned int kRows = kBandRowsAvx512;
+constexpr std::size_t kWordBytes = 4 * kRows;        // four pixels of one channel, all rows
+constexpr std::size_t kGroupBytes = 3 * kWordBytes;  // of all channels
+
+// Transposes the 4 x 4 words in each of the four 128-bit parts.
+KEL_TARGET inline void TransposeWords(__m512i* pWords) {
+    const __m512i a = _mm512_unpacklo_epi32(pWords[0], pWords[1]);
+    const __m512i b = _mm512_unpackhi_epi32(pWords[0], pWords[1]);
+    const __m512i c = _mm512_unpacklo_epi32(pWords[2], pWords[3]);
+    const __m512i d = _mm512_unpackhi_epi32(pWords[2], pWords[3]);
+    pWords[0] = _mm512_unpacklo_epi64(a, c);
+    pWords[1] = _mm512_unpackhi_epi64(a, c);
+    pWords[2] = _mm512_unpacklo_epi64(b, d);
+    pWords[3] = _mm512_unpackhi_epi64(b, d);
+}
+
+KEL_TARGET inline __m128i Load16(const unsigned char* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+// Turns four pixels, 12 bytes, of every row; reads 16 bytes at ppIn[r] + nOffset.
+KEL_TARGET inline void TurnGroup(const unsigned char* const* ppIn, std::size_t nOffset,
+                                 unsigned char* pGroup) {
+    // The bytes of each channel side by side: one word a channel.
+    const __m512i order =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
+    __m512i words[4];
+    for (unsigned int i = 0; i < 4; ++i) {
+        // Part p of vector i is row 4p + i, so that after the transposition lane r is row r.
+        __m512i v = _mm512_castsi128_si512(Load16(ppIn[i] + nOffset));
+        v = _mm512_inserti32x4(v, Load16(ppIn[4 + i] + nOffset), 1);
+        v = _mm512_inserti32x4(v, Load16(ppIn[8 + i] + nOffset), 2);
+        v = _mm512_inserti32x4(v, Load16(ppIn[12 + i] + nOffset), 3);
+        words[i] = _mm512_shuffle_epi8(v, order);
+    }
+    TransposeWords(words);
+    for (unsigned int k = 0; k < 3; ++k) {
+        _mm512_storeu_si512(pGroup + k * kWordBytes, words[k]);
+    }
+}
+
+KEL_TARGET void TurnIn(const HorizontalBand& band) {
+    const std::size_t nBytes = 3 * band.nInWidth;
+    std::size_t nOffset = 0;
+    unsigned char* pGroup = band.pScratch;
+    for (; nOffset + 16 <= nBytes; nOffset += 12, pGroup += kGroupBytes) {
+        TurnGroup(band.ppIn, nOffset, pGroup);
+    }
+    // The last one or two groups go through a copy: nothing behind a row is read.
+    for (; nOffset < nBytes; nOffset += 12, pGroup += kGroupBytes) {
+        unsigned char tail[kRows][16] = {};
+        const unsigned char* rows[kRows];
+        const std::size_t nPart = nBytes - nOffset < 12 ? nBytes - nOffset : 12;
+        for (unsigned int r = 0; r < kRows; ++r) {
+            __builtin_memcpy(tail[r], band.ppIn[r] + nOffset, nPart);
+            rows[r] = tail[r];
+        }
+        TurnGroup(rows, 0, pGroup);
+    }
+}
+
+// The three sums of output pixel x, rounded: the byte is in bits 8 to 15 of each lane.
+KEL_TARGET inline void SumPixel(const HorizontalBand& band, std::size_t x, __m512i* pSums) {
+    __m512i sums[3];
+    sums[0] = sums[1] = sums[2] = _mm512_set1_epi32(128);
+    const PlanStep* pEnd = band.pSteps + band.pStart[x + 1];
+    for (const PlanStep* pStep = band.pSteps + band.pStart[x]; pStep != pEnd; ++pStep) {
+        const __m512i weights = _mm512_set1_epi32(pStep->nWeights);
+        const unsigned char* pGroup =
+            band.pScratch + kGroupBytes * static_cast<unsigned int>(pStep->nIndex);
+        for (unsigned int k = 0; k < 3; ++k) {
+            sums[k] =
+                _mm512_dpbusd_epi32(sums[k], _mm512_loadu_si512(pGroup + k * kWordBytes), weights);
+        }
+    }
+    for (unsigned int k = 0; k < 3; ++k) {
+        // A division by 256 that cuts towards zero: 255 more for negative sums.
+        const __m512i sign = _mm512_srli_epi32(_mm512_srai_epi32(sums[k], 31), 24);
+        pSums[k] = _mm512_add_epi32(sums[k], sign);
+    }
+}
+
+// Bits 8 to 15 of four vectors as the four bytes of each lane.
+KEL_TARGET inline __m512i PackBytes(const __m512i* p) {
+    constexpr int kSelect =
+        0xCA;  // the bits of the second where the mask is set, else of the third
+    const __m512i low = _mm512_ternarylogic_epi32(_mm512_set1_epi32(0xFF00), p[1],
+                                                  _mm512_srli_epi32(p[0], 8), kSelect);
+    const __m512i high =
+        _mm512_ternarylogic_epi32(_mm512_set1_epi32(0xFF0000), _mm512_slli_epi32(p[2], 8),
+                                  _mm512_slli_epi32(p[3], 16), kSelect);
+    return _mm512_ternarylogic_epi32(_mm512_set1_epi32(0xFFFF), low, high, kSelect);
+}
+
+KEL_TARGET inline void Store16(unsigned char* p, __m128i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+// Turns 16 pixels back: 48 bytes to each row.
+KEL_TARGET inline void TurnOut(const __m512i* pSums, unsigned char* const* ppOut,
+                               std::size_t nOffset) {
+    for (unsigned int k = 0; k < 3; ++k) {
+        __m512i words[4];
+        for (unsigned int i = 0; i < 4; ++i) {
+            words[i] = PackBytes(pSums + 16 * k + 4 * i);
+        }
+        TransposeWords(words);
+        for (unsigned int i = 0; i < 4; ++i) {
+            const std::size_t nAt = nOffset + 16 * k;
+            Store16(ppOut[i] + nAt, _mm512_castsi512_si128(words[i]));
+            Store16(ppOut[4 + i] + nAt, _mm512_extracti32x4_epi32(words[i], 1));
+            Store16(ppOut[8 + i] + nAt, _mm512_extracti32x4_epi32(words[i], 2));
+            Store16(ppOut[12 + i] + nAt, _mm512_extracti32x4_epi32(words[i], 3));
+        }
+    }
+}
+
+KEL_TARGET void ScaleBand(const HorizontalBand& band) {
+    TurnIn(band);
+    __m512i sums[48];
+    std::size_t x = 0;
+    for (; x + 16 <= band.nOutWidth; x += 16) {
+        for (unsigned int i = 0; i < 16; ++i) {
+            SumPixel(band, x + i, sums + 3 * i);
+        }
+        TurnOut(sums, band.ppOut, 3 * x);
+    }
+    if (x == band.nOutWidth) {
+        return;
+    }
+    // The last pixels go through a copy: nothing behind a row is written.
+    const std::size_t nPixels = band.nOutWidth - x;
+    for (unsigned int i = 0; i < 48; ++i) {
+        sums[i] = _mm512_setzero_si512();
+    }
+    for (std::size_t i = 0; i < nPixels; ++i) {
+        SumPixel(band, x + i, sums + 3 * i);
+    }
+    unsigned char tail[kRows][48];
+    unsigned char* rows[kRows];
+    for (unsigned int r = 0; r < kRows; ++r) {
+        rows[r] = tail[r];
+    }
+    TurnOut(sums, rows, 0);
+    for (unsigned int r = 0; r < kRows; ++r) {
+        __builtin_memcpy(band.ppOut[r] + 3 * x, tail[r], 3 * nPixels);
+    }
+}
+
+}  // namespace
+
+void ScaleBand_Avx512(const HorizontalBand& band) {
+    ScaleBand(band);
+}
+
+}  // namespace kel
+
+#endif  // __x86_64__

@@ -1,0 +1,157 @@
+#include "plan.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <new>
+
+namespace kel {
+
+namespace {
+
+// Weights beyond this would be cut into too many signed bytes.
+constexpr int kLargestWeight = 32767;
+
+bool IsUnsigned16(const LineContribType& table) {
+    for (int i = 0; i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        int nSum = 0;
+        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
+            const int nWeight = record.pWeights[j];
+            if (nWeight < 0 || nWeight > 256 || (nSum += nWeight) > 256) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool HasLargeWeight(const LineContribType& table) {
+    for (int i = 0; i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        const int nCount = std::max(record.nRight - record.nLeft + 1, 0);
+        if (std::any_of(record.pWeights, record.pWeights + nCount, [](int nWeight) {
+                return nWeight < -kLargestWeight || nWeight > kLargestWeight;
+            })) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Makes a plan of what fnEmit(record, sink) hands to its sink, in two rounds: count, then store.
+template <typename Emit>
+bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
+    if (HasLargeWeight(table)) {
+        return false;
+    }
+    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    plan.pStart.reset(new (std::nothrow) unsigned int[nRecords + 1]);
+    if (plan.pStart == nullptr) {
+        return false;
+    }
+    std::size_t nSteps = 0;
+    for (std::size_t i = 0; i < nRecords; ++i) {
+        plan.pStart[i] = static_cast<unsigned int>(nSteps);
+        fnEmit(table.pPixels[i], [&](int, int) { ++nSteps; });
+        plan.nMostSteps =
+            std::max(plan.nMostSteps, static_cast<unsigned int>(nSteps - plan.pStart[i]));
+        if (nSteps > INT_MAX) {
+            return false;
+        }
+    }
+    plan.pStart[nRecords] = static_cast<unsigned int>(nSteps);
+    plan.pSteps.reset(new (std::nothrow) PlanStep[nSteps]);
+    if (plan.pSteps == nullptr) {
+        return false;
+    }
+    PlanStep* pStep = plan.pSteps.get();
+    for (std::size_t i = 0; i < nRecords; ++i) {
+        fnEmit(table.pPixels[i], [&](int nIndex, int nWeights) { *pStep++ = {nIndex, nWeights}; });
+    }
+    plan.bUnsigned16 = IsUnsigned16(table);
+    return true;
+}
+
+// The part of nWeight that one signed byte may carry when its pair has nRoom left.
+int TakePiece(int& nWeight, int nRoom) {
+    const int nLimit = std::min(nRoom, 127);
+    const int nPiece = std::clamp(nWeight, -nLimit, nLimit);
+    nWeight -= nPiece;
+    return nPiece;
+}
+
+}  // namespace
+
+bool PlanTaps(const LineContribType& table, PassPlan& plan) {
+    return MakePlan(table, plan, [](const PixelContribType& record, auto fnSink) {
+        for (int i = record.nLeft; i <= record.nRight; ++i) {
+            if (record.pWeights[i - record.nLeft] != 0) {
+                fnSink(i, record.pWeights[i - record.nLeft]);
+            }
+        }
+    });
+}
+
+bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
+    return MakePlan(table, plan, [nPairLimit](const PixelContribType& record, auto fnSink) {
+        for (int nGroup = record.nLeft / 4; nGroup * 4 <= record.nRight; ++nGroup) {
+            int weights[4] = {};
+            for (int k = 0; k < 4; ++k) {
+                const int i = nGroup * 4 + k;
+                if (i >= record.nLeft && i <= record.nRight) {
+                    weights[k] = record.pWeights[i - record.nLeft];
+                }
+            }
+            while ((weights[0] | weights[1] | weights[2] | weights[3]) != 0) {
+                unsigned int nPacked = 0;
+                for (int k = 0; k < 4; k += 2) {
+                    const int nFirst = TakePiece(weights[k], nPairLimit);
+                    const int nSecond = TakePiece(weights[k + 1], nPairLimit - std::abs(nFirst));
+                    nPacked |= (nFirst & 255u) << (8 * k) | (nSecond & 255u) << (8 * k + 8);
+                }
+                fnSink(nGroup, static_cast<int>(nPacked));
+            }
+        }
+    });
+}
+
+bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan) {
+    return MakePlan(table, plan, [nPairLimit](const PixelContribType& record, auto fnSink) {
+        unsigned int nSteps = 0;
+        int nRoom = nPairLimit;
+        int nLast = 0;
+        for (int i = record.nLeft; i <= record.nRight; ++i) {
+            int nWeight = record.pWeights[i - record.nLeft];
+            while (nWeight != 0) {
+                const int nPiece = TakePiece(nWeight, nRoom);
+                fnSink(i, nPiece);
+                nLast = i;
+                nRoom = ++nSteps % 2 == 0 ? nPairLimit : nPairLimit - std::abs(nPiece);
+            }
+        }
+        for (; nSteps % 4 != 0; ++nSteps) {
+            fnSink(nLast, 0);
+        }
+    });
+}
+
+bool IsCopy(const LineContribType& table, unsigned int nInLength) {
+    if (static_cast<unsigned int>(table.nLineLength) != nInLength) {
+        return false;
+    }
+    for (int i = 0; i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        for (int j = record.nLeft; j <= record.nRight; ++j) {
+            if (record.pWeights[j - record.nLeft] != (j == i ? 256 : 0)) {
+                return false;
+            }
+        }
+        if (record.nLeft > i || record.nRight < i) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace kel

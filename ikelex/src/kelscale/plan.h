@@ -1,0 +1,50 @@
+// The weights of one pass in the form its loops read: the non-zero ones only, in one array.
+#ifndef KELSCALE_PLAN_H
+#define KELSCALE_PLAN_H
+
+#include <memory>
+
+#include "kelscale.h"
+
+namespace kel {
+
+// One multiplication of a record; what it multiplies is told where the plan is made.
+struct PlanStep {
+    int nIndex;
+    int nWeights;
+};
+
+// The steps of record i are pSteps[pStart[i]] up to pSteps[pStart[i + 1]].
+struct PassPlan {
+    std::unique_ptr<unsigned int[]> pStart;
+    std::unique_ptr<PlanStep[]> pSteps;
+    unsigned int nMostSteps = 0;  // of any record
+    bool bUnsigned16 = false;     // no weight below 0, no record's sum above 256
+};
+
+// How much weight a pair of bytes may carry where pairs are summed in 16 bits with saturation:
+// 255 x 128 = 32,640 fits. Where four bytes are summed in 32 bits at once, the signed byte is the
+// limit.
+inline constexpr int kPairLimit = 128;
+inline constexpr int kNoPairLimit = 254;
+
+// Each makes a plan of a table and returns false when the plan cannot be had: no memory, or weights
+// so large (no kernel of this library has them) that the plain loop must run.
+
+// A step is a source position and its whole weight.
+bool PlanTaps(const LineContribType& table, PassPlan& plan);
+
+// A step is a group of four neighbouring source positions, 4 x nIndex to 4 x nIndex + 3, and four
+// signed bytes, the first in the lowest bits. A group whose weights do not fit is repeated.
+bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan);
+
+// A step is a source position and a signed byte. Positions whose weight does not fit are repeated;
+// each record is padded with weights of 0 to a multiple of four steps.
+bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan);
+
+// True when every record consists of its own position with the weight 256: the pass is a copy.
+bool IsCopy(const LineContribType& table, unsigned int nInLength);
+
+}  // namespace kel
+
+#endif  // KELSCALE_PLAN_H

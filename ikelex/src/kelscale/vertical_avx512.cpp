@@ -1,0 +1,81 @@
+// The vertical pass for AVX-512 with VNNI: 64 columns at a time, four source rows a step.
+//
+// Assumes the plan of PlanFours: signed bytes, the number of steps a multiple of four. Exact,
+// because vpdpbusd adds the four products to a 32-bit lane without saturation.
+// ScaleColumns_Portable defines the bytes.
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#if defined(__GNUC__) && !defined(__clang__)
+// g++ 12 takes the undefined operands inside its own intrinsics for variables of ours.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include "vertical.h"
+
+#define KEL_TARGET \
+    __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vnni"))) static
+
+namespace kel {
+
+namespace {
+
+// Four weights as the bytes of one word, in every lane.
+KEL_TARGET inline __m512i PackWeights(const PlanStep* pSteps) {
+    return _mm512_set1_epi32((pSteps[0].nWeights & 255) | (pSteps[1].nWeights & 255) << 8 |
+                             (pSteps[2].nWeights & 255) << 16 | pSteps[3].nWeights << 24);
+}
+
+// A rounded sum's byte in each lane: a division by 256 that cuts towards zero, low 8 bits.
+KEL_TARGET inline __m512i Bytes(__m512i sums) {
+    const __m512i sign = _mm512_srli_epi32(_mm512_srai_epi32(sums, 31), 24);
+    const __m512i quotient = _mm512_srli_epi32(_mm512_add_epi32(sums, sign), 8);
+    return _mm512_and_si512(quotient, _mm512_set1_epi32(255));
+}
+
+// The columns from nAt on that the mask names, at most 64.
+KEL_TARGET inline void SumColumns(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
+    __m512i sums[4];
+    sums[0] = sums[1] = sums[2] = sums[3] = _mm512_set1_epi32(128);
+    for (unsigned int s = 0; s < row.nSteps; s += 4) {
+        const __m512i weights = PackWeights(row.pSteps + s);
+        const __m512i a = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s] + nAt);
+        const __m512i b = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 1] + nAt);
+        const __m512i c = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 2] + nAt);
+        const __m512i d = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 3] + nAt);
+        // The four bytes of one column side by side; the packs below undo the order of the lanes.
+        const __m512i abLow = _mm512_unpacklo_epi8(a, b);
+        const __m512i abHigh = _mm512_unpackhi_epi8(a, b);
+        const __m512i cdLow = _mm512_unpacklo_epi8(c, d);
+        const __m512i cdHigh = _mm512_unpackhi_epi8(c, d);
+        sums[0] = _mm512_dpbusd_epi32(sums[0], _mm512_unpacklo_epi16(abLow, cdLow), weights);
+        sums[1] = _mm512_dpbusd_epi32(sums[1], _mm512_unpackhi_epi16(abLow, cdLow), weights);
+        sums[2] = _mm512_dpbusd_epi32(sums[2], _mm512_unpacklo_epi16(abHigh, cdHigh), weights);
+        sums[3] = _mm512_dpbusd_epi32(sums[3], _mm512_unpackhi_epi16(abHigh, cdHigh), weights);
+    }
+    // Bytes in 32-bit lanes: neither pack ever saturates.
+    const __m512i low = _mm512_packus_epi32(Bytes(sums[0]), Bytes(sums[1]));
+    const __m512i high = _mm512_packus_epi32(Bytes(sums[2]), Bytes(sums[3]));
+    _mm512_mask_storeu_epi8(row.pOut + nAt, nMask, _mm512_packus_epi16(low, high));
+}
+
+KEL_TARGET void ScaleColumns(const VerticalRow& row) {
+    std::size_t nAt = 0;
+    for (; nAt + 64 <= row.nBytes; nAt += 64) {
+        SumColumns(row, nAt, ~__mmask64{0});
+    }
+    if (nAt < row.nBytes) {
+        SumColumns(row, nAt, ~__mmask64{0} >> (64 - (row.nBytes - nAt)));
+    }
+}
+
+}  // namespace
+
+void ScaleColumns_Avx512(const VerticalRow& row) {
+    ScaleColumns(row);
+}
+
+}  // namespace kel
+
+#endif  // __x86_64__
