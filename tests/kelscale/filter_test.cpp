@@ -147,7 +147,7 @@ TEST(ScaleFilter, ConvertsEveryDepthAndLeavesTheSourceAlone) {
 
 TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
     CKelImage image, empty;
-    FillImage(image, 6, 5, 24);
+    FillImage(image, 8, 5, 24);
     const std::vector<unsigned char> before = BytesOf(image);
     IKelImage* pMade = &empty;
     EXPECT_EQ(KEL_ERR_FILTER_TYPE,
