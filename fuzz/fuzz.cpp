@@ -10,6 +10,12 @@ bool IsSmall(const std::uint8_t* pData, std::size_t nSize) {
            claim.nWidth <= 65536 && claim.nBytes <= kMaxBytes;
 }
 
+KelImageFormat Signature(const std::uint8_t* pData, std::size_t nSize) {
+    unsigned char first[4] = {};
+    Input(pData, nSize).Fill(first, sizeof first);
+    return CKelImage().DetectImageFormat(first, sizeof first);
+}
+
 void CheckResult(KelResult nResult) {
     const bool bKnown =
         (nResult >= 0 && nResult <= 6) || nResult == 8 || nResult == 11 || nResult == 1000;

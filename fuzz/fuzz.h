@@ -18,7 +18,7 @@ namespace fuzz {
 using Bytes = std::vector<unsigned char>;
 
 // The largest picture any target makes or opens.
-inline constexpr unsigned long long kMaxBytes = 1u << 20;
+inline constexpr unsigned long long kMaxBytes = 1u << 18;
 inline constexpr int kMaxSide = 96;
 
 // Ends the program, which is how a target reports a find.
@@ -57,6 +57,9 @@ class Input {
 
 // True when opening these bytes stays within kMaxBytes; unclaimed sizes do not.
 bool IsSmall(const std::uint8_t* pData, std::size_t nSize);
+
+// The format that the first bytes tell.
+KelImageFormat Signature(const std::uint8_t* pData, std::size_t nSize);
 
 // The result is one of the documented codes.
 void CheckResult(KelResult nResult);

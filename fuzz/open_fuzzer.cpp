@@ -2,10 +2,11 @@
 #include "fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
-    // Of the formats with a reader, only small claims; whatever has no reader is refused anyway.
-    const bool bClaims = nSize > 0 && (pData[0] == 0x89 || pData[0] == 0xFF || pData[0] == 'B' ||
-                                       pData[0] == 'C' || pData[0] == 'I' || pData[0] == 40);
-    if (bClaims && !fuzz::IsSmall(pData, nSize))
+    // Of the formats with a reader, only small claims; whatever has none is refused anyway.
+    const KelImageFormat eFormat = fuzz::Signature(pData, nSize);
+    const bool bRead =
+        eFormat == KEL_IMAGE_BMP || eFormat == KEL_IMAGE_JPEG || eFormat == KEL_IMAGE_PNG;
+    if (bRead && !fuzz::IsSmall(pData, nSize))
         return 0;
     CVamArchiveMemory archive(pData, nSize);
     CKelImage image;

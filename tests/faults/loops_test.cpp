@@ -1,0 +1,173 @@
+// The loops: every scenario, with its k-th allocation, stream call or bounded-memory call failing,
+// for every k there is.
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "scenarios.h"
+#include "support/allocfaults.h"
+#include "support/recordingtrace.h"
+#include "support/securefaults.h"
+
+using namespace faults;
+using support::AllocFaults;
+using support::Fault;
+using support::Op;
+
+namespace {
+
+bool IsDocumented(KelResult n) {
+    return (n >= 0 && n <= 6) || n == 8 || n == 11 || n == 1000;
+}
+
+// Runs a scenario without any fault.
+Outcome Undisturbed(const Scenario& scenario) {
+    Stage stage;
+    scenario.prepare(stage);
+    const KelResult nResult = scenario.run(stage);
+    return OutcomeOf(stage, nResult);
+}
+
+// One disturbed run: what the fault left behind is sound and as promised, nothing is lost, and the
+// same object works once the fault is over. disturb(stage, result) runs the scenario with the fault
+// in place and tells whether it came to pass; without that there is no result.
+template <class Disturb>
+std::optional<KelResult> RunDisturbed(const Scenario& scenario, const std::string& strWhere,
+                                      const Outcome& reference, const Disturb& disturb) {
+    const support::LiveBlocks before = support::CountLiveBlocks();
+    KelResult nResult = KEL_OK;
+    bool bFired = false;
+    {
+        Stage stage;
+        scenario.prepare(stage);
+        const Bytes was = Seen(stage.image);
+        bFired = disturb(stage, nResult);
+        EXPECT_TRUE(IsDocumented(nResult)) << strWhere << ": " << nResult;
+        ExpectSound(stage.image, strWhere);
+        if (nResult != KEL_OK && scenario.ePromise == Promise::kUnchanged) {
+            EXPECT_EQ(Seen(stage.image), was) << strWhere;
+        }
+        EXPECT_TRUE(nResult == KEL_OK || stage.pMade == nullptr) << strWhere;
+        DestroyImageObject(stage.pMade);
+        stage.pMade = nullptr;
+        stage.image.Clean();
+        scenario.prepare(stage);
+        EXPECT_EQ(scenario.run(stage), reference.nResult) << strWhere;
+        EXPECT_EQ(OutcomeOf(stage, KEL_OK).image, reference.image) << strWhere;
+    }
+    EXPECT_EQ(support::CountLiveBlocks(), before) << strWhere << " leaks";
+    return bFired ? std::optional(nResult) : std::nullopt;
+}
+
+}  // namespace
+
+TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
+    const support::RecordingTrace silence(-1);
+    long nFaults = 0;
+    for (const Scenario& scenario : AllScenarios()) {
+        const Outcome reference = Undisturbed(scenario);
+        EXPECT_EQ(reference.nResult, KEL_OK) << scenario.strName;
+        for (const bool bForEver : {false, true}) {
+            for (long k = 1;; k++) {
+                const auto disturb = [&](Stage& stage, KelResult& nResult) {
+                    AllocFaults faults(k, bForEver);
+                    nResult = scenario.run(stage);
+                    return faults.Fired();
+                };
+                const std::string strWhere = scenario.strName + ", allocation " + std::to_string(k);
+                const auto result = RunDisturbed(scenario, strWhere, reference, disturb);
+                if (!result)
+                    break;
+                nFaults++;
+                // No header block (BMP writer) and no new image (filter) are answered with "param".
+                EXPECT_TRUE(*result == KEL_OK || *result == KEL_ERR_MEMORY ||
+                            *result == KEL_ERR_PARAM)
+                    << strWhere << ": " << *result;
+                ASSERT_LT(k, 2000) << strWhere;
+            }
+        }
+    }
+    EXPECT_GT(nFaults, 200);
+}
+
+TEST(FaultLoops, EveryStreamCallFails) {
+    const support::RecordingTrace silence(-1);
+    long nFaults = 0;
+    for (const Scenario& scenario : AllScenarios()) {
+        const Outcome reference = Undisturbed(scenario);
+        for (const Op eOp : support::kAllOps) {
+            for (const Fault eFault : support::kAllFaults) {
+                for (const bool bForEver : {false, true}) {
+                    for (int k = 1;; k++) {
+                        const auto disturb = [&](Stage& stage, KelResult& nResult) {
+                            stage.pIn->FailAt(eOp, k, eFault, bForEver);
+                            stage.out.FailAt(eOp, k, eFault, bForEver);
+                            nResult = scenario.run(stage);
+                            const bool bFired = stage.pIn->Fired() || stage.out.Fired();
+                            stage.out.FailAt(eOp, 0, eFault);
+                            return bFired;
+                        };
+                        const std::string strWhere =
+                            scenario.strName + ", operation " +
+                            std::to_string(static_cast<int>(eOp)) + " fault " +
+                            std::to_string(static_cast<int>(eFault)) + " call " +
+                            std::to_string(k) + (bForEver ? " for ever" : "");
+                        const auto result = RunDisturbed(scenario, strWhere, reference, disturb);
+                        if (!result)
+                            break;
+                        nFaults++;
+                        if (eFault == Fault::kThrow) {
+                            EXPECT_EQ(*result, KEL_ERR_FILE) << strWhere;
+                        }
+                        if (eOp == Op::kWrite && eFault != Fault::kThrow) {
+                            EXPECT_EQ(*result, KEL_OK) << strWhere;
+                        }
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GT(nFaults, 500);
+}
+
+// The call does its work, so that nothing may differ but one trace line at level 1.
+TEST(FaultLoops, EveryBoundedMemoryCallReportsAFailure) {
+    int nFaults = 0;
+    for (const Scenario& scenario : AllScenarios()) {
+        const Outcome reference = Undisturbed(scenario);
+        for (int k = 1, bMore = 1; bMore != 0; k++) {
+            for (const int nLevel : {0, 1}) {
+                const std::string strWhere = scenario.strName + ", call " + std::to_string(k);
+                Stage stage;
+                scenario.prepare(stage);
+                support::RecordingTrace trace(nLevel);
+                support::SecureFaults faults(k);
+                const KelResult nResult = scenario.run(stage);
+                bMore = faults.Fired();
+                EXPECT_EQ(OutcomeOf(stage, nResult), reference) << strWhere;
+                const std::size_t nLines = bMore != 0 && nLevel == 1 ? 1 : 0;
+                ASSERT_EQ(trace.Lines().size(), nLines) << strWhere;
+                if (nLines == 0)
+                    continue;
+                nFaults++;
+                const support::TraceLine& line = trace.Lines()[0];
+                EXPECT_EQ(line.nLevel, 1) << strWhere;
+                EXPECT_TRUE(line.strText.starts_with("[ikelex/src/kel") &&
+                            line.strText.ends_with("] secure function return=34"))
+                    << strWhere << ": " << line.strText;
+            }
+        }
+    }
+    EXPECT_GT(nFaults, 20);
+}
+
+TEST(FaultLoops, NoOldBytesReachAPictureOrAFile) {
+    for (const Scenario& scenario : AllScenarios()) {
+        std::optional<Outcome> outcomes[2];
+        for (const int i : {0, 1}) {
+            const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
+            outcomes[i] = Undisturbed(scenario);
+        }
+        EXPECT_EQ(outcomes[0], outcomes[1]) << scenario.strName;
+    }
+}

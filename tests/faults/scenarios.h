@@ -1,0 +1,61 @@
+// The scenarios of the fault loops: every operation that allocates, copies or meets a stream.
+#ifndef FAULTS_SCENARIOS_H
+#define FAULTS_SCENARIOS_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kelimage/kelimage.h"
+#include "support/faultyarchive.h"
+#include "support/pictures.h"
+
+namespace faults {
+
+using Bytes = std::vector<unsigned char>;
+
+// What a scenario works on, made before any fault begins.
+struct Stage {
+    CKelImage image;
+    std::unique_ptr<support::FaultyArchive> pIn = std::make_unique<support::FaultyArchive>();
+    support::FaultyArchive out;
+    Bytes file;                  // the bytes behind pIn
+    support::Picture lent;       // a caller's bitmap
+    IKelImage* pMade = nullptr;  // an image the scenario made, ended with the stage
+    ~Stage() { DestroyImageObject(pMade); }
+};
+
+enum class Promise {
+    kUnchanged,  // on a failure the image is as it was
+    kAnything,   // on a failure the image is empty, or partly filled, and sound
+};
+
+struct Scenario {
+    std::string strName;
+    Promise ePromise;
+    std::function<void(Stage&)> prepare;
+    // The result; operations without one answer KEL_ERR_MEMORY when they changed nothing.
+    std::function<KelResult(Stage&)> run;
+};
+
+const std::vector<Scenario>& AllScenarios();
+
+// Everything there is to see of an image: header, palette, pixels.
+Bytes Seen(CKelImage& image);
+
+// A scenario's end: its result, the image, what was made and what was written.
+struct Outcome {
+    KelResult nResult;
+    Bytes image, made, written;
+    bool operator==(const Outcome&) const = default;
+};
+Outcome OutcomeOf(Stage& stage, KelResult nResult);
+
+// Fails the current test unless the image is sound: rows inside the pixel buffer, header block and
+// header agree, palette count within its room.
+void ExpectSound(CKelImage& image, const std::string& strWhere);
+
+}  // namespace faults
+
+#endif  // FAULTS_SCENARIOS_H

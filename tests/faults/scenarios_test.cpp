@@ -1,0 +1,202 @@
+#include "scenarios.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "kelbitmap/strides.h"
+#include "kelparameters/kelparameters.h"
+#include "support/allocfaults.h"
+
+namespace faults {
+
+namespace {
+
+const support::Kind kIndexed4{4, BI_RGB, 0}, kIndexed8{8, BI_RGB, 0}, kBits1{1, BI_RGB, 0},
+    kBits16{16, BI_RGB, 0}, kMasks16{16, BI_BITFIELDS, 0}, kBits24{24, BI_RGB, 0},
+    kBits32{32, BI_RGB, 0};
+
+Bytes Load(const std::string& strFile) {
+    std::ifstream in(FAULTS_CORPUS "/" + strFile, std::ios::binary);
+    const Bytes bytes(std::istreambuf_iterator<char>(in), {});
+    EXPECT_FALSE(bytes.empty()) << strFile;
+    return bytes;
+}
+
+std::function<void(Stage&)> Holding(support::Kind kind, int nWidth = 13, int nHeight = 9) {
+    return [=](Stage& stage) {
+        EXPECT_EQ(support::OpenRandom(&stage.image, kind, nWidth, nHeight, 5), KEL_OK);
+    };
+}
+
+Scenario OpenStream(const std::string& strFile) {
+    return {"open " + strFile, Promise::kAnything,
+            [=](Stage& stage) {
+                Holding(kIndexed8)(stage);
+                stage.file = Load(strFile);
+                stage.pIn = std::make_unique<support::FaultyArchive>(stage.file);
+            },
+            [](Stage& stage) { return stage.image.Open(stage.pIn.get()); }};
+}
+
+Scenario OpenPath(const std::string& strFile) {
+    return {"open path " + strFile, Promise::kAnything, Holding(kIndexed8),
+            [strPath = FAULTS_CORPUS "/" + strFile](Stage& stage) {
+                return stage.image.Open(strPath.c_str());
+            }};
+}
+
+Scenario SaveStream(const char* pszName, support::Kind kind, KelImageFormat eFormat) {
+    return {std::string("save ") + pszName + " from " + support::Name(kind), Promise::kUnchanged,
+            Holding(kind), [=](Stage& stage) {
+                tagKelParameterItem item = {"quality", CVamVariant(60)};
+                tagKelParameters params = {1, &item};
+                return stage.image.Save(&stage.out, eFormat, &params);
+            }};
+}
+
+Scenario SavePath(const char* pszName, KelImageFormat eFormat) {
+    return {std::string("save path ") + pszName, Promise::kUnchanged, Holding(kBits24),
+            [=](Stage& stage) { return stage.image.Save("/dev/null", eFormat, nullptr); }};
+}
+
+// An operation without a result: it has worked when the picture is another one.
+Scenario InPlace(const char* pszName, support::Kind kind, std::function<void(CKelImage&)> work) {
+    return {pszName, Promise::kUnchanged, Holding(kind), [=](Stage& stage) {
+                Bytes before;
+                {
+                    const support::AllocPause pause;
+                    before = Seen(stage.image);
+                }
+                work(stage.image);
+                const support::AllocPause pause;
+                return Seen(stage.image) == before ? KEL_ERR_MEMORY : KEL_OK;
+            }};
+}
+
+Scenario Scale(support::Kind kind, int nKernel, bool bNew) {
+    return {"scale " + support::Name(kind) + (bNew ? " anew" : " in place"), Promise::kUnchanged,
+            Holding(kind, 21, 17), [=](Stage& stage) {
+                tagKelParameterItem items[] = {{"width", CVamVariant(8)},
+                                               {"height", CVamVariant(0.5)},
+                                               {"type", CVamVariant(nKernel)}};
+                tagKelParameters params = {3, items};
+                return bNew ? stage.image.ApplyFilter(&stage.pMade, KEL_FILTER_SCALE, &params)
+                            : stage.image.ApplyFilter(KEL_FILTER_SCALE, &params);
+            }};
+}
+
+}  // namespace
+
+const std::vector<Scenario>& AllScenarios() {
+    static const std::vector<Scenario> all = {
+        OpenStream("bmp/40-8-0"),
+        OpenStream("bmp/40-16-3"),
+        OpenStream("bmp/40-24-0-top"),
+        OpenStream("bmp/12-4-0"),
+        OpenStream("jpeg/1b0"),
+        OpenStream("jpeg/3p0"),
+        OpenStream("jpeg/4b0"),
+        OpenStream("png/3-4-0"),
+        OpenStream("png/2-16-1"),
+        OpenStream("png/4-8-0"),
+        OpenPath("bmp/40-24-0"),
+        OpenPath("jpeg/3b2"),
+        OpenPath("png/6-8-1"),
+        {"open block and pixels", Promise::kAnything,
+         [](Stage& stage) { stage.lent = support::MakePicture(kIndexed4, 9, 7, 3); },
+         [](Stage& stage) { return stage.image.Open(stage.lent.Info(), stage.lent.bits.data()); }},
+        {"zoom a borrowed picture", Promise::kUnchanged,
+         [](Stage& stage) {
+             stage.lent = support::MakePicture(kBits24, 9, 7, 3);
+             stage.image.OpenAs(stage.lent.Info(), stage.lent.bits.data(), 0);
+         },
+         [](Stage& stage) {
+             stage.image.ZoomImage(4, 5);
+             return stage.image.GetWidth() == 4 ? KEL_OK : KEL_ERR_MEMORY;
+         }},
+        SaveStream("BMP", kIndexed8, KEL_IMAGE_BMP),
+        SaveStream("BMP", kBits24, KEL_IMAGE_BMP),
+        SaveStream("JPEG", kBits1, KEL_IMAGE_JPEG),
+        SaveStream("JPEG", kBits24, KEL_IMAGE_JPEG),
+        SaveStream("PNG", kIndexed4, KEL_IMAGE_PNG),
+        SaveStream("PNG", kMasks16, KEL_IMAGE_PNG),
+        SaveStream("PNG", kBits24, KEL_IMAGE_PNG),
+        SaveStream("PNG", kBits32, KEL_IMAGE_PNG),
+        SavePath("BMP", KEL_IMAGE_BMP),
+        SavePath("JPEG", KEL_IMAGE_JPEG),
+        SavePath("PNG", KEL_IMAGE_PNG),
+        Scale(kBits24, KEL_SCALE_HAMMING, false),
+        Scale(kIndexed8, KEL_SCALE_BILINEAR, true),
+        InPlace("zoom 24", kBits24, [](CKelImage& image) { image.ZoomImage(20, 5); }),
+        InPlace("zoom 8", kIndexed8, [](CKelImage& image) { image.ZoomImage(6, 30); }),
+        InPlace("rotate 24", kBits24, [](CKelImage& image) { image.Rotate(0); }),
+        InPlace("rotate 1", kBits1, [](CKelImage& image) { image.Rotate(0); }),
+        InPlace("crop 24", kBits24, [](CKelImage& image) { image.SubImage(2, 3, 7, 4); }),
+        InPlace("crop 4", kIndexed4, [](CKelImage& image) { image.SubImage(3, 1, 7, 4); }),
+        InPlace("mirror", kBits16, [](CKelImage& image) { image.Mirror(0); }),
+        InPlace("24 to 32 bits", kBits24, [](CKelImage& image) { image.ChangeBitCount(32); }),
+        InPlace("palette growth", kIndexed8,
+                [](CKelImage& image) { image.AddPaletteEntry(1, 2, 3, 4); }),
+        {"lists", Promise::kUnchanged, [](Stage&) {},
+         [](Stage&) {
+             static tagKelParameterItem items[] = {
+                 {"a name too long to lie inside the string", CVamVariant(1)},
+                 {"height", CVamVariant(2.5)}};
+             tagKelParameters params = {2, items};
+             CKelParameterMgr manager;
+             return manager.SetParameters(&params) == 1 && manager.SetParameters(&params) == 1
+                        ? KEL_OK
+                        : KEL_ERR_FAIL;
+         }},
+        {"factory", Promise::kUnchanged, [](Stage&) {},
+         [](Stage& stage) {
+             CreateImageObject(&stage.pMade);
+             return stage.pMade != nullptr ? KEL_OK : KEL_ERR_MEMORY;
+         }},
+    };
+    return all;
+}
+
+Bytes Seen(CKelImage& image) {
+    const auto* pHeader = reinterpret_cast<unsigned char*>(&image.m_bmih);
+    Bytes seen(pHeader, pHeader + sizeof image.m_bmih);
+    const auto* pPalette = reinterpret_cast<unsigned char*>(image.m_pPalette);
+    seen.insert(seen.end(), pPalette, pPalette + 4 * image.m_nPaletteNum);
+    if (image.m_ppLineArray != nullptr) {
+        seen.insert(seen.end(), image.m_pBits, image.m_pBits + image.GetBmpDataSize());
+    }
+    return seen;
+}
+
+Outcome OutcomeOf(Stage& stage, KelResult nResult) {
+    Outcome outcome{nResult, Seen(stage.image), {}, {}};
+    if (auto* pMade = dynamic_cast<CKelImage*>(stage.pMade))
+        outcome.made = Seen(*pMade);
+    outcome.written.assign(stage.out.GetData(), stage.out.GetData() + stage.out.GetSize());
+    return outcome;
+}
+
+void ExpectSound(CKelImage& image, const std::string& strWhere) {
+    const BITMAPINFOHEADER& header = image.m_bmih;
+    EXPECT_TRUE(image.m_nPaletteNum >= 0 && image.m_nPaletteNum <= image.m_nPaletteSize)
+        << strWhere;
+    EXPECT_EQ(image.m_pPalette == nullptr, image.m_nPaletteSize == 0) << strWhere;
+    if (image.m_ppLineArray == nullptr)
+        return;
+    ASSERT_NE(image.m_pBits, nullptr) << strWhere;
+    const auto nStride = kel::RowStride(header.biBitCount, header.biWidth);
+    for (int y = 0; y < header.biHeight; y++) {
+        ASSERT_EQ(image.m_ppLineArray[y], image.m_pBits + y * nStride) << strWhere;
+    }
+    Seen(image);  // under AddressSanitizer: every byte that the header claims is there
+    if (image.m_pBMI != nullptr && header.biSize != 0) {
+        const BITMAPINFOHEADER& block = image.m_pBMI->bmiHeader;
+        EXPECT_TRUE(block.biWidth == header.biWidth && block.biHeight == header.biHeight &&
+                    block.biBitCount == header.biBitCount)
+            << strWhere;
+    }
+}
+
+}  // namespace faults
