@@ -61,7 +61,7 @@ void RefLine24(const Picture& picture, int nRow, bool bRgb, std::vector<unsigned
         }
     }
     if (header.biBitCount == 24 && !bRgb) {
-        std::memcpy(pOut->data(), pRow, nStride);  // padding too
+        std::copy(pRow, pRow + nStride, pOut->begin());  // padding too
     }
 }
 
