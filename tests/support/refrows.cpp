@@ -60,7 +60,7 @@ void RefLine24(const Picture& picture, int nRow, bool bRgb, std::vector<unsigned
             (*pOut)[static_cast<std::size_t>(3 * x + c)] = bgr[bRgb ? 2 - c : c];
         }
     }
-    if (header.biBitCount == 24 && !bRgb) {
+    if (header.biBitCount == 24 && !bRgb && nStride > 0) {
         std::copy(pRow, pRow + nStride, pOut->begin());  // padding too
     }
 }

@@ -24,7 +24,8 @@ struct Rectangle {
 void ShiftLeft(unsigned char* pLine, std::size_t nBytes, int nShift, unsigned char byNext) {
     for (std::size_t i = 0; i < nBytes; ++i) {
         const unsigned int nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
-        pLine[i] = static_cast<unsigned char>((pLine[i] << 8 | nNext) << nShift >> 8);
+        pLine[i] = static_cast<unsigned char>(
+            (static_cast<unsigned int>(pLine[i]) << 8 | nNext) << nShift >> 8);
     }
 }
 

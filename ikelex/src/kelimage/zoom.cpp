@@ -21,9 +21,9 @@ struct ColumnTables {
         const float fStep = kel::ZoomStep(nSrcWidth, nDstWidth);
         for (int i = 0; i < nDstWidth; ++i) {
             const kel::ZoomSample sample = kel::ZoomSampleAt(i, fStep, nSrcWidth);
-            pFirst[i] = sample.nFirst;
-            pSecond[i] = sample.nSecond;
-            pFraction[i] = sample.fFraction;
+            pFirst.get()[i] = sample.nFirst;
+            pSecond.get()[i] = sample.nSecond;
+            pFraction.get()[i] = sample.fFraction;
         }
     }
 

@@ -108,7 +108,8 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
                 for (int k = 0; k < 4; k += 2) {
                     const int nFirst = TakePiece(weights[k], nPairLimit);
                     const int nSecond = TakePiece(weights[k + 1], nPairLimit - std::abs(nFirst));
-                    nPacked |= (nFirst & 255u) << (8 * k) | (nSecond & 255u) << (8 * k + 8);
+                    nPacked |= static_cast<unsigned int>(nFirst & 255) << (8 * k) |
+                               static_cast<unsigned int>(nSecond & 255) << (8 * k + 8);
                 }
                 fnSink(nGroup, static_cast<int>(nPacked));
             }
