@@ -1,27 +1,80 @@
-// The pixel buffer, the header block, their owners.
+// The pixel buffer, the header block, and who owns them.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <functional>
+
+#include "support/allocfaults.h"
+#include "support/invariants.h"
 #include "support/pictures.h"
+#include "support/recordingtrace.h"
 
 namespace {
 
+using support::Consistent;
+using support::InputError;
 using support::Kind;
 using support::Picture;
+using support::RecordingTrace;
+using Bytes = std::vector<unsigned char>;
+
+constexpr Kind kShort8 = {8, BI_RGB, 20};
+
+Bytes PixelsOf(const CKelImage& image, std::size_t nBytes) {
+    return Bytes(image.m_pBits, image.m_pBits + nBytes);
+}
 
 TEST(Storage, CreateMakesAZeroedPictureWithRows) {
     CKelImage image;
     unsigned char* pBits = image.Create(3, 2, 24);
     ASSERT_NE(pBits, nullptr);
-    EXPECT_EQ(image.GetBits(), pBits);
     EXPECT_EQ(image.GetBmpDataSize(), 24u);
-    EXPECT_EQ(std::vector<unsigned char>(pBits, pBits + 24), std::vector<unsigned char>(24));
-    EXPECT_EQ(image.GetLineArray()[0], pBits);
+    EXPECT_EQ(PixelsOf(image, 24), Bytes(24));
     EXPECT_EQ(image.GetLineArray()[1], pBits + 12);
-    const BITMAPINFOHEADER& header = *image.GetBitmapInfoHeader();
-    EXPECT_EQ(header.biSize, 40u);
-    EXPECT_EQ(header.biPlanes, 1);
-    EXPECT_EQ(header.biSizeImage, 0u);
+    const unsigned int expected[10] = {40, 3, 2, 1 | 24 << 16};
+    EXPECT_EQ(std::memcmp(image.GetBitmapInfoHeader(), expected, 40), 0);
     EXPECT_EQ(image.GetPalette(), nullptr);
+    EXPECT_NE(image.Create(1, 1, 1), nullptr);
+    EXPECT_EQ(image.GetBmpDataSize(), 4u);
+}
+
+TEST(Storage, RefusedSizesLeaveNoPixelsAndNoRows) {
+    RecordingTrace trace;
+    const int aSizes[][3] = {{-1, 1, 24},        {1, -1, 24},
+                             {-5, -5, 1},        {1 << 30, 1 << 30, 32},
+                             {23171, 23171, 32}, {0x7FFFFFFF, 0x7FFFFFFF, 0xFFFF}};
+    for (const auto& size : aSizes) {
+        CKelImage image;
+        ASSERT_NE(image.Create(4, 4, 8), nullptr);
+        EXPECT_EQ(image.Create(size[0], size[1], size[2]), nullptr);
+        EXPECT_EQ(image.GetBits(), nullptr);
+        EXPECT_EQ(image.GetLineArray(), nullptr);
+        EXPECT_TRUE(Consistent(image));
+    }
+    EXPECT_TRUE(trace.Lines().empty());
+    // A picture without width may claim more rows than an array is made for.
+    CKelImage image;
+    EXPECT_NE(image.Create(0, 0x7FFFFFFF, 24), nullptr);
+    EXPECT_EQ(image.GetLineArray(), nullptr);
+    EXPECT_EQ(trace.Lines(), InputError("m_ppLineArray is nullptr"));
+}
+
+TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
+    RecordingTrace trace;
+    CKelImage image;
+    EXPECT_NE(image.AllocateBits(0), nullptr);
+    EXPECT_EQ(trace.Lines(), InputError("dwSize is invalid: 0"));
+    trace.Clear();
+    EXPECT_NE(image.AllocateBits(52428801), nullptr);
+    EXPECT_EQ(trace.Lines(), InputError("dwSize is invalid: 52428801"));
+    trace.Clear();
+    EXPECT_NE(image.AllocateBits(52428800), nullptr);
+    ASSERT_NE(image.Create(100, 50, 24), nullptr);
+    ASSERT_NE(image.AllocateBits(10), nullptr);
+    EXPECT_TRUE(Consistent(image));
+    EXPECT_TRUE(trace.Lines().empty());
+    image.DeleteBits();
+    EXPECT_EQ(image.GetLineArray(), nullptr);
 }
 
 TEST(Storage, OpenCopiesEveryKind) {
@@ -31,12 +84,221 @@ TEST(Storage, OpenCopiesEveryKind) {
         CKelImage image;
         ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
         EXPECT_NE(image.GetBits(), picture.bits.data());
-        EXPECT_EQ(
-            std::vector<unsigned char>(image.GetBits(), image.GetBits() + picture.bits.size()),
-            picture.bits);
+        EXPECT_EQ(PixelsOf(image, picture.bits.size()), picture.bits);
         const auto* pBlock = reinterpret_cast<unsigned char*>(image.GetBitmapInfo());
-        EXPECT_EQ(std::vector<unsigned char>(pBlock, pBlock + picture.block.size()), picture.block);
+        EXPECT_EQ(Bytes(pBlock, pBlock + picture.block.size()), picture.block);
         EXPECT_EQ(static_cast<std::size_t>(image.GetPaletteNum()) * 4 + 40, picture.block.size());
+        EXPECT_TRUE(Consistent(image));
+    }
+}
+
+TEST(Storage, OpenMeasuresThePixelData) {
+    Picture picture = support::MakePicture({8, BI_RGB, 0}, 10, 10, 1);  // 120 bytes
+    CKelImage image;
+    BITMAPINFOHEADER& header = picture.Info()->bmiHeader;
+    header.biSizeImage = 0;
+    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+    EXPECT_EQ(PixelsOf(image, 120), picture.bits);
+    header.biSizeImage = 119;
+    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
+    EXPECT_EQ(image.GetBits(), nullptr);
+    // Run-length data may be shorter than the rows; what it does not fill is zero.
+    header.biSizeImage = 7;
+    header.biCompression = BI_RLE8;
+    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+    Bytes expected(picture.bits.begin(), picture.bits.begin() + 7);
+    expected.resize(120);
+    EXPECT_EQ(PixelsOf(image, 120), expected);
+}
+
+TEST(Storage, OpenRefusesWhatItCannotHold) {
+    struct Change {
+        const char* pszName;
+        std::function<void(BITMAPINFOHEADER*)> make;
+        bool bCopyOnly;  // refused by Open(pBMI, pBits) alone
+    };
+    const Change aChanges[] = {
+        {"biSize", [](auto* p) { p->biSize = 124; }, false},
+        {"biSize small", [](auto* p) { p->biSize = 12; }, false},
+        {"depth", [](auto* p) { p->biBitCount = 2; }, false},
+        {"compression", [](auto* p) { p->biCompression = 4; }, false},
+        {"width", [](auto* p) { p->biWidth = -10; }, false},
+        {"height", [](auto* p) { p->biHeight = -10; }, false},
+        {"colours", [](auto* p) { p->biClrUsed = 65537; }, true},
+        {"colours wrapping", [](auto* p) { p->biClrUsed = 0x40000001; }, true},
+        {"height over 32 bits", [](auto* p) { p->biHeight = 0x7FFFFFFF, p->biSizeImage = 0; },
+         true},
+    };
+    for (const Change& change : aChanges) {
+        SCOPED_TRACE(change.pszName);
+        Picture picture = support::MakePicture(kShort8, 10, 10, 1);
+        change.make(&picture.Info()->bmiHeader);
+        const Picture before = picture;
+        CKelImage image;
+        EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
+        EXPECT_TRUE(Consistent(image));
+        if (!change.bCopyOnly) {
+            EXPECT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_ERR_PARAM);
+            EXPECT_EQ(image.GetBits(), picture.bits.data());  // kept
+            EXPECT_EQ(image.GetWidth(), 0);
+            EXPECT_EQ(image.GetLineArray(), nullptr);
+        }
+        image.Clean();
+        EXPECT_EQ(picture.block, before.block);
+        EXPECT_EQ(picture.bits, before.bits);
+    }
+    CKelImage image;
+    Picture picture = support::MakePicture(kShort8, 10, 10, 1);
+    image.Create(2, 2, 24);
+    EXPECT_EQ(image.Open(picture.Info(), nullptr), KEL_ERR_PARAM);
+    EXPECT_EQ(image.GetWidth(), 0);
+    EXPECT_EQ(image.Open(nullptr, picture.bits.data()), KEL_ERR_PARAM);
+    EXPECT_EQ(image.Open(), KEL_ERR_PARAM);
+    ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+    EXPECT_EQ(image.Open(image.GetBitmapInfo(), image.GetBits()), KEL_ERR_PARAM);  // its own
+}
+
+TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
+    CKelImage image;
+    EXPECT_EQ(image.GetBitmapInfo(), nullptr);
+    EXPECT_EQ(image.AllocateBMI(39), nullptr);
+    const struct {
+        int nBits, nEntries;
+        unsigned int nColors;
+    } aCases[] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {8, 0, 0},
+                  {4, 16, 0}, {1, 1, 1},   {1, 2, 0}};
+    for (const auto& c : aCases) {
+        image.Create(5, 4, c.nBits);
+        for (int i = 0; i < c.nEntries; ++i) {
+            image.AddPaletteEntry(1, 2, static_cast<unsigned char>(i), 255);
+        }
+        BITMAPINFO* pBlock = image.GetBitmapInfo();
+        ASSERT_NE(pBlock, nullptr);
+        EXPECT_EQ(image.GetBitmapInfoHeader()->biClrUsed, c.nColors);
+        EXPECT_EQ(std::memcmp(pBlock, image.GetBitmapInfoHeader(), 40), 0);
+        if (c.nEntries > 0) {
+            const auto nTable = static_cast<std::size_t>(c.nEntries) * 4;
+            EXPECT_EQ(std::memcmp(pBlock->bmiColors, image.GetPalette(), nTable), 0);
+        }
+        image.AddPaletteEntry(9, 9, 9, 9);
+        EXPECT_EQ(image.GetBitmapInfo(), pBlock);
+        // What the block's header speaks of can be read back.
+        CKelImage other;
+        EXPECT_EQ(other.Open(pBlock, image.GetBits()), KEL_OK);
+    }
+}
+
+// Operations that need a buffer of their own, on an image that borrows both of its own.
+struct Operation {
+    const char* pszName;
+    std::function<bool(CKelImage*)> run;  // false: failed
+    bool bKeepsPixels;
+};
+
+std::vector<Operation> OwningOperations() {
+    return {{"AllocateBits", [](auto* p) { return p->AllocateBits(1000) != nullptr; }, false},
+            {"AllocateBits1", [](auto* p) { return p->AllocateBits1() != nullptr; }, false},
+            {"AllocateBMI", [](auto* p) { return p->AllocateBMI(1064) != nullptr; }, true},
+            {"ChangeBitCount",
+             [](auto* p) { return p->ChangeBitCount(32), p->m_bmih.biBitCount == 32; }, false}};
+}
+
+TEST(Storage, ABorrowingImageOwnsAllOnceItNeedsABuffer) {
+    for (const Operation& operation : OwningOperations()) {
+        SCOPED_TRACE(operation.pszName);
+        for (long nFailing = 1;; ++nFailing) {
+            const support::LiveBlocks blocks = support::CountLiveBlocks();
+            bool bFired = false;
+            {
+                Picture picture = support::MakePicture({24, BI_RGB, 0}, 11, 3, 1);
+                const Picture before = picture;
+                CKelImage image;
+                ASSERT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
+                RecordingTrace trace(-1);
+                bool bDone = false;
+                {
+                    support::AllocFaults faults(nFailing);
+                    bDone = operation.run(&image);
+                    bFired = faults.Fired();
+                }
+                EXPECT_TRUE(Consistent(image));
+                // The last allocation is the row array's, whose failure does not undo the rest.
+                EXPECT_EQ(image.m_bOwnBuffers, bDone ? 1 : 0);
+                EXPECT_EQ(image.m_pBits == picture.bits.data(), !bDone);
+                EXPECT_EQ(image.m_pBMI == picture.Info(), !bDone);
+                EXPECT_TRUE(bDone || image.m_ppLineArray != nullptr);
+                if (bDone && operation.bKeepsPixels) {
+                    EXPECT_EQ(PixelsOf(image, before.bits.size()), before.bits);
+                }
+                EXPECT_TRUE(bDone || bFired);
+                image.Clean();
+                EXPECT_EQ(picture.block, before.block);
+                EXPECT_EQ(picture.bits, before.bits);
+            }
+            EXPECT_EQ(support::CountLiveBlocks(), blocks);
+            if (!bFired) {
+                break;
+            }
+        }
+    }
+}
+
+TEST(Storage, CreateLetsBorrowedBuffersGo) {
+    Picture picture = support::MakePicture(kShort8, 11, 3, 1);
+    const Picture before = picture;
+    for (int nWidth : {7, -1}) {
+        CKelImage image;
+        ASSERT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
+        EXPECT_EQ(image.Create(nWidth, 2, 24) != nullptr, nWidth > 0);
+        EXPECT_EQ(image.m_bOwnBuffers, 1);
+        EXPECT_EQ(image.m_pBMI, nullptr);
+        EXPECT_NE(image.m_pBits, picture.bits.data());
+        EXPECT_TRUE(Consistent(image));
+    }
+    EXPECT_EQ(picture.bits, before.bits);
+}
+
+TEST(Storage, EveryFailedAllocationLeavesAConsistentImage) {
+    const Operation aOperations[] = {
+        {"Create", [](auto* p) { return p->Create(9, 9, 24) != nullptr; }, false},
+        {"Open", [](auto* p) { return support::OpenRandom(p, kShort8, 9, 9, 2) == KEL_OK; }, false},
+        {"AllocateBits", [](auto* p) { return p->AllocateBits(5000) != nullptr; }, false},
+        {"AllocateBits1", [](auto* p) { return p->AllocateBits1() != nullptr; }, false},
+        {"AllocateBMI", [](auto* p) { return p->AllocateBMI(1064) != nullptr; }, true},
+        {"GetBitmapInfo", [](auto* p) { return p->DeleteBMI(), p->GetBitmapInfo() != nullptr; },
+         true},
+        {"CreateLineArray", [](auto* p) { return p->CreateLineArray() != nullptr; }, true},
+        {"CreatePalette", [](auto* p) { return p->CreatePalette(p->m_pBMI) != nullptr; }, true},
+        {"AddPaletteEntry", [](auto* p) { return p->AddPaletteEntry(1, 2, 3, 4) == 21; }, true},
+    };
+    for (const Operation& operation : aOperations) {
+        SCOPED_TRACE(operation.pszName);
+        for (long nFailing = 1;; ++nFailing) {
+            const support::LiveBlocks blocks = support::CountLiveBlocks();
+            RecordingTrace trace(-1);
+            bool bFired = false;
+            {
+                CKelImage image;
+                ASSERT_EQ(support::OpenRandom(&image, kShort8, 30, 20, 1), KEL_OK);
+                {
+                    support::AllocFaults faults(nFailing);
+                    bool bDone = false;
+                    try {
+                        bDone = operation.run(&image);
+                    } catch (const std::bad_alloc&) {
+                        // the picture maker's own
+                    }
+                    bFired = faults.Fired();
+                    EXPECT_TRUE(bDone || bFired);
+                }
+                EXPECT_TRUE(Consistent(image));
+                EXPECT_EQ(support::OpenRandom(&image, kShort8, 4, 4, 1), KEL_OK);  // usable again
+            }
+            EXPECT_EQ(support::CountLiveBlocks(), blocks);
+            if (!bFired) {
+                break;
+            }
+        }
     }
 }
 

@@ -1,9 +1,9 @@
 // The one depth change there is: 24 to 32 bits.
 #include <algorithm>
-#include <new>
 
 #include "../kelbitmap/rows.h"
 #include "../kelbitmap/strides.h"
+#include "../kelmemory/kelmemory.h"
 #include "../keltrace/keltrace.h"
 #include "headerblock.h"
 #include "kelimage.h"
@@ -16,7 +16,7 @@ void CKelImage::ChangeBitCount(int nBitCount) {
     const std::int64_t nSize = kel::PictureSize(32, m_bmih.biWidth, m_bmih.biHeight);
     unsigned char* lpNewBit = nullptr;
     if (nSize >= 0 && nSize <= kel::kMaxSize) {
-        lpNewBit = new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)];
+        lpNewBit = kel::NewPixelsNothrow(static_cast<std::size_t>(nSize));
     }
     if (lpNewBit != nullptr) {
         const std::int64_t nStride = kel::RowStride(32, m_bmih.biWidth);

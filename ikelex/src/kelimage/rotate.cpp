@@ -20,7 +20,7 @@ bool CKelImage::Rotate(int) {
     kel::Transposition work = shape;
     work.pDst = pNew.get();
     if (nBits >= 8) {
-        kel::TransposePixelsPlain(nBits / 8, work);
+        kel::TransposePixels(kel::BestCpuLevel(), nBits / 8, work);
     } else if (nBits == 1 || nBits == 2 || nBits == 4) {
         kel::TransposeBits(nBits, work);
     }

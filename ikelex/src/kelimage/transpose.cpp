@@ -1,8 +1,140 @@
 #include "transpose.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "geometry.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace kel {
+
+namespace {
+
+// A strip's columns and rows. The small buffer then takes at most 68 KiB and stays in the second
+// level cache together with the source lines of the strip.
+constexpr int kStripWidth = 64;
+constexpr int kStripHeight = 256;
+// Bytes between the rows of the small buffer, so that they do not all fall into the same cache
+// sets.
+constexpr int kStripGap = 64;
+
+// Destinations over this size do not stay in the caches: their lines are better written past them.
+constexpr std::int64_t kStreamingSize = std::int64_t{24} << 20;
+
+// Copies a row of the small buffer to the destination, whole cache lines past the caches.
+void StreamBytes(unsigned char* pTo, const unsigned char* pFrom, std::size_t nCount) {
+#if defined(__SSE2__)
+    constexpr std::size_t kLine = 64;
+    const auto nAddress = reinterpret_cast<std::uintptr_t>(pTo);
+    std::size_t nDone = std::min<std::size_t>(nCount, (kLine - nAddress % kLine) % kLine);
+    std::memcpy(pTo, pFrom, nDone);
+    for (; nDone + kLine <= nCount; nDone += kLine) {
+        for (std::size_t k = nDone; k < nDone + kLine; k += 16) {
+            _mm_stream_si128(reinterpret_cast<__m128i*>(pTo + k),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + k)));
+        }
+    }
+    pTo += nDone;
+    pFrom += nDone;
+    nCount -= nDone;
+#endif
+    std::memcpy(pTo, pFrom, nCount);
+}
+
+void FinishStreaming() {
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+// Fetches ahead the source lines of the strip right of this one, those of four rows for each of the
+// 64 columns: the processor does not foresee as many streams.
+void PrefetchNextStrip(int nBytes, const Transposition& strip, int nColumn) {
+    constexpr int kRows = kStripHeight / kStripWidth;
+    for (int nRow = nColumn * kRows; nRow < std::min((nColumn + 1) * kRows, strip.nHeight);
+         ++nRow) {
+        const unsigned char* const pNext =
+            strip.pSrc + nRow * strip.nSrcStride + std::int64_t{kStripWidth} * nBytes;
+        for (int k = 0; k < nBytes; ++k) {
+            __builtin_prefetch(pNext + 64 * k);
+        }
+    }
+}
+
+// The rectangle of work that starts at column nX, row nY.
+Transposition PartOf(const Transposition& work, int nBytes, int nX, int nY, int nWidth,
+                     int nHeight) {
+    return {work.pSrc + nY * work.nSrcStride + std::int64_t{nX} * nBytes,
+            work.nSrcStride,
+            nWidth,
+            nHeight,
+            work.pDst + nX * work.nDstStride + std::int64_t{nY} * nBytes,
+            work.nDstStride};
+}
+
+}  // namespace
+
+TransposeBlocks ChooseTransposeBlocks([[maybe_unused]] CpuLevel eLevel, int nBytes) {
+#if defined(__x86_64__)
+    if (eLevel >= CpuLevel::kAvx512 && nBytes != 2) {
+        return nBytes == 1   ? TransposeBlocks1Avx512
+               : nBytes == 3 ? TransposeBlocks3Avx512
+                             : TransposeBlocks4Avx512;
+    }
+#endif
+    return PortableTransposeBlocks(nBytes);
+}
+
+void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
+    // Blocks may read one byte behind a row of theirs, so they leave out the last column.
+    const int nBlocksWidth = (work.nWidth - 1) / 16 * 16;
+    const int nBlocksHeight = work.nHeight / 16 * 16;
+    const std::int64_t nPitch = std::int64_t{kStripHeight} * nBytes + kStripGap;
+    std::unique_ptr<unsigned char[]> pStrip;
+    if (nBytes >= 1 && nBytes <= 4 && nBlocksWidth > 0 && nBlocksHeight > 0) {
+        pStrip = NewScratch(kStripWidth * nPitch);
+    }
+    if (pStrip == nullptr) {
+        TransposePixelsPlain(nBytes, work);
+        return;
+    }
+    const TransposeBlocks pfnBlocks = ChooseTransposeBlocks(eLevel, nBytes);
+    const bool bStream = work.nDstStride * work.nWidth > kStreamingSize;
+    // Strip after strip along the same rows, whose pages then stay in reach.
+    for (int nY = 0; nY < nBlocksHeight; nY += kStripHeight) {
+        const int nHeight = std::min(kStripHeight, nBlocksHeight - nY);
+        const auto nRow = static_cast<std::size_t>(nHeight) * static_cast<std::size_t>(nBytes);
+        for (int nX = 0; nX < nBlocksWidth; nX += kStripWidth) {
+            const int nWidth = std::min(kStripWidth, nBlocksWidth - nX);
+            const Transposition part = PartOf(work, nBytes, nX, nY, nWidth, nHeight);
+            Transposition strip = part;
+            strip.pDst = pStrip.get();
+            strip.nDstStride = nPitch;
+            pfnBlocks(strip);
+            const bool bNext = nX + 2 * kStripWidth <= work.nWidth;
+            for (int i = 0; i < nWidth; ++i) {
+                if (bNext) {
+                    PrefetchNextStrip(nBytes, part, i);
+                }
+                unsigned char* const pTo = part.pDst + i * part.nDstStride;
+                if (bStream) {
+                    StreamBytes(pTo, strip.pDst + i * nPitch, nRow);
+                } else {
+                    std::memcpy(pTo, strip.pDst + i * nPitch, nRow);
+                }
+            }
+        }
+    }
+    FinishStreaming();
+    // What does not fill a block: the columns on the right, then the rows below the blocks.
+    TransposePixelsPlain(
+        nBytes, PartOf(work, nBytes, nBlocksWidth, 0, work.nWidth - nBlocksWidth, work.nHeight));
+    TransposePixelsPlain(
+        nBytes, PartOf(work, nBytes, 0, nBlocksHeight, nBlocksWidth, work.nHeight - nBlocksHeight));
+}
 
 void TransposePixelsPlain(int nBytes, const Transposition& work) {
     for (int nX = 0; nX < work.nWidth; ++nX) {

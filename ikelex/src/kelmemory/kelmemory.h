@@ -11,6 +11,9 @@ namespace kel {
 // std::bad_alloc.
 unsigned char* NewPixels(std::size_t nSize);
 
+// The same from the non-throwing array new: null instead of an exception.
+unsigned char* NewPixelsNothrow(std::size_t nSize) noexcept;
+
 }  // namespace kel
 
 #endif  // KELMEMORY_KELMEMORY_H

@@ -1,7 +1,6 @@
 #include "horizontal.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -12,57 +11,81 @@ namespace kel {
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "words are turned as bytes in memory");
-
 constexpr std::size_t kLanes = kBandRowsPortable;
 constexpr std::size_t kPixelLanes = 3 * kLanes;  // the lanes of the three channels lie together
 
-// Exchanges the blocks of nShift bits that lie across the diagonal of two words.
-inline void Exchange(std::uint64_t& nUpper, std::uint64_t& nLower, unsigned int nShift,
-                     std::uint64_t nMask) {
-    const std::uint64_t nMoved = ((nUpper >> nShift) ^ nLower) & nMask;
-    nLower ^= nMoved;
-    nUpper ^= nMoved << nShift;
+using Bytes = std::uint8_t __attribute__((vector_size(16)));
+using Halves = std::uint16_t __attribute__((vector_size(16)));
+using Words = std::uint32_t __attribute__((vector_size(16)));
+
+// Interleave the lower or the upper elements of two vectors.
+inline Halves ZipLow(Bytes a, Bytes b) {
+    return reinterpret_cast<Halves>(
+        __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+}
+inline Words ZipLow(Halves a, Halves b) {
+    return reinterpret_cast<Words>(__builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11));
+}
+inline Words ZipHigh(Halves a, Halves b) {
+    return reinterpret_cast<Words>(__builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15));
+}
+inline Words ZipLow(Words a, Words b) {
+    return __builtin_shufflevector(a, b, 0, 4, 1, 5);
+}
+inline Words ZipHigh(Words a, Words b) {
+    return __builtin_shufflevector(a, b, 2, 6, 3, 7);
+}
+
+inline Bytes LoadEight(const std::uint64_t& nWord) {
+    using Pair = std::uint64_t __attribute__((vector_size(16)));
+    return reinterpret_cast<Bytes>(Pair{nWord, 0});
 }
 
 // Transposes 8 x 8 bytes: byte j of word i becomes byte i of word j.
 inline void Transpose(std::uint64_t (&words)[8]) {
-    for (unsigned int i = 0; i < 4; ++i) {
-        Exchange(words[i], words[i + 4], 32, 0x00000000FFFFFFFFu);
-    }
-    for (const unsigned int i : {0u, 1u, 4u, 5u}) {
-        Exchange(words[i], words[i + 2], 16, 0x0000FFFF0000FFFFu);
-    }
-    for (const unsigned int i : {0u, 2u, 4u, 6u}) {
-        Exchange(words[i], words[i + 1], 8, 0x00FF00FF00FF00FFu);
-    }
+    const Halves a = ZipLow(LoadEight(words[0]), LoadEight(words[1]));
+    const Halves b = ZipLow(LoadEight(words[2]), LoadEight(words[3]));
+    const Halves c = ZipLow(LoadEight(words[4]), LoadEight(words[5]));
+    const Halves d = ZipLow(LoadEight(words[6]), LoadEight(words[7]));
+    // Columns 0 to 3 and 4 to 7 of words 0 to 3, and of words 4 to 7.
+    const Words abLow = ZipLow(a, b);
+    const Words abHigh = ZipHigh(a, b);
+    const Words cdLow = ZipLow(c, d);
+    const Words cdHigh = ZipHigh(c, d);
+    const Words columns[4] = {ZipLow(abLow, cdLow), ZipHigh(abLow, cdLow), ZipLow(abHigh, cdHigh),
+                              ZipHigh(abHigh, cdHigh)};
+    std::memcpy(words, columns, sizeof columns);
 }
 
-// Turns nBytes bytes of each row: byte b of row r goes to pLanes[b * kLanes + r]. Reads no byte
-// behind nBytes; writes whole blocks of 8 columns.
-void TurnIn(const unsigned char* const* ppIn, std::size_t nBytes, unsigned char* pLanes) {
-    for (std::size_t b = 0; b < nBytes; b += 8) {
-        const std::size_t nPart = std::min<std::size_t>(8, nBytes - b);
-        for (std::size_t r = 0; r < kLanes; r += 8) {
-            std::uint64_t words[8] = {};
-            for (std::size_t i = 0; i < 8; ++i) {
-                if (nPart == 8) {
-                    std::memcpy(&words[i], ppIn[r + i] + b, 8);
-                } else {
-                    std::memcpy(&words[i], ppIn[r + i] + b, nPart);
-                }
-            }
-            Transpose(words);
-            for (std::size_t i = 0; i < 8; ++i) {
-                std::memcpy(pLanes + (b + i) * kLanes + r, &words[i], 8);
-            }
+// Turns 8 columns of the rows, nPart of them there: byte b of row r goes to pLanes[b * kLanes + r].
+inline void TurnColumns(const unsigned char* const* ppIn, std::size_t nOffset, std::size_t nPart,
+                        unsigned char* pLanes) {
+    for (std::size_t r = 0; r < kLanes; r += 8) {
+        std::uint64_t words[8] = {};
+        for (std::size_t i = 0; i < 8; ++i) {
+            std::memcpy(&words[i], ppIn[r + i] + nOffset, nPart);
+        }
+        Transpose(words);
+        for (std::size_t i = 0; i < 8; ++i) {
+            std::memcpy(pLanes + i * kLanes + r, &words[i], 8);
         }
     }
 }
 
+// Turns nBytes bytes of each row and reads none behind them; writes whole blocks of 8 columns.
+void TurnIn(const unsigned char* const* ppIn, std::size_t nBytes, unsigned char* pLanes) {
+    std::size_t b = 0;
+    for (; b + 8 <= nBytes; b += 8) {
+        TurnColumns(ppIn, b, 8, pLanes + b * kLanes);
+    }
+    if (b < nBytes) {
+        TurnColumns(ppIn, b, nBytes - b, pLanes + b * kLanes);
+    }
+}
+
 // The other way, for at most 8 columns.
-void TurnOut(const unsigned char* pLanes, std::size_t nBytes, unsigned char* const* ppOut,
-             std::size_t nOffset) {
+inline void TurnOut(const unsigned char* pLanes, std::size_t nBytes, unsigned char* const* ppOut,
+                    std::size_t nOffset) {
     for (std::size_t r = 0; r < kLanes; r += 8) {
         std::uint64_t words[8];
         for (std::size_t i = 0; i < 8; ++i) {
@@ -70,11 +93,7 @@ void TurnOut(const unsigned char* pLanes, std::size_t nBytes, unsigned char* con
         }
         Transpose(words);
         for (std::size_t i = 0; i < 8; ++i) {
-            if (nBytes == 8) {
-                std::memcpy(ppOut[r + i] + nOffset, &words[i], 8);
-            } else {
-                std::memcpy(ppOut[r + i] + nOffset, &words[i], nBytes);
-            }
+            std::memcpy(ppOut[r + i] + nOffset, &words[i], nBytes);
         }
     }
 }
@@ -129,9 +148,12 @@ void ScaleBand_Portable(const HorizontalBand& band) {
         for (std::size_t i = 0; i < nPixels; ++i) {
             pfnSum(band, x + i, block + i * kPixelLanes);
         }
-        for (std::size_t b = 0; b < 3 * nPixels; b += 8) {
-            TurnOut(block + b * kLanes, std::min<std::size_t>(8, 3 * nPixels - b), band.ppOut,
-                    3 * x + b);
+        std::size_t b = 0;
+        for (; b + 8 <= 3 * nPixels; b += 8) {
+            TurnOut(block + b * kLanes, 8, band.ppOut, 3 * x + b);
+        }
+        if (b < 3 * nPixels) {
+            TurnOut(block + b * kLanes, 3 * nPixels - b, band.ppOut, 3 * x + b);
         }
     }
 }

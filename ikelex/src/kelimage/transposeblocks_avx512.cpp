@@ -1,0 +1,143 @@
+// 16 x 16 blocks of 3- and 4-byte pixels with AVX-512: pixels become 32-bit words, 16 rows of 16
+// words are interleaved in halves until they are columns. Only moves: exact by nature.
+#if defined(__x86_64__)
+
+// g++ 12 takes the undefined operands inside its own intrinsics for uninitialised variables.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include <immintrin.h>
+
+#include "transpose.h"
+
+#define KEL_TARGET_AVX512 \
+    __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vnni")))
+
+namespace kel {
+
+namespace {
+
+// Rows to columns, by 2 x 2 squares of growing parts: words, pairs, quarters, halves.
+KEL_TARGET_AVX512 __attribute__((always_inline)) inline void TransposeWords(__m512i* pRows) {
+    __m512i pairs[16];
+    for (int i = 0; i < 16; i += 2) {
+        pairs[i] = _mm512_unpacklo_epi32(pRows[i], pRows[i + 1]);
+        pairs[i + 1] = _mm512_unpackhi_epi32(pRows[i], pRows[i + 1]);
+    }
+    // quads[4g + k]: in each quarter q, column 4q + k of rows 4g ... 4g + 3.
+    __m512i quads[16];
+    for (int i = 0; i < 16; i += 4) {
+        quads[i] = _mm512_unpacklo_epi64(pairs[i], pairs[i + 2]);
+        quads[i + 1] = _mm512_unpackhi_epi64(pairs[i], pairs[i + 2]);
+        quads[i + 2] = _mm512_unpacklo_epi64(pairs[i + 1], pairs[i + 3]);
+        quads[i + 3] = _mm512_unpackhi_epi64(pairs[i + 1], pairs[i + 3]);
+    }
+    for (int k = 0; k < 4; ++k) {
+        const __m512i low02 = _mm512_shuffle_i32x4(quads[k], quads[k + 4], 0x88);
+        const __m512i low13 = _mm512_shuffle_i32x4(quads[k], quads[k + 4], 0xDD);
+        const __m512i high02 = _mm512_shuffle_i32x4(quads[k + 8], quads[k + 12], 0x88);
+        const __m512i high13 = _mm512_shuffle_i32x4(quads[k + 8], quads[k + 12], 0xDD);
+        pRows[k] = _mm512_shuffle_i32x4(low02, high02, 0x88);
+        pRows[k + 4] = _mm512_shuffle_i32x4(low13, high13, 0x88);
+        pRows[k + 8] = _mm512_shuffle_i32x4(low02, high02, 0xDD);
+        pRows[k + 12] = _mm512_shuffle_i32x4(low13, high13, 0xDD);
+    }
+}
+
+}  // namespace
+
+KEL_TARGET_AVX512 void TransposeBlocks1Avx512(const Transposition& work) {
+    // 16 rows of 64 bytes at a time. Each 128-bit part holds a 16 x 16 square of its own, which the
+    // same four interleavings as in the portable form turn into columns.
+    const int nWhole = work.nWidth / 64 * 64;
+    for (int nX = 0; nX < nWhole; nX += 64) {
+        for (int nY = 0; nY < work.nHeight; nY += 16) {
+            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX;
+            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY;
+            __m512i rows[16];
+            for (int i = 0; i < 16; ++i) {
+                rows[i] = _mm512_loadu_si512(pFrom + i * work.nSrcStride);
+            }
+            for (int nStep = 0; nStep < 4; ++nStep) {
+                __m512i next[16];
+                for (int i = 0; i < 8; ++i) {
+                    next[2 * i] = _mm512_unpacklo_epi8(rows[i], rows[i + 8]);
+                    next[2 * i + 1] = _mm512_unpackhi_epi8(rows[i], rows[i + 8]);
+                }
+                for (int i = 0; i < 16; ++i) {
+                    rows[i] = next[i];
+                }
+            }
+            for (int i = 0; i < 16; ++i) {
+                unsigned char* const pColumn = pTo + i * work.nDstStride;
+                const std::int64_t nNext = 16 * work.nDstStride;
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn),
+                                 _mm512_castsi512_si128(rows[i]));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + nNext),
+                                 _mm512_extracti32x4_epi32(rows[i], 1));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + 2 * nNext),
+                                 _mm512_extracti32x4_epi32(rows[i], 2));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + 3 * nNext),
+                                 _mm512_extracti32x4_epi32(rows[i], 3));
+            }
+        }
+    }
+    Transposition rest = work;
+    rest.pSrc += nWhole;
+    rest.nWidth -= nWhole;
+    rest.pDst += nWhole * work.nDstStride;
+    PortableTransposeBlocks(1)(rest);
+}
+
+KEL_TARGET_AVX512 void TransposeBlocks4Avx512(const Transposition& work) {
+    for (int nX = 0; nX < work.nWidth; nX += 16) {
+        for (int nY = 0; nY < work.nHeight; nY += 16) {
+            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX * 4;
+            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY * 4;
+            __m512i rows[16];
+            for (int i = 0; i < 16; ++i) {
+                rows[i] = _mm512_loadu_si512(pFrom + i * work.nSrcStride);
+            }
+            TransposeWords(rows);
+            for (int i = 0; i < 16; ++i) {
+                _mm512_storeu_si512(pTo + i * work.nDstStride, rows[i]);
+            }
+        }
+    }
+}
+
+KEL_TARGET_AVX512 void TransposeBlocks3Avx512(const Transposition& work) {
+    alignas(64) static constexpr unsigned char kUnpack[64] = {
+        0,  1,  2,  2,  3,  4,  5,  5,  6,  7,  8,  8,  9,  10, 11, 11, 12, 13, 14, 14, 15, 16,
+        17, 17, 18, 19, 20, 20, 21, 22, 23, 23, 24, 25, 26, 26, 27, 28, 29, 29, 30, 31, 32, 32,
+        33, 34, 35, 35, 36, 37, 38, 38, 39, 40, 41, 41, 42, 43, 44, 44, 45, 46, 47, 47};
+    alignas(64) static constexpr unsigned char kPack[64] = {
+        0,  1,  2,  4,  5,  6,  8,  9,  10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28,
+        29, 30, 32, 33, 34, 36, 37, 38, 40, 41, 42, 44, 45, 46, 48, 49, 50, 52, 53, 54, 56, 57,
+        58, 60, 61, 62, 0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0};
+    const __m512i unpack = _mm512_load_si512(kUnpack);
+    const __m512i pack = _mm512_load_si512(kPack);
+    const __mmask64 bytes = (__mmask64{1} << 48) - 1;
+    for (int nX = 0; nX < work.nWidth; nX += 16) {
+        for (int nY = 0; nY < work.nHeight; nY += 16) {
+            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX * 3;
+            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY * 3;
+            __m512i rows[16];
+            for (int i = 0; i < 16; ++i) {
+                rows[i] = _mm512_permutexvar_epi8(
+                    unpack, _mm512_maskz_loadu_epi8(bytes, pFrom + i * work.nSrcStride));
+            }
+            TransposeWords(rows);
+            for (int i = 0; i < 16; ++i) {
+                _mm512_storeu_si512(pTo + i * work.nDstStride,
+                                    _mm512_permutexvar_epi8(pack, rows[i]));
+            }
+        }
+    }
+}
+
+}  // namespace kel
+
+#endif  // __x86_64__
