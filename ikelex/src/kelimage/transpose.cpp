@@ -79,10 +79,8 @@ Transposition PartOf(const Transposition& work, int nBytes, int nX, int nY, int 
 
 TransposeBlocks ChooseTransposeBlocks([[maybe_unused]] CpuLevel eLevel, int nBytes) {
 #if defined(__x86_64__)
-    if (eLevel >= CpuLevel::kAvx512 && nBytes != 2) {
-        return nBytes == 1   ? TransposeBlocks1Avx512
-               : nBytes == 3 ? TransposeBlocks3Avx512
-                             : TransposeBlocks4Avx512;
+    if (eLevel >= CpuLevel::kAvx512 && nBytes == 3) {
+        return TransposeBlocks3Avx512;
     }
 #endif
     return PortableTransposeBlocks(nBytes);

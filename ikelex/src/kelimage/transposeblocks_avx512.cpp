@@ -1,5 +1,5 @@
-// 16 x 16 blocks of 3- and 4-byte pixels with AVX-512: pixels become 32-bit words, 16 rows of 16
-// words are interleaved in halves until they are columns. Only moves: exact by nature.
+// Blocks of 3-byte pixels with AVX-512: pixels become 32-bit words, 16 rows of 16 words are
+// interleaved in parts until they are columns. Only moves: exact by nature.
 #if defined(__x86_64__)
 
 // g++ 12 takes the undefined operands inside its own intrinsics for uninitialised variables.
@@ -47,66 +47,6 @@ KEL_TARGET_AVX512 __attribute__((always_inline)) inline void TransposeWords(__m5
 }
 
 }  // namespace
-
-KEL_TARGET_AVX512 void TransposeBlocks1Avx512(const Transposition& work) {
-    // 16 rows of 64 bytes at a time. Each 128-bit part holds a 16 x 16 square of its own, which the
-    // same four interleavings as in the portable form turn into columns.
-    const int nWhole = work.nWidth / 64 * 64;
-    for (int nX = 0; nX < nWhole; nX += 64) {
-        for (int nY = 0; nY < work.nHeight; nY += 16) {
-            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX;
-            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY;
-            __m512i rows[16];
-            for (int i = 0; i < 16; ++i) {
-                rows[i] = _mm512_loadu_si512(pFrom + i * work.nSrcStride);
-            }
-            for (int nStep = 0; nStep < 4; ++nStep) {
-                __m512i next[16];
-                for (int i = 0; i < 8; ++i) {
-                    next[2 * i] = _mm512_unpacklo_epi8(rows[i], rows[i + 8]);
-                    next[2 * i + 1] = _mm512_unpackhi_epi8(rows[i], rows[i + 8]);
-                }
-                for (int i = 0; i < 16; ++i) {
-                    rows[i] = next[i];
-                }
-            }
-            for (int i = 0; i < 16; ++i) {
-                unsigned char* const pColumn = pTo + i * work.nDstStride;
-                const std::int64_t nNext = 16 * work.nDstStride;
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn),
-                                 _mm512_castsi512_si128(rows[i]));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + nNext),
-                                 _mm512_extracti32x4_epi32(rows[i], 1));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + 2 * nNext),
-                                 _mm512_extracti32x4_epi32(rows[i], 2));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(pColumn + 3 * nNext),
-                                 _mm512_extracti32x4_epi32(rows[i], 3));
-            }
-        }
-    }
-    Transposition rest = work;
-    rest.pSrc += nWhole;
-    rest.nWidth -= nWhole;
-    rest.pDst += nWhole * work.nDstStride;
-    PortableTransposeBlocks(1)(rest);
-}
-
-KEL_TARGET_AVX512 void TransposeBlocks4Avx512(const Transposition& work) {
-    for (int nX = 0; nX < work.nWidth; nX += 16) {
-        for (int nY = 0; nY < work.nHeight; nY += 16) {
-            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX * 4;
-            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY * 4;
-            __m512i rows[16];
-            for (int i = 0; i < 16; ++i) {
-                rows[i] = _mm512_loadu_si512(pFrom + i * work.nSrcStride);
-            }
-            TransposeWords(rows);
-            for (int i = 0; i < 16; ++i) {
-                _mm512_storeu_si512(pTo + i * work.nDstStride, rows[i]);
-            }
-        }
-    }
-}
 
 KEL_TARGET_AVX512 void TransposeBlocks3Avx512(const Transposition& work) {
     alignas(64) static constexpr unsigned char kUnpack[64] = {
