@@ -133,8 +133,8 @@ void SumPixel32(const HorizontalBand& band, std::size_t x, unsigned char* pOut) 
 }
 
 std::size_t LaneBytes(std::size_t nInWidth, std::size_t nLanes) {
-    // A multiple of 4 pixels for the groups, of 8 columns for the blocks.
-    return (nInWidth + 7) / 8 * 8 * 3 * nLanes;
+    // The variants turn blocks of 8 bytes, 4 pixels or 16 pixels; the last one is written whole.
+    return (nInWidth + 15) / 16 * 16 * 3 * nLanes;
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ struct HorizontalBand {
     unsigned char* const* ppOut;
     std::size_t nInWidth;
     std::size_t nOutWidth;
-    unsigned char* pScratch;  // HorizontalScratch(level, nInWidth) bytes
+    unsigned char* pScratch;  // the width rounded up to 16 pixels, times the band's rows
 };
 
 inline constexpr unsigned int kBandRowsPortable = 32;

@@ -36,48 +36,57 @@ KEL_TARGET inline void TransposeWords(__m512i* pWords) {
     pWords[3] = _mm512_unpackhi_epi64(b, d);
 }
 
-KEL_TARGET inline __m128i Load16(const unsigned char* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+// Transposes the 4 x 4 parts of 128 bits of four vectors.
+KEL_TARGET inline void TransposeParts(__m512i* pParts) {
+    const __m512i a = _mm512_shuffle_i32x4(pParts[0], pParts[1], 0x44);
+    const __m512i b = _mm512_shuffle_i32x4(pParts[0], pParts[1], 0xEE);
+    const __m512i c = _mm512_shuffle_i32x4(pParts[2], pParts[3], 0x44);
+    const __m512i d = _mm512_shuffle_i32x4(pParts[2], pParts[3], 0xEE);
+    pParts[0] = _mm512_shuffle_i32x4(a, c, 0x88);
+    pParts[1] = _mm512_shuffle_i32x4(a, c, 0xDD);
+    pParts[2] = _mm512_shuffle_i32x4(b, d, 0x88);
+    pParts[3] = _mm512_shuffle_i32x4(b, d, 0xDD);
 }
 
-// Turns four pixels, 12 bytes, of every row; reads 16 bytes at ppIn[r] + nOffset.
-KEL_TARGET inline void TurnGroup(const unsigned char* const* ppIn, std::size_t nOffset,
-                                 unsigned char* pGroup) {
-    // The bytes of each channel side by side: one word a channel.
-    const __m512i order =
-        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
-    __m512i words[4];
-    for (unsigned int i = 0; i < 4; ++i) {
-        // Part p of vector i is row 4p + i, so that after the transposition lane r is row r.
-        __m512i v = _mm512_castsi128_si512(Load16(ppIn[i] + nOffset));
-        v = _mm512_inserti32x4(v, Load16(ppIn[4 + i] + nOffset), 1);
-        v = _mm512_inserti32x4(v, Load16(ppIn[8 + i] + nOffset), 2);
-        v = _mm512_inserti32x4(v, Load16(ppIn[12 + i] + nOffset), 3);
-        words[i] = _mm512_shuffle_epi8(v, order);
+// Turns four groups, 48 bytes of every row, of which the mask names those that are there.
+KEL_TARGET inline void TurnGroups(const unsigned char* const* ppIn, std::size_t nOffset,
+                                  __mmask64 nMask, unsigned char* pGroups) {
+    // Part g of a row: the bytes of group g, those of each channel side by side as one word.
+    const __m512i part =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, 0, 0, 0, 0));
+    const __m512i order = _mm512_add_epi8(
+        part, _mm512_set_epi64(0x2424242424242424, 0x2424242424242424, 0x1818181818181818,
+                               0x1818181818181818, 0x0C0C0C0C0C0C0C0C, 0x0C0C0C0C0C0C0C0C, 0, 0));
+    __m512i parts[3][4];  // of each channel: four rows a vector, four groups in its parts
+    for (unsigned int q = 0; q < 4; ++q) {
+        __m512i words[4];
+        for (unsigned int i = 0; i < 4; ++i) {
+            const __m512i row = _mm512_maskz_loadu_epi8(nMask, ppIn[4 * q + i] + nOffset);
+            words[i] = _mm512_permutexvar_epi8(order, row);
+        }
+        TransposeWords(words);
+        for (unsigned int k = 0; k < 3; ++k) {
+            parts[k][q] = words[k];
+        }
     }
-    TransposeWords(words);
     for (unsigned int k = 0; k < 3; ++k) {
-        _mm512_storeu_si512(pGroup + k * kWordBytes, words[k]);
+        TransposeParts(parts[k]);
+        for (unsigned int g = 0; g < 4; ++g) {
+            _mm512_storeu_si512(pGroups + g * kGroupBytes + k * kWordBytes, parts[k][g]);
+        }
     }
 }
 
 KEL_TARGET void TurnIn(const HorizontalBand& band) {
+    constexpr __mmask64 kAll = 0xFFFFFFFFFFFF;
     const std::size_t nBytes = 3 * band.nInWidth;
+    unsigned char* pGroups = band.pScratch;
     std::size_t nOffset = 0;
-    unsigned char* pGroup = band.pScratch;
-    for (; nOffset + 16 <= nBytes; nOffset += 12, pGroup += kGroupBytes) {
-        TurnGroup(band.ppIn, nOffset, pGroup);
+    for (; nOffset + 48 <= nBytes; nOffset += 48, pGroups += 4 * kGroupBytes) {
+        TurnGroups(band.ppIn, nOffset, kAll, pGroups);
     }
-    // The last one or two groups go through a copy: nothing behind a row is read.
-    for (; nOffset < nBytes; nOffset += 12, pGroup += kGroupBytes) {
-        unsigned char tail[kRows][16] = {};
-        const unsigned char* rows[kRows];
-        const std::size_t nPart = nBytes - nOffset < 12 ? nBytes - nOffset : 12;
-        for (unsigned int r = 0; r < kRows; ++r) {
-            __builtin_memcpy(tail[r], band.ppIn[r] + nOffset, nPart);
-            rows[r] = tail[r];
-        }
-        TurnGroup(rows, 0, pGroup);
+    if (nOffset < nBytes) {
+        TurnGroups(band.ppIn, nOffset, kAll >> (48 - (nBytes - nOffset)), pGroups);
     }
 }
 
