@@ -1,10 +1,8 @@
-// Construction, emptying, transfer, end; failing bounded memory functions.
+// Construction, emptying, transfer, end.
 #include <gtest/gtest.h>
 
 #include "support/invariants.h"
 #include "support/pictures.h"
-#include "support/recordingtrace.h"
-#include "support/securefaults.h"
 
 namespace {
 
@@ -69,47 +67,9 @@ TEST(Lifetime, InitForgetsWithoutReleasing) {
     delete[] ppRows;
 }
 
-TEST(Lifetime, FactoryEndsItsOwnKindOnly) {
-    IKelImage* pImage = nullptr;
-    CreateImageObject(&pImage);
-    ASSERT_NE(pImage, nullptr);
-    EXPECT_EQ(pImage->GetBitsPerPixel(), 0);
-    DestroyImageObject(pImage);
+TEST(Lifetime, EndsThroughTheInterface) {
     DestroyImageObject(nullptr);
     (new CKelImage)->Destroy();
-}
-
-TEST(Lifetime, AFailedBoundedCallIsTracedOnceAndChangesNothing) {
-    const auto scenario = [] {
-        CKelImage image;
-        image.Create(5, 3, 4);
-        for (int i = 0; i < 9; ++i) {
-            image.AddPaletteEntry(1, 2, 3, 4);
-        }
-        image.GetBitmapInfo();
-        unsigned char aLine[16];
-        image.Create(5, 3, 24);
-        image.GetLine24AsBGRAt(0, aLine);
-        EXPECT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 5, 3, 1), KEL_OK);
-        EXPECT_TRUE(support::Consistent(image));
-        return Picture{{}, {image.GetBits(), image.GetBits() + 24}}.bits;
-    };
-    const auto expected = scenario();
-    support::RecordingTrace trace(1);
-    for (int nCall = 1;; ++nCall) {
-        support::SecureFaults faults(nCall);
-        trace.Clear();
-        EXPECT_EQ(scenario(), expected);
-        if (!faults.Fired()) {
-            EXPECT_EQ(faults.Seen(), 17);
-            break;
-        }
-        ASSERT_EQ(trace.Lines().size(), 1u);
-        const support::TraceLine& line = trace.Lines()[0];
-        EXPECT_EQ(line.nLevel, 1);
-        EXPECT_EQ(line.strText.rfind("[ikelex/src/kelimage;", 0), 0u) << line.strText;
-        EXPECT_NE(line.strText.find("] secure function return=34"), std::string::npos);
-    }
 }
 
 }  // namespace
