@@ -55,10 +55,11 @@ TEST(PngWriter, PlainLibpngReadsTheSamePixels) {
             EXPECT_EQ(0, std::memcmp(bytes, &read.palette[i], 3));
         }
         for (int y = 0; y < 5; ++y) {
-            const unsigned char* pStored = image.GetLineArray()[y];
-            Bytes row(pStored, pStored + read.RowBytes());
+            Bytes row(read.RowBytes());
             if (nBits == 16 || nBits == 24) {
                 image.GetLine24AsRGBAt(y, row.data());
+            } else {
+                std::copy_n(image.GetLineArray()[y], row.size(), row.begin());
             }
             for (std::size_t x = 0; nBits == 32 && x < row.size(); x += 4) {
                 std::swap(row[x], row[x + 2]);
