@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <vector>
 
 namespace support {
 
@@ -33,27 +35,25 @@ unsigned char Byte(int nSum) {
     return static_cast<unsigned char>(((nSum + 128) / 256) & 255);
 }
 
-}  // namespace
+// The kernel functions and their half-widths, by number.
+constexpr struct {
+    double dWidth;
+    double (*pfnFilter)(double);
+} kKernels[] = {{0, nullptr}, {0.64, Bilinear}, {0.5, Box}, {3.0, Gaussian}, {3.0, Hamming}};
 
-RefKernel MakeRefKernel(KelScaleType eType) {
-    switch (eType) {
-        case KEL_SCALE_BOX:
-            return {0.5, Box};
-        case KEL_SCALE_GAUSSIAN:
-            return {3.0, Gaussian};
-        case KEL_SCALE_HAMMING:
-            return {3.0, Hamming};
-        default:
-            return {0.64, Bilinear};
-    }
-}
+// The weights of one output position: entry j belongs to source position nLeft + j.
+struct Record {
+    int nLeft;
+    std::vector<int> weights;
+};
 
-std::vector<RefRecord> RefContributions(const RefKernel& kernel, int nOut, int nIn) {
+std::vector<Record> Contributions(KelScaleType eType, int nOut, int nIn) {
+    const auto& kernel = kKernels[eType];
     const double dRatio = static_cast<double>(nOut) / nIn;
     const double dSupport = dRatio < 1.0 ? kernel.dWidth / dRatio : kernel.dWidth;
     const double dScale = std::min(dRatio, 1.0);
     const int nWindow = 2 * static_cast<int>(std::ceil(dSupport)) + 1;
-    std::vector<RefRecord> table;
+    std::vector<Record> table;
     for (int u = 0; u < nOut; ++u) {
         const double t = (u + 0.5) / dRatio - 0.5;
         int nLeft = std::max(0, static_cast<int>(std::floor(t - dSupport)));
@@ -61,11 +61,11 @@ std::vector<RefRecord> RefContributions(const RefKernel& kernel, int nOut, int n
         if (nRight - nLeft >= nWindow) {
             ++nLeft;
         }
-        RefRecord record{nLeft, {}};
+        Record record{nLeft, {}};
         int nTotal = 0;
         for (int i = nLeft; i <= nRight; ++i) {
             record.weights.push_back(
-                static_cast<int>(kernel.fnFilter((t - i) * dScale) * dScale * 256.0));
+                static_cast<int>(kernel.pfnFilter((t - i) * dScale) * dScale * 256.0));
             nTotal += record.weights.back();
         }
         if (nTotal > 0) {
@@ -82,57 +82,54 @@ std::vector<RefRecord> RefContributions(const RefKernel& kernel, int nOut, int n
     return table;
 }
 
-void RefHorizontal(const std::vector<RefRecord>& table, const unsigned char* const* ppIn,
-                   unsigned char* const* ppOut, int nRows) {
-    for (int y = 0; y < nRows; ++y) {
+void Horizontal(const std::vector<Record>& table, const unsigned char* const* ppIn,
+                unsigned char* const* ppOut, std::size_t nRows) {
+    for (std::size_t y = 0; y < nRows; ++y) {
         unsigned char* pOut = ppOut[y];
-        for (const RefRecord& record : table) {
-            const unsigned char* pIn = ppIn[y] + 3 * static_cast<std::ptrdiff_t>(record.nLeft);
-            int nSum0 = 0, nSum1 = 0, nSum2 = 0;
-            for (const int nWeight : record.weights) {
-                nSum0 += pIn[0] * nWeight;
-                nSum1 += pIn[1] * nWeight;
-                nSum2 += pIn[2] * nWeight;
-                pIn += 3;
+        for (const Record& record : table) {
+            for (std::ptrdiff_t k = 0; k < 3; ++k) {
+                const unsigned char* pIn = ppIn[y] + 3 * std::ptrdiff_t{record.nLeft} + k;
+                int nSum = 0;
+                for (const int nWeight : record.weights) {
+                    nSum += *pIn * nWeight;
+                    pIn += 3;
+                }
+                *pOut++ = Byte(nSum);
             }
-            pOut[0] = Byte(nSum0);
-            pOut[1] = Byte(nSum1);
-            pOut[2] = Byte(nSum2);
-            pOut += 3;
         }
     }
 }
 
-void RefVertical(const std::vector<RefRecord>& table, const unsigned char* const* ppIn,
-                 unsigned char* const* ppOut, int nWidth) {
-    for (const RefRecord& record : table) {
+void Vertical(const std::vector<Record>& table, const unsigned char* const* ppIn,
+              unsigned char* const* ppOut, std::size_t nBytes) {
+    for (const Record& record : table) {
         unsigned char* pOut = *ppOut++;
-        const unsigned char* const* ppRows = ppIn + record.nLeft;
-        for (std::ptrdiff_t x = 0; x < 3 * static_cast<std::ptrdiff_t>(nWidth); x += 3) {
-            int nSum0 = 0, nSum1 = 0, nSum2 = 0;
-            for (std::size_t j = 0; j < record.weights.size(); ++j) {
-                const unsigned char* pIn = ppRows[j] + x;
-                nSum0 += pIn[0] * record.weights[j];
-                nSum1 += pIn[1] * record.weights[j];
-                nSum2 += pIn[2] * record.weights[j];
+        for (std::size_t x = 0; x < nBytes; ++x) {
+            const unsigned char* const* ppRow = ppIn + record.nLeft;
+            int nSum = 0;
+            for (const int nWeight : record.weights) {
+                nSum += (*ppRow++)[x] * nWeight;
             }
-            pOut[x] = Byte(nSum0);
-            pOut[x + 1] = Byte(nSum1);
-            pOut[x + 2] = Byte(nSum2);
+            pOut[x] = Byte(nSum);
         }
     }
 }
 
-void RefScale(const RefKernel& kernel, const unsigned char* const* ppIn, int nInWidth,
-              int nInHeight, unsigned char* const* ppOut, int nOutWidth, int nOutHeight) {
-    const std::size_t nStride = 3 * static_cast<std::size_t>(nOutWidth);
-    std::vector<unsigned char> temp(nStride * static_cast<std::size_t>(nInHeight));
+}  // namespace
+
+void RefScale(KelScaleType eType, const unsigned char* const* ppIn, unsigned int nInWidth,
+              unsigned int nInHeight, unsigned char* const* ppOut, unsigned int nOutWidth,
+              unsigned int nOutHeight) {
+    const std::size_t nStride = std::size_t{3} * nOutWidth;
+    std::vector<unsigned char> temp(nStride * nInHeight);
     std::vector<unsigned char*> rows;
-    for (int y = 0; y < nInHeight; ++y) {
-        rows.push_back(temp.data() + nStride * static_cast<std::size_t>(y));
+    for (std::size_t y = 0; y < nInHeight; ++y) {
+        rows.push_back(temp.data() + nStride * y);
     }
-    RefHorizontal(RefContributions(kernel, nOutWidth, nInWidth), ppIn, rows.data(), nInHeight);
-    RefVertical(RefContributions(kernel, nOutHeight, nInHeight), rows.data(), ppOut, nOutWidth);
+    Horizontal(Contributions(eType, static_cast<int>(nOutWidth), static_cast<int>(nInWidth)), ppIn,
+               rows.data(), rows.size());
+    Vertical(Contributions(eType, static_cast<int>(nOutHeight), static_cast<int>(nInHeight)),
+             rows.data(), ppOut, nStride);
 }
 
 }  // namespace support
