@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <random>
 
 #include "kelbitmap/strides.h"
@@ -151,7 +150,7 @@ void FillImage(CKelImage* pImage, int nBits, int nWidth, int nHeight, const Byte
                bool bBlock) {
     pImage->Clean();
     unsigned char* const pBits = pImage->Create(nWidth, nHeight, nBits);
-    std::memcpy(pBits, rows.data(), rows.size());
+    std::copy(rows.begin(), rows.end(), pBits);
     if (bBlock) {
         pImage->GetBitmapInfo();
     }
