@@ -8,6 +8,19 @@
 #include "geometry.h"
 #include "kelimage.h"
 
+namespace {
+
+// Fetches a row ahead. The bottom rows come in descending order, which the processor does not
+// foresee.
+void PrefetchRow(const unsigned char* pRow, std::size_t nBytes) {
+    constexpr std::size_t kLine = 64;
+    for (std::size_t i = 0; i < nBytes; i += kLine) {
+        __builtin_prefetch(pRow + i);
+    }
+}
+
+}  // namespace
+
 void CKelImage::Mirror(int nMode) {
     const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
     // A stride over 31 bits leaves room for one row only: there is nothing to exchange.
@@ -29,6 +42,7 @@ void CKelImage::MirrorBytes_V(unsigned char* pBuffer, int nStride, int nRows) co
     for (int nTop = 0; nTop < nRows / 2; ++nTop) {
         unsigned char* const pTop = pBuffer + static_cast<std::size_t>(nTop) * nRow;
         unsigned char* const pBottom = pBuffer + static_cast<std::size_t>(nRows - 1 - nTop) * nRow;
+        PrefetchRow(pBottom - nRow, nRow);
         kel::CheckSecure(kel::kSourceImage, memcpy_s(pRowByte, nRow, pTop, nRow));
         kel::CheckSecure(kel::kSourceImage, memcpy_s(pTop, nRow, pBottom, nRow));
         kel::CheckSecure(kel::kSourceImage, memcpy_s(pBottom, nRow, pRowByte, nRow));
