@@ -31,8 +31,8 @@ TEST(Rotate, TransposesEveryDepthAndSizeAndKeepsTheRest) {
 
 // Each variant against the plain loop: sizes around blocks and strips, odd alignments, guard bytes.
 TEST(Rotate, EveryVariantEqualsThePlainLoop) {
-    const int sizes[][2] = {{16, 16}, {17, 16}, {18, 33},   {80, 15},  {81, 47},
-                            {64, 70}, {65, 70}, {145, 300}, {30, 530}, {66, 257}};
+    const int sizes[][2] = {{16, 16}, {17, 16},   {18, 33},  {80, 15},  {81, 47},  {64, 70},
+                            {65, 70}, {145, 300}, {30, 530}, {66, 257}, {70, 1100}};
     for (int nLevel = 0; nLevel <= static_cast<int>(kel::BestCpuLevel()); ++nLevel) {
         for (int nBytes = 1; nBytes <= 5; ++nBytes) {
             for (const auto& s : sizes) {

@@ -16,7 +16,9 @@ namespace {
 // A strip's columns and rows. The small buffer then takes at most 68 KiB and stays in the second
 // level cache together with the source lines of the strip.
 constexpr int kStripWidth = 64;
-constexpr int kStripHeight = 256;
+constexpr int StripHeight(int nBytes) {
+    return nBytes == 1 ? 1024 : nBytes == 2 ? 512 : 256;
+}
 // Bytes between the rows of the small buffer, so that they do not all fall into the same cache
 // sets.
 constexpr int kStripGap = 64;
@@ -50,11 +52,11 @@ void FinishStreaming() {
 #endif
 }
 
-// Fetches ahead the source lines of the strip right of this one, those of four rows for each of the
-// 64 columns: the processor does not foresee as many streams.
+// Fetches ahead the source lines of the strip right of this one, a share of its rows with each
+// column: the processor does not foresee as many streams.
 void PrefetchNextStrip(int nBytes, const Transposition& strip, int nColumn) {
-    constexpr int kRows = kStripHeight / kStripWidth;
-    for (int nRow = nColumn * kRows; nRow < std::min((nColumn + 1) * kRows, strip.nHeight);
+    const int nRows = StripHeight(nBytes) / kStripWidth;
+    for (int nRow = nColumn * nRows; nRow < std::min((nColumn + 1) * nRows, strip.nHeight);
          ++nRow) {
         const unsigned char* const pNext =
             strip.pSrc + nRow * strip.nSrcStride + std::int64_t{kStripWidth} * nBytes;
@@ -90,7 +92,8 @@ void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
     // Blocks may read one byte behind a row of theirs, so they leave out the last column.
     const int nBlocksWidth = (work.nWidth - 1) / 16 * 16;
     const int nBlocksHeight = work.nHeight / 16 * 16;
-    const std::int64_t nPitch = std::int64_t{kStripHeight} * nBytes + kStripGap;
+    const int nStripHeight = StripHeight(nBytes);
+    const std::int64_t nPitch = std::int64_t{nStripHeight} * nBytes + kStripGap;
     std::unique_ptr<unsigned char[]> pStrip;
     if (nBytes >= 1 && nBytes <= 4 && nBlocksWidth > 0 && nBlocksHeight > 0) {
         pStrip = NewScratch(kStripWidth * nPitch);
@@ -102,8 +105,8 @@ void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
     const TransposeBlocks pfnBlocks = ChooseTransposeBlocks(eLevel, nBytes);
     const bool bStream = work.nDstStride * work.nWidth > kStreamingSize;
     // Strip after strip along the same rows, whose pages then stay in reach.
-    for (int nY = 0; nY < nBlocksHeight; nY += kStripHeight) {
-        const int nHeight = std::min(kStripHeight, nBlocksHeight - nY);
+    for (int nY = 0; nY < nBlocksHeight; nY += nStripHeight) {
+        const int nHeight = std::min(nStripHeight, nBlocksHeight - nY);
         const auto nRow = static_cast<std::size_t>(nHeight) * static_cast<std::size_t>(nBytes);
         for (int nX = 0; nX < nBlocksWidth; nX += kStripWidth) {
             const int nWidth = std::min(kStripWidth, nBlocksWidth - nX);
