@@ -5,14 +5,6 @@
 #include "scenarios.h"
 #include "support/recordingtrace.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define FAULTS_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define FAULTS_SANITIZED 1
-#endif
-#endif
-
 #if defined(__GLIBC__) && !defined(FAULTS_SANITIZED)
 
 extern "C" {

@@ -11,6 +11,15 @@
 #include "support/faultyarchive.h"
 #include "support/pictures.h"
 
+// Sanitizers have a malloc and a memory map of their own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define FAULTS_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define FAULTS_SANITIZED 1
+#endif
+#endif
+
 namespace faults {
 
 using Bytes = std::vector<unsigned char>;

@@ -190,7 +190,12 @@ void ExpectSound(CKelImage& image, const std::string& strWhere) {
     for (int y = 0; y < header.biHeight; y++) {
         ASSERT_EQ(image.m_ppLineArray[y], image.m_pBits + y * nStride) << strWhere;
     }
-    Seen(image);  // under AddressSanitizer: every byte that the header claims is there
+    unsigned int nSum = 0;  // under AddressSanitizer: every byte that the header claims is there
+    for (int y = 0; y < header.biHeight; y++) {
+        for (std::int64_t i = 0; i < nStride; i += 7)
+            nSum += image.m_ppLineArray[y][i];
+    }
+    asm volatile("" : : "r"(nSum));
     if (image.m_pBMI != nullptr && header.biSize != 0) {
         const BITMAPINFOHEADER& block = image.m_pBMI->bmiHeader;
         EXPECT_TRUE(block.biWidth == header.biWidth && block.biHeight == header.biHeight &&

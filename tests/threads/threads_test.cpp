@@ -1,0 +1,86 @@
+// Different images on different threads, and one image read by many, which is more than is
+// promised.
+#include <gtest/gtest.h>
+#include <platform/vamarchivememory.h>
+
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <thread>
+
+#include "kelimage/kelimage.h"
+#include "support/pictures.h"
+
+namespace {
+
+constexpr int kThreads = 6, kRounds = 8;
+
+using Bytes = std::vector<unsigned char>;
+
+void OnAllThreads(const std::function<void(int)>& work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; i++)
+        threads.emplace_back(work, i);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+// Opens, works on the picture in every way, and saves it.
+Bytes Job(const Bytes& file, KelImageFormat eFormat) {
+    tagKelParameterItem items[] = {{"width", CVamVariant(40)}, {"type", CVamVariant(4)}};
+    tagKelParameters params = {2, items};
+    CVamArchiveMemory in(file.data(), file.size()), out;
+    CKelImage image;
+    if (image.Open(&in) != KEL_OK)
+        return {};
+    image.Mirror(0);
+    image.ZoomImage(70, 50);
+    image.Rotate(0);
+    image.SubImage(1, 2, 45, 60);
+    image.ApplyFilter(KEL_FILTER_SCALE, &params);
+    if (image.Save(&out, eFormat, nullptr) != KEL_OK)
+        return {};
+    return Bytes(out.GetData(), out.GetData() + out.GetSize());
+}
+
+}  // namespace
+
+TEST(Threads, ImagesSideBySide) {
+    for (const KelImageFormat eFormat : {KEL_IMAGE_BMP, KEL_IMAGE_JPEG, KEL_IMAGE_PNG}) {
+        CKelImage image;
+        ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 90, 77, 4), KEL_OK);
+        CVamArchiveMemory archive;
+        ASSERT_EQ(image.Save(&archive, eFormat, nullptr), KEL_OK);
+        const Bytes file(archive.GetData(), archive.GetData() + archive.GetSize());
+        const Bytes expected = Job(file, eFormat);
+        ASSERT_FALSE(expected.empty());
+        std::atomic<int> nWrong = 0;
+        OnAllThreads([&](int) {
+            for (int i = 0; i < kRounds; i++)
+                nWrong += Job(file, eFormat) != expected;
+        });
+        EXPECT_EQ(nWrong, 0) << eFormat;
+    }
+}
+
+TEST(Threads, OneImageReadByMany) {
+    for (const support::Kind& kind : support::AllKinds()) {
+        CKelImage image;
+        ASSERT_EQ(support::OpenRandom(&image, kind, 61, 20, 4), KEL_OK);
+        Bytes expected(184 * 20);
+        image.ConvertTo24Bit(1, expected.data());
+        std::atomic<int> nWrong = 0;
+        OnAllThreads([&](int nThread) {
+            Bytes line(184);
+            for (int y = 0; y < image.GetHeight(); y++) {
+                const int nRow = (y + nThread) % 20;
+                image.GetLine24AsRGBAt(nRow, line.data());
+                nWrong += std::memcmp(line.data(), expected.data() + 184 * nRow, 183) != 0;
+                nWrong += image.GetWidth() != 61 || image.GetBits() != image.GetLineArray()[0] ||
+                          image.GetPaletteNum() != image.m_nPaletteNum ||
+                          image.GetPalette() != image.m_pPalette;
+            }
+        });
+        EXPECT_EQ(nWrong, 0) << support::Name(kind);
+    }
+}
