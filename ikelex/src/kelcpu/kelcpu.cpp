@@ -21,7 +21,9 @@ CpuLevel BestCpuLevel() {
 
 #else
 
-CpuLevel BestCpuLevel() { return CpuLevel::kPortable; }
+CpuLevel BestCpuLevel() {
+    return CpuLevel::kPortable;
+}
 
 #endif
 

@@ -6,8 +6,8 @@
 
 namespace kel {
 
-// A new uninitialised buffer of nSize bytes from the throwing array new. Large blocks ask the system
-// for huge pages, since touching fresh small pages costs more than most work on them. Throws
+// A new uninitialised buffer of nSize bytes from the throwing array new. Large blocks ask the
+// system for huge pages, since touching fresh small pages costs more than most work on them. Throws
 // std::bad_alloc.
 unsigned char* NewPixels(std::size_t nSize);
 

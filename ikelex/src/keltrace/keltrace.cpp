@@ -31,9 +31,13 @@ void TraceNull(const char* pszName) {
     TraceInputError((stream << pszName << " is nullptr").GetText());
 }
 
-void TraceInvalid(const char* pszName, unsigned int nValue) { TraceInvalidValue(pszName, nValue); }
+void TraceInvalid(const char* pszName, unsigned int nValue) {
+    TraceInvalidValue(pszName, nValue);
+}
 
-void TraceInvalid(const char* pszName, int nValue) { TraceInvalidValue(pszName, nValue); }
+void TraceInvalid(const char* pszName, int nValue) {
+    TraceInvalidValue(pszName, nValue);
+}
 
 void CheckSecure(const char* pszSource, int nResult, int nLine) {
     if (nResult == 0 || zt_trace_level() < 1) {

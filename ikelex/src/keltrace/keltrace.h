@@ -1,8 +1,8 @@
 // The library's tracing conventions, written once.
 //
 // Level 0 carries input errors, level 1 failures of the bounded memory functions, level 2 detail
-// lines. A line of level L is produced only when zt_trace_level() is at least L. Nothing here changes
-// a result, allocates or throws.
+// lines. A line of level L is produced only when zt_trace_level() is at least L. Nothing here
+// changes a result, allocates or throws.
 #ifndef KELTRACE_KELTRACE_H
 #define KELTRACE_KELTRACE_H
 
@@ -28,8 +28,8 @@ void TraceInvalid(const char* pszName, int nValue);
 void TraceInputError(const char* pszText);
 
 // Takes the result of memcpy_s or memset_s. When it is not 0, writes
-// "[" pszSource ";" line "] secure function return=" nResult at level 1. The line is the caller's, so
-// the call stands on the line of the bounded memory function itself:
+// "[" pszSource ";" line "] secure function return=" nResult at level 1. The line is the caller's,
+// so the call stands on the line of the bounded memory function itself:
 //     kel::CheckSecure(kel::kSourceImage, memset_s(p, n, 0, n));
 void CheckSecure(const char* pszSource, int nResult, int nLine = __builtin_LINE());
 
