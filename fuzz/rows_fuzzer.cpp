@@ -56,7 +56,7 @@ const Case kCases[] = {{24, 3, ROW{f.pfnReverse24(s, d, n);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     fuzz::Input input(pData, nSize);
     const Case& item = kCases[input.Byte() % std::size(kCases)];
-    const std::size_t nPixels = input.Word() % 700u;
+    const std::size_t nPixels = static_cast<std::size_t>(input.Range(0, 699));
     const std::size_t nShift = input.Byte() % 64u;
     kel::PixelFields fields;
     for (kel::ChannelField& field : fields.aChannels) {

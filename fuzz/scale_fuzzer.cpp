@@ -27,6 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     const int nKernel = input.Range(1, 4);
     const int nInWidth = input.Range(1, 300), nInHeight = input.Range(1, 80);
     const int nOutWidth = input.Range(1, 300), nOutHeight = input.Range(1, 80);
+    const std::size_t nInBytes = 3 * static_cast<std::size_t>(nInWidth);
+    const std::size_t nOutBytes = 3 * static_cast<std::size_t>(nOutWidth);
     Rows in(nInWidth, nInHeight), out(nOutWidth, nOutHeight), expected(nOutWidth, nOutHeight);
     unsigned int nRandom = 1;
     const auto next = [&] {
@@ -34,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
         return input.Empty() ? static_cast<unsigned char>(nRandom >> 24) : input.Byte();
     };
     for (auto& row : in.rows) {
-        for (int i = 0; i < 3 * nInWidth; i++)
+        for (std::size_t i = 0; i < nInBytes; i++)
             row[i / 3][i % 3] = next();
     }
     PLBilinearContribDef bilinear(0.64);
@@ -48,9 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
                                u(nOutWidth), u(nOutHeight)) == out.pointers.data(),
                   "Scale failed");
     plain::Scale(nKernel, in.Bytes(), nInWidth, nInHeight, expected.Bytes(), nOutWidth, nOutHeight);
-    for (int y = 0; y < nOutHeight; y++) {
-        for (int i = 0; i < 3 * nOutWidth; i++) {
-            const auto k = static_cast<std::size_t>(y);
+    for (std::size_t k = 0; k < out.rows.size(); k++) {
+        for (std::size_t i = 0; i < nOutBytes; i++) {
             fuzz::Require(out.rows[k][i / 3][i % 3] == expected.rows[k][i / 3][i % 3],
                           "a scaled byte differs from the plain loop's");
         }
