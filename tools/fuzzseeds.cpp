@@ -1,4 +1,4 @@
-// Makes the seeds and dictionaries of the fuzzers: seeds DIRECTORY.
+// Makes the seeds and dictionaries of the fuzzers: ikelex_fuzz_seeds DIRECTORY.
 //
 // One small picture of every kind the readers know, written by plain libjpeg and libpng and by the
 // library, under DIRECTORY/<reader>; one dictionary DIRECTORY/<reader>.dict each.
