@@ -45,10 +45,10 @@ class IKELEX_API IKelImage {
     // negative: the palette and rows are then released, the header zeroed, both buffers kept.
     virtual KelResult Open() = 0;
 
-    // 5. Copies a caller's bitmap: header with colour table, and biSizeImage bytes of pixels in memory
-    // order (0 means stride x height). KEL_ERR_PARAM for a null pointer, buffers of the image's own, an
-    // unsupported header, more than 65,536 colours or too few pixel bytes: the image was emptied. Also
-    // KEL_ERR_PARAM when memory runs out; the image then has no rows.
+    // 5. Copies a caller's bitmap: header with colour table, and biSizeImage bytes of pixels in
+    // memory order (0 means stride x height). KEL_ERR_PARAM for a null pointer, buffers of the
+    // image's own, an unsupported header, more than 65,536 colours or too few pixel bytes: the
+    // image was emptied. Also KEL_ERR_PARAM when memory runs out; the image then has no rows.
     virtual KelResult Open(BITMAPINFO* pBMI, unsigned char* pBits) = 0;
 
     // 6. Adopts a caller's bitmap without copying. bOwn not 0: the image releases both with array
@@ -102,9 +102,9 @@ class IKELEX_API IKelImage {
     // Null, nothing changed, when nSize is below 40; null without a block when memory runs out.
     virtual BITMAPINFO* AllocateBMI(unsigned int nSize) = 0;
 
-    // 17. Replaces the pixel buffer by a zeroed one of dwSize bytes, to be filled before Open(), and at
-    // least as long as the rows of the current header. Null when memory runs out. Sizes of 0 and above
-    // 52,428,800 are traced and still tried.
+    // 17. Replaces the pixel buffer by a zeroed one of dwSize bytes, to be filled before Open(),
+    // and at least as long as the rows of the current header. Null when memory runs out. Sizes of 0
+    // and above 52,428,800 are traced and still tried.
     virtual unsigned char* AllocateBits(unsigned int dwSize) = 0;
 
     // 18. The number of palette entries.

@@ -108,9 +108,8 @@ typename C2PassScale<DataClass>::PixelClass** C2PassScale<DataClass>::Scale(
         return nullptr;
     }
     Pixel** ppTemp = reinterpret_cast<Pixel**>(rows.Rows());
-    m_bCancelled =
-        !RunHorizontal(ppIn, ppTemp, nOutWidth, nInHeight, *horizontal, m_pfnProgress) ||
-        !RunVertical(ppTemp, ppOut, nOutWidth, nOutHeight, *vertical, m_pfnProgress);
+    m_bCancelled = !RunHorizontal(ppIn, ppTemp, nOutWidth, nInHeight, *horizontal, m_pfnProgress) ||
+                   !RunVertical(ppTemp, ppOut, nOutWidth, nOutHeight, *vertical, m_pfnProgress);
     return m_bCancelled ? nullptr : ppOut;
 }
 
