@@ -10,11 +10,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 namespace {
 
 // A size every system takes in one call.
 constexpr unsigned int kMostAtOnce = 1u << 30;
+
+constexpr unsigned int kLargeBuffer = 512 * 1024;
 
 // What one read brings, at least a byte; 0 at the end of the data and for an error.
 unsigned int ReadSome(int nDescriptor, unsigned char* pBuffer, unsigned int nCount) {
@@ -48,7 +51,9 @@ CVamArchiveFile::CVamArchiveFile()
       m_bFailed(false),
       m_bWriting(false),
       m_nNext(0),
-      m_nEnd(0) {}
+      m_nEnd(0),
+      m_pBuffer(m_Small),
+      m_nRoom(sizeof m_Small) {}
 
 CVamArchiveFile::~CVamArchiveFile() {
     Close();
@@ -84,6 +89,11 @@ bool CVamArchiveFile::Close() {
         m_pFile = nullptr;
         m_bWriting = false;
         m_nNext = m_nEnd = 0;
+        if (m_pBuffer != m_Small) {
+            delete[] m_pBuffer;
+            m_pBuffer = m_Small;
+            m_nRoom = sizeof m_Small;
+        }
     }
     return !m_bFailed;
 }
@@ -106,10 +116,10 @@ unsigned int CVamArchiveFile::Read(void* pBuffer, unsigned int nCount) {
         const unsigned int nLeft = nCount - nDone;
         if (m_nNext < m_nEnd) {
             const unsigned int nTaken = std::min(nLeft, m_nEnd - m_nNext);
-            std::memcpy(pOut + nDone, m_Buffer + m_nNext, nTaken);
+            std::memcpy(pOut + nDone, m_pBuffer + m_nNext, nTaken);
             m_nNext += nTaken;
             nDone += nTaken;
-        } else if (nLeft >= sizeof m_Buffer) {
+        } else if (nLeft >= m_nRoom) {
             const unsigned int nGot = ReadSome(Descriptor(), pOut + nDone, nLeft);
             if (nGot == 0) {
                 break;
@@ -117,7 +127,7 @@ unsigned int CVamArchiveFile::Read(void* pBuffer, unsigned int nCount) {
             nDone += nGot;
         } else {
             m_nNext = 0;
-            m_nEnd = ReadSome(Descriptor(), m_Buffer, sizeof m_Buffer);
+            m_nEnd = ReadSome(Descriptor(), m_pBuffer, m_nRoom);
             if (m_nEnd == 0) {
                 break;
             }
@@ -134,18 +144,28 @@ unsigned int CVamArchiveFile::Write(const void* pBuffer, unsigned int nCount) {
         m_bFailed = true;
         return 0;
     }
-    if (nCount > sizeof m_Buffer - m_nEnd && !WritePending()) {
-        return 0;
+    const unsigned char* const pIn = static_cast<const unsigned char*>(pBuffer);
+    unsigned int nDone = 0;
+    while (nDone < nCount) {
+        const unsigned int nLeft = nCount - nDone;
+        if (m_nEnd == 0 && nLeft >= kLargeBuffer) {
+            const unsigned int nPut = WriteAll(Descriptor(), pIn + nDone, nLeft);
+            m_bFailed = m_bFailed || nPut < nLeft;
+            return nDone + nPut;
+        }
+        // Filled to the brim, so that the system gets whole pages.
+        if (nLeft > m_nRoom - m_nEnd) {
+            GrowBuffer();
+        }
+        const unsigned int nTaken = std::min(nLeft, m_nRoom - m_nEnd);
+        std::memcpy(m_pBuffer + m_nEnd, pIn + nDone, nTaken);
+        m_nEnd += nTaken;
+        if (m_nEnd == m_nRoom && !WritePending()) {
+            return nDone;
+        }
+        nDone += nTaken;
     }
-    if (nCount >= sizeof m_Buffer) {
-        const unsigned int nPut =
-            WriteAll(Descriptor(), static_cast<const unsigned char*>(pBuffer), nCount);
-        m_bFailed = m_bFailed || nPut < nCount;
-        return nPut;
-    }
-    std::memcpy(m_Buffer + m_nEnd, pBuffer, nCount);
-    m_nEnd += nCount;
-    return nCount;
+    return nDone;
 }
 
 bool CVamArchiveFile::Seek(long long nPosition, int nOrigin) {
@@ -205,8 +225,20 @@ bool CVamArchiveFile::WritePending() {
         return true;
     }
     const unsigned int nPending = m_nEnd - m_nNext;
-    const bool bWritten = WriteAll(Descriptor(), m_Buffer + m_nNext, nPending) == nPending;
+    const bool bWritten = WriteAll(Descriptor(), m_pBuffer + m_nNext, nPending) == nPending;
     m_nNext = m_nEnd = 0;
     m_bFailed = m_bFailed || !bWritten;
     return bWritten;
+}
+
+// Without memory for it the small buffer goes on serving.
+void CVamArchiveFile::GrowBuffer() {
+    if (m_pBuffer != m_Small) {
+        return;
+    }
+    if (unsigned char* const pLarge = new (std::nothrow) unsigned char[kLargeBuffer]) {
+        std::memcpy(pLarge, m_Small, m_nEnd);
+        m_pBuffer = pLarge;
+        m_nRoom = kLargeBuffer;
+    }
 }

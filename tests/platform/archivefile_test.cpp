@@ -122,7 +122,7 @@ TEST_F(ArchiveFile, HoldsPositionsBeyond32Bits) {
 
 // A medium that takes nothing, asked at each place where the loss may show first.
 TEST_F(ArchiveFile, RemembersALostWriteUntilTheNextOpen) {
-    const Bytes large(100000, 1);
+    const Bytes large(700000, 1);
     CVamArchiveFile file;
     const auto open = [&] {
         EXPECT_TRUE(file.Open("/dev/full", "w+b"));
@@ -139,7 +139,7 @@ TEST_F(ArchiveFile, RemembersALostWriteUntilTheNextOpen) {
     EXPECT_FALSE(file.Seek(0, 0));
     EXPECT_TRUE(file.HasFailed());
     open();
-    EXPECT_EQ(0u, file.Write(large.data(), 100000));
+    EXPECT_EQ(0u, file.Write(large.data(), 700000));
     EXPECT_TRUE(file.HasFailed());
     open();
     EXPECT_FALSE(file.Close());
@@ -152,7 +152,7 @@ TEST_F(ArchiveFile, RemembersALostWriteUntilTheNextOpen) {
 
 // A file that may not grow past a limit keeps what fitted.
 TEST_F(ArchiveFile, WritesUpToTheLimitOfTheMedium) {
-    const Bytes bytes = RandomBytes(50000, 3);
+    const Bytes bytes = RandomBytes(700000, 3);
     struct rlimit old;
     ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
     std::signal(SIGXFSZ, SIG_IGN);
@@ -160,7 +160,7 @@ TEST_F(ArchiveFile, WritesUpToTheLimitOfTheMedium) {
     ASSERT_TRUE(file.Open(Path("limited").c_str(), "w+b"));
     const struct rlimit limited = {30001, old.rlim_max};
     ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limited));
-    const unsigned int nPut = file.Write(bytes.data(), 50000);
+    const unsigned int nPut = file.Write(bytes.data(), 700000);
     const bool bClosed = file.Close();
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, SIG_DFL);

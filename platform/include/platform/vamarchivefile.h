@@ -52,6 +52,7 @@ class CVamArchiveFile : public CVamArchive {
     bool StartReading();
     bool StartWriting();
     bool WritePending();
+    void GrowBuffer();
 
     std::FILE* m_pFile;
     bool m_bWritable;
@@ -61,7 +62,11 @@ class CVamArchiveFile : public CVamArchive {
     bool m_bWriting;
     unsigned int m_nNext;
     unsigned int m_nEnd;
-    unsigned char m_Buffer[16384];
+    // The buffer is the small one inside, or, once a stream has written more than that holds, a
+    // large one of its own: each call into the system costs as much as copying some 20 KiB.
+    unsigned char* m_pBuffer;
+    unsigned int m_nRoom;
+    unsigned char m_Small[16384];
 };
 
 #endif  // PLATFORM_VAMARCHIVEFILE_H
