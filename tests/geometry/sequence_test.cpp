@@ -1,4 +1,4 @@
-// Random sequences of operations on tiny pictures, against a model that is a plain list of pixels.
+// Random sequences of operations on tiny pictures, against a model of plain rows.
 //
 // IKELEX_SEQUENCE_STEPS sets the number of operations, IKELEX_SEQUENCE_SEED where they start.
 #include <gtest/gtest.h>
@@ -8,8 +8,6 @@
 #include <cstring>
 #include <memory>
 
-#include "kelbitmap/strides.h"
-#include "kelimage/kelimage.h"
 #include "support/allocfaults.h"
 #include "support/invariants.h"
 #include "support/pictures.h"
@@ -17,73 +15,14 @@
 
 namespace {
 
-using support::Bytes;
 using support::PixelAt;
-using support::SetPixelAt;
+using support::Rows;
+using support::RowsOf;
 
 long Setting(const char* pszName, long nDefault) {
     const char* const pszValue = std::getenv(pszName);
     return pszValue == nullptr ? nDefault : std::atol(pszValue);
 }
-
-// What a picture is: a depth, a size, pixels row after row.
-struct Model {
-    int nBits = 0;
-    int nWidth = 0;
-    int nHeight = 0;
-    std::vector<std::uint32_t> pixels;
-
-    std::uint32_t& At(int nX, int nY) {
-        return pixels[static_cast<std::size_t>(nY) * static_cast<std::size_t>(nWidth) +
-                      static_cast<std::size_t>(nX)];
-    }
-    void Resize(int nNewWidth, int nNewHeight) {
-        nWidth = nNewWidth;
-        nHeight = nNewHeight;
-        pixels.assign(static_cast<std::size_t>(nWidth) * static_cast<std::size_t>(nHeight), 0);
-    }
-    std::size_t Stride() const { return static_cast<std::size_t>(kel::RowStride(nBits, nWidth)); }
-
-    Bytes Rows() const {
-        Bytes rows(Stride() * static_cast<std::size_t>(nHeight));
-        for (std::size_t i = 0; i < pixels.size(); ++i) {
-            const auto w = static_cast<std::size_t>(nWidth);
-            SetPixelAt(nBits, &rows[i / w * Stride()], static_cast<int>(i % w), pixels[i]);
-        }
-        return rows;
-    }
-    // Takes the pixels of padded rows of the given depth and size.
-    void Take(int nNewBits, int nNewWidth, int nNewHeight, const unsigned char* pRows) {
-        nBits = nNewBits;
-        Resize(nNewWidth, nNewHeight);
-        for (int y = 0; y < nHeight; ++y) {
-            for (int x = 0; x < nWidth; ++x) {
-                At(x, y) = PixelAt(nBits, pRows + static_cast<std::size_t>(y) * Stride(), x);
-            }
-        }
-    }
-    void TransposeOrMirror(bool bTranspose) {
-        const Model old = *this;
-        Model from = old;
-        if (bTranspose) {
-            Resize(old.nHeight, old.nWidth);
-        }
-        for (int y = 0; y < old.nHeight; ++y) {
-            for (int x = 0; x < old.nWidth; ++x) {
-                (bTranspose ? At(y, x) : At(x, old.nHeight - 1 - y)) = from.At(x, y);
-            }
-        }
-    }
-    void Crop(int nX, int nY, int w, int h) {
-        Model from = *this;
-        Resize(w, h);
-        for (int y = 0; y < h; ++y) {
-            for (int x = 0; x < w; ++x) {
-                At(x, y) = from.At(nX + x, nY + y);
-            }
-        }
-    }
-};
 
 // One run: an image, its model, and what a caller has lent to the image.
 class Sequence {
@@ -97,25 +36,21 @@ class Sequence {
         const int nWidth = 1 + m_Random.Below(20), nHeight = 1 + m_Random.Below(12);
         switch (m_Random.Below(14)) {
             case 0:
-                m_Model.nBits = support::kDepths[m_Random.Below(6)];
-                m_Model.Resize(nWidth, nHeight);
+                m_Model = support::BlackRows(support::kDepths[m_Random.Below(6)], nWidth, nHeight);
                 ASSERT_NE(m_Image.Create(nWidth, nHeight, m_Model.nBits), nullptr);
                 break;
             case 1:
             case 2:
                 return OpenBitmap(nWidth, nHeight);
             case 3:
-            case 4: {
-                const Bytes rows = support::RefZoom(m_Model.nBits, m_Model.Rows(), m_Model.nWidth,
-                                                    m_Model.nHeight, nWidth, nHeight);
+            case 4:
                 m_Image.ZoomImage(nWidth, nHeight);
-                m_Model.Take(m_Model.nBits, nWidth, nHeight, rows.data());
+                m_Model = support::RefZoom(m_Model, nWidth, nHeight);
                 break;
-            }
             case 5:
             case 6:
                 ASSERT_TRUE(m_Image.Rotate(m_Random.Below(360)));
-                m_Model.TransposeOrMirror(true);
+                m_Model = support::RefTranspose(m_Model);
                 break;
             case 7: {
                 const int w = 1 + m_Random.Below(m_Model.nWidth);
@@ -123,18 +58,16 @@ class Sequence {
                 const int x = m_Random.Below(m_Model.nWidth - w + 1);
                 const int y = m_Random.Below(m_Model.nHeight - h + 1);
                 m_Image.SubImage(x, y, w, h);
-                m_Model.Crop(x, y, w, h);
+                m_Model = support::RefCrop(m_Model, x, y, w, h);
                 m_Image.SubImage(x, y, w + 1, INT32_MAX);  // outside
                 break;
             }
             case 8:
                 m_Image.Mirror(0);
-                m_Model.TransposeOrMirror(false);
+                m_Model = support::RefMirror(m_Model);
                 break;
             case 9:
-                m_Image.ChangeBitCount(32);
-                m_Model.nBits = m_Model.nBits == 24 ? 32 : m_Model.nBits;
-                break;
+                return Widen();
             case 10:
                 m_Image.AddPaletteEntry(m_Random.Byte(), m_Random.Byte(), m_Random.Byte(), 0);
                 m_Image.GetBitmapInfo();
@@ -148,19 +81,11 @@ class Sequence {
                 support::AllocFaults faults(1 + m_Random.Below(3));
                 m_Image.ZoomImage(m_Model.nWidth, m_Model.nHeight);
             }
-                Resynchronise();
+                TakeOver();
         }
     }
 
-    void Check() {
-        ASSERT_TRUE(support::Consistent(m_Image));
-        ASSERT_EQ(m_Image.GetWidth(), m_Model.nWidth);
-        ASSERT_EQ(m_Image.GetHeight(), m_Model.nHeight);
-        ASSERT_EQ(m_Image.GetBitsPerPixel(), m_Model.nBits);
-        Model now;
-        now.Take(m_Model.nBits, m_Model.nWidth, m_Model.nHeight, m_Image.GetBits());
-        ASSERT_TRUE(now.pixels == m_Model.pixels);
-    }
+    void Check() { ASSERT_TRUE(support::Shows(m_Image, m_Model)); }
 
   private:
     void OpenBitmap(int nWidth, int nHeight) {
@@ -182,8 +107,22 @@ class Sequence {
             nResult = m_Image.OpenAs(picture.Info(), picture.bits.data(), 0);
         }
         ASSERT_EQ(nResult, KEL_OK);
-        m_Model.Take(kind.nBits, nWidth, nHeight, picture.bits.data());
+        m_Model = {kind.nBits, nWidth, nHeight, picture.bits};
         m_Lent = std::move(picture);  // its bytes stay where they are
+    }
+
+    // 24 bits become 32 with the same pixel values; other depths stay.
+    void Widen() {
+        const Rows before = m_Model;
+        m_Image.ChangeBitCount(32);
+        TakeOver();
+        ASSERT_EQ(m_Model.nBits, before.nBits == 24 ? 32 : before.nBits);
+        for (int y = 0; y < before.nHeight; ++y) {
+            for (int x = 0; x < before.nWidth; ++x) {
+                ASSERT_EQ(PixelAt(m_Model.nBits, m_Model.Row(y), x),
+                          PixelAt(before.nBits, before.Row(y), x));
+            }
+        }
     }
 
     void Scale(int nWidth, int nHeight) {
@@ -196,7 +135,7 @@ class Sequence {
         ASSERT_EQ(m_Image.ApplyFilter(KEL_FILTER_SCALE, &params), KEL_OK);
         ASSERT_EQ(m_Image.GetWidth(), nWidth);
         ASSERT_EQ(m_Image.GetHeight(), nHeight);
-        Resynchronise();
+        TakeOver();
     }
 
     // What comes back has the size and, at 24 bits, the pixels of what was written.
@@ -220,20 +159,22 @@ class Sequence {
         if (m_Model.nBits == 24 || (m_Model.nBits == 32 && eFormat == KEL_IMAGE_PNG &&
                                     m_Image.GetBitmapInfoHeader()->biCompression == BI_RGB)) {
             ASSERT_EQ(copy.GetBitsPerPixel(), m_Model.nBits);
-            m_Image.Borrow(&copy);  // the model stays
+            ASSERT_EQ(RefTranspose(RowsOf(copy)),
+                      RefTranspose(m_Model));  // without padding
+            m_Image.Borrow(&copy);
+            TakeOver();
         }
     }
 
     // Takes over what the image holds, for results whose pixels other tests prove.
-    void Resynchronise() {
+    void TakeOver() {
         m_Image.CreateLineArray();  // may be what could not be had
-        m_Model.Take(m_Image.GetBitsPerPixel(), m_Image.GetWidth(), m_Image.GetHeight(),
-                     m_Image.GetBits());
+        m_Model = RowsOf(m_Image);
     }
 
     support::Random m_Random;
     support::Picture m_Lent;
-    Model m_Model;
+    Rows m_Model;
     CKelImage m_Image;
 };
 

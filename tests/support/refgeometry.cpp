@@ -2,17 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
-#include "kelbitmap/strides.h"
+#include "support/invariants.h"
+#include "support/pictures.h"
 
 namespace support {
 
 namespace {
-
-std::size_t Stride(int nBits, int nWidth) {
-    return static_cast<std::size_t>(kel::RowStride(nBits, nWidth));
-}
 
 // One single-precision operation each: products and sums of floats are exact, or round alike, in
 // double precision, and the return type rounds them once. No compiler can fuse them.
@@ -39,6 +35,19 @@ Position PositionOf(int i, int nSrc, int nDst) {
             Add(f, -std::trunc(f))};
 }
 
+void SetPixelAt(int nBits, unsigned char* pRow, int nX, std::uint32_t nPixel) {
+    if (nBits < 8) {
+        const int nShift = 8 - nBits - nX * nBits % 8;
+        unsigned char& byte = pRow[nX * nBits / 8];
+        const unsigned int nMask = ((1u << nBits) - 1) << nShift;
+        byte = static_cast<unsigned char>((byte & ~nMask) | nPixel << nShift);
+        return;
+    }
+    for (int k = 0; k < nBits / 8; ++k) {
+        pRow[nX * (nBits / 8) + k] = static_cast<unsigned char>(nPixel >> 8 * k);
+    }
+}
+
 }  // namespace
 
 std::uint32_t PixelAt(int nBits, const unsigned char* pRow, int nX) {
@@ -53,137 +62,103 @@ std::uint32_t PixelAt(int nBits, const unsigned char* pRow, int nX) {
     return nPixel;
 }
 
-void SetPixelAt(int nBits, unsigned char* pRow, int nX, std::uint32_t nPixel) {
-    if (nBits < 8) {
-        const int nShift = 8 - nBits - nX * nBits % 8;
-        unsigned char& byte = pRow[nX * nBits / 8];
-        const unsigned int nMask = ((1u << nBits) - 1) << nShift;
-        byte = static_cast<unsigned char>((byte & ~nMask) | nPixel << nShift);
-        return;
-    }
-    for (int k = 0; k < nBits / 8; ++k) {
-        pRow[nX * (nBits / 8) + k] = static_cast<unsigned char>(nPixel >> 8 * k);
-    }
+std::ostream& operator<<(std::ostream& out, const Rows& rows) {
+    return out << rows.nBits << " bits, " << rows.nWidth << "x" << rows.nHeight;
 }
 
-Bytes RandomRows(int nBits, int nWidth, int nHeight, unsigned int nSeed) {
-    std::mt19937 random(nSeed);
-    Bytes rows(Stride(nBits, nWidth) * static_cast<std::size_t>(nHeight));
-    std::generate(rows.begin(), rows.end(),
-                  [&] { return static_cast<unsigned char>(random() >> 11); });
+Rows BlackRows(int nBits, int nWidth, int nHeight) {
+    Rows rows{nBits, nWidth, nHeight, {}};
+    rows.bytes.resize(rows.Stride() * static_cast<std::size_t>(nHeight));
     return rows;
 }
 
-Bytes RefZoom(int nBits, const Bytes& src, int nSrcWidth, int nSrcHeight, int nWidth, int nHeight) {
-    const std::size_t nFrom = Stride(nBits, nSrcWidth);
-    const std::size_t nTo = Stride(nBits, nWidth);
-    Bytes out(nTo * static_cast<std::size_t>(nHeight));
+Rows RandomRows(int nBits, int nWidth, int nHeight, unsigned int nSeed) {
+    Rows rows = BlackRows(nBits, nWidth, nHeight);
+    Random(nSeed).Fill(rows.bytes.data(), rows.bytes.size());
+    return rows;
+}
+
+Rows RefZoom(const Rows& src, int nWidth, int nHeight) {
+    Rows out = BlackRows(src.nBits, nWidth, nHeight);
+    const int nBytes = src.nBits / 8;
     for (int y = 0; y < nHeight; ++y) {
-        const Position v = PositionOf(y, nSrcHeight, nHeight);
-        const unsigned char* const p0 = &src[static_cast<std::size_t>(v.nFirst) * nFrom];
-        const unsigned char* const p1 = &src[static_cast<std::size_t>(v.nSecond) * nFrom];
-        unsigned char* const pOut = &out[static_cast<std::size_t>(y) * nTo];
+        const Position v = PositionOf(y, src.nHeight, nHeight);
+        const unsigned char* const p0 = src.Row(v.nFirst);
+        const unsigned char* const p1 = src.Row(v.nSecond);
         for (int x = 0; x < nWidth; ++x) {
-            const Position h = PositionOf(x, nSrcWidth, nWidth);
-            if (nBits <= 8) {
-                SetPixelAt(nBits, pOut, x, PixelAt(nBits, p1, h.nSecond));
+            const Position h = PositionOf(x, src.nWidth, nWidth);
+            if (src.nBits <= 8) {
+                SetPixelAt(src.nBits, out.Row(y), x, PixelAt(src.nBits, p1, h.nSecond));
                 continue;
             }
             const float fX0 = Add(1.0f, -h.fFraction);
             const float fY0 = Add(1.0f, -v.fFraction);
-            for (int k = 0; k < nBits / 8; ++k) {
-                const int a = h.nFirst * (nBits / 8) + k;
-                const int b = h.nSecond * (nBits / 8) + k;
+            for (int k = 0; k < nBytes; ++k) {
+                const int a = h.nFirst * nBytes + k;
+                const int b = h.nSecond * nBytes + k;
                 float f = Mul(p0[a], Mul(fY0, fX0));
                 f = Add(f, Mul(p0[b], Mul(fY0, h.fFraction)));
                 f = Add(f, Mul(p1[a], Mul(v.fFraction, fX0)));
                 f = Add(f, Mul(p1[b], Mul(v.fFraction, h.fFraction)));
-                pOut[x * (nBits / 8) + k] = static_cast<unsigned char>(static_cast<int>(f));
+                out.Row(y)[x * nBytes + k] = static_cast<unsigned char>(static_cast<int>(f));
             }
         }
     }
     return out;
 }
 
-Bytes RefTranspose(int nBits, const Bytes& src, int nWidth, int nHeight) {
-    const std::size_t nFrom = Stride(nBits, nWidth);
-    const std::size_t nTo = Stride(nBits, nHeight);
-    Bytes out(nTo * static_cast<std::size_t>(nWidth));
-    for (int y = 0; y < nHeight; ++y) {
-        for (int x = 0; x < nWidth; ++x) {
-            SetPixelAt(nBits, &out[static_cast<std::size_t>(x) * nTo], y,
-                       PixelAt(nBits, &src[static_cast<std::size_t>(y) * nFrom], x));
+Rows RefTranspose(const Rows& src) {
+    Rows out = BlackRows(src.nBits, src.nHeight, src.nWidth);
+    for (int y = 0; y < src.nHeight; ++y) {
+        for (int x = 0; x < src.nWidth; ++x) {
+            SetPixelAt(src.nBits, out.Row(x), y, PixelAt(src.nBits, src.Row(y), x));
         }
     }
     return out;
 }
 
-Bytes RefMirror(int nBits, const Bytes& src, int nWidth, int nHeight) {
-    const auto nStride = static_cast<std::ptrdiff_t>(Stride(nBits, nWidth));
-    Bytes out(src.size());
-    for (int y = 0; y < nHeight; ++y) {
-        std::copy_n(src.begin() + y * nStride, nStride, out.end() - (y + 1) * nStride);
+Rows RefMirror(const Rows& src) {
+    Rows out = src;
+    for (int y = 0; y < src.nHeight; ++y) {
+        std::copy_n(src.Row(y), src.Stride(), out.Row(src.nHeight - 1 - y));
     }
     return out;
 }
 
-Bytes RefCrop(int nBits, const Bytes& src, int nSrcWidth, int nX, int nY, int nWidth, int nHeight) {
-    Bytes out;
-    const std::size_t nLine = Stride(nBits, nWidth);
-    for (int y = nY; y < nY + nHeight; ++y) {
+Rows RefCrop(const Rows& src, int nX, int nY, int nWidth, int nHeight) {
+    Rows out = BlackRows(src.nBits, nWidth, nHeight);
+    for (int y = 0; y < nHeight; ++y) {
         // Bit by bit from the rectangle's left edge on.
-        std::size_t nBit = static_cast<std::size_t>(y) * Stride(nBits, nSrcWidth) * 8 +
-                           static_cast<std::size_t>(nX * nBits);
-        for (std::size_t i = 0; i < nLine; ++i) {
-            unsigned int nByte = 0;
-            for (int k = 0; k < 8; ++k, ++nBit) {
-                const unsigned int nSrc = nBit / 8 < src.size() ? src[nBit / 8] : 0u;
-                nByte = nByte << 1 | (nSrc >> (7 - nBit % 8) & 1u);
-            }
-            out.push_back(static_cast<unsigned char>(nByte));
+        std::size_t nBit = static_cast<std::size_t>(nY + y) * src.Stride() * 8 +
+                           static_cast<std::size_t>(nX * src.nBits);
+        for (std::size_t i = 0; i < 8 * out.Stride(); ++i, ++nBit) {
+            const unsigned int nByte = nBit / 8 < src.bytes.size() ? src.bytes[nBit / 8] : 0u;
+            unsigned char& byTo = out.Row(y)[i / 8];
+            byTo = static_cast<unsigned char>(byTo << 1 | (nByte >> (7 - nBit % 8) & 1u));
         }
     }
     return out;
 }
 
-void FillImage(CKelImage* pImage, int nBits, int nWidth, int nHeight, const Bytes& rows,
-               bool bBlock) {
+void FillImage(CKelImage* pImage, const Rows& rows) {
     pImage->Clean();
-    unsigned char* const pBits = pImage->Create(nWidth, nHeight, nBits);
-    std::copy(rows.begin(), rows.end(), pBits);
-    if (bBlock) {
-        pImage->GetBitmapInfo();
-    }
+    pImage->Create(rows.nWidth, rows.nHeight, rows.nBits);
+    std::copy(rows.bytes.begin(), rows.bytes.end(), pImage->GetBits());
+    pImage->GetBitmapInfo();
 }
 
-Bytes RowsOf(const CKelImage& image) {
-    const auto nSize = static_cast<std::size_t>(
-        kel::PictureSize(image.m_bmih.biBitCount, image.m_bmih.biWidth, image.m_bmih.biHeight));
-    return image.m_pBits == nullptr ? Bytes() : Bytes(image.m_pBits, image.m_pBits + nSize);
-}
-
-std::string Disagreement(const CKelImage& image, unsigned int nSizeImage) {
+Rows RowsOf(const CKelImage& image) {
     const BITMAPINFOHEADER& header = image.m_bmih;
-    if (header.biSizeImage != nSizeImage) {
-        return "biSizeImage is " + std::to_string(header.biSizeImage);
+    Rows rows = BlackRows(header.biBitCount, header.biWidth, header.biHeight);
+    std::copy_n(image.m_pBits, rows.bytes.size(), rows.bytes.begin());
+    return rows;
+}
+
+testing::AssertionResult Shows(const CKelImage& image, const Rows& rows) {
+    if (image.m_ppLineArray == nullptr || !(RowsOf(image) == rows)) {
+        return testing::AssertionFailure() << "the image is not the picture of " << rows;
     }
-    if (image.m_pBMI != nullptr) {
-        const BITMAPINFOHEADER& block = image.m_pBMI->bmiHeader;
-        if (block.biWidth != header.biWidth || block.biHeight != header.biHeight ||
-            block.biSizeImage != nSizeImage || block.biBitCount != header.biBitCount) {
-            return "the header block differs";
-        }
-    }
-    if (image.m_ppLineArray == nullptr) {
-        return "no rows";
-    }
-    for (int y = 0; y < header.biHeight; ++y) {
-        if (image.m_ppLineArray[y] !=
-            image.m_pBits + y * kel::RowStride(header.biBitCount, header.biWidth)) {
-            return "row " + std::to_string(y) + " is elsewhere";
-        }
-    }
-    return "";
+    return Consistent(image);
 }
 
 }  // namespace support

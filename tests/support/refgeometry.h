@@ -2,10 +2,12 @@
 #ifndef SUPPORT_REFGEOMETRY_H
 #define SUPPORT_REFGEOMETRY_H
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
-#include <string>
 #include <vector>
 
+#include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
 
 namespace support {
@@ -14,32 +16,41 @@ using Bytes = std::vector<unsigned char>;
 
 inline constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
 
-// Pixel nX of a row, and its replacement; any depth. Multi-byte pixels have their first byte
-// lowest.
+// A picture as padded rows, one behind the other.
+struct Rows {
+    int nBits = 0, nWidth = 0, nHeight = 0;
+    Bytes bytes;
+
+    std::size_t Stride() const { return static_cast<std::size_t>(kel::RowStride(nBits, nWidth)); }
+    unsigned char* Row(int nY) { return bytes.data() + static_cast<std::size_t>(nY) * Stride(); }
+    const unsigned char* Row(int nY) const { return const_cast<Rows*>(this)->Row(nY); }
+
+    bool operator==(const Rows&) const = default;
+};
+// For failure messages: depth and size.
+std::ostream& operator<<(std::ostream& out, const Rows& rows);
+
+Rows BlackRows(int nBits, int nWidth, int nHeight);
+// Random bytes, padding included.
+Rows RandomRows(int nBits, int nWidth, int nHeight, unsigned int nSeed);
+
+// Pixel nX of a row, any depth. Multi-byte pixels have their first byte lowest.
 std::uint32_t PixelAt(int nBits, const unsigned char* pRow, int nX);
-void SetPixelAt(int nBits, unsigned char* pRow, int nX, std::uint32_t nPixel);
 
-// Padded rows of random bytes, padding included.
-Bytes RandomRows(int nBits, int nWidth, int nHeight, unsigned int nSeed);
-
-// New rows; padding is zero.
-Bytes RefZoom(int nBits, const Bytes& src, int nSrcWidth, int nSrcHeight, int nWidth, int nHeight);
-Bytes RefTranspose(int nBits, const Bytes& src, int nWidth, int nHeight);
+// New pictures; padding is zero.
+Rows RefZoom(const Rows& src, int nWidth, int nHeight);
+Rows RefTranspose(const Rows& src);
 // All bytes of the source rows, padding included, in the opposite order of rows.
-Bytes RefMirror(int nBits, const Bytes& src, int nWidth, int nHeight);
-// The rectangle's rows; their padding shows the bits behind the rectangle, or 0 where the source
-// ends.
-Bytes RefCrop(int nBits, const Bytes& src, int nSrcWidth, int nX, int nY, int nWidth, int nHeight);
+Rows RefMirror(const Rows& src);
+// The rectangle; its padding shows the bits behind the rectangle, or 0 where the source ends.
+Rows RefCrop(const Rows& src, int nX, int nY, int nWidth, int nHeight);
 
-// Fills image with a new picture of these rows; with bBlock it also holds a header block.
-void FillImage(CKelImage* pImage, int nBits, int nWidth, int nHeight, const Bytes& rows,
-               bool bBlock = false);
-// The image's picture: stride x height bytes of its buffer.
-Bytes RowsOf(const CKelImage& image);
-
-// What is wrong with how header, header block, buffer and rows agree; empty when nothing is.
-// nSizeImage is what biSizeImage must say.
-std::string Disagreement(const CKelImage& image, unsigned int nSizeImage);
+// Fills image with a new picture of these rows and a header block.
+void FillImage(CKelImage* pImage, const Rows& rows);
+// The image's picture.
+Rows RowsOf(const CKelImage& image);
+// Whether the image is consistent and shows exactly these rows.
+testing::AssertionResult Shows(const CKelImage& image, const Rows& rows);
 
 }  // namespace support
 

@@ -1,0 +1,282 @@
+// Mirror, Rotate, SubImage and ZoomImage: their pictures, what they trace, and what failures leave.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+
+#include "kelimage/zoomrows.h"
+#include "support/allocfaults.h"
+#include "support/invariants.h"
+#include "support/recordingtrace.h"
+#include "support/refgeometry.h"
+#include "support/securefaults.h"
+
+namespace {
+
+using support::BlackRows;
+using support::Consistent;
+using support::FillImage;
+using support::InputError;
+using support::RandomRows;
+using support::RefZoom;
+using support::Rows;
+using support::Shows;
+
+TEST(Geometry, EveryOperationAtEveryDepthAndSize) {
+    const int sizes[][4] = {{1, 1, 5, 4},   {1, 7, 3, 3},    {2, 2, 3, 3},    {9, 4, 1, 9},
+                            {40, 3, 13, 1}, {33, 9, 33, 9},  {17, 5, 80, 31}, {90, 31, 21, 8},
+                            {200, 3, 9, 4}, {1, 70, 200, 2}, {70, 8, 49, 7}};
+    for (const int nBits : support::kDepths) {
+        for (const auto& s : sizes) {
+            Rows want = RandomRows(nBits, s[0], s[1], static_cast<unsigned int>(s[2]));
+            CKelImage image;
+            FillImage(&image, want);
+            const int nPalette = image.AddPaletteEntry(1, 2, 3, 4);
+            for (const int nMode : {0, 1, -1}) {  // only 0 is known
+                image.Mirror(nMode);
+            }
+            want = RefMirror(want);
+            EXPECT_TRUE(Shows(image, want));
+            image.ZoomImage(s[2], s[3]);
+            image.ZoomImage(0, 3);
+            image.ZoomImage(3, -1);
+            want = RefZoom(want, s[2], s[3]);
+            EXPECT_TRUE(Shows(image, want)) << "zoomed from " << s[0] << "x" << s[1];
+            EXPECT_EQ(image.m_bmih.biSizeImage, want.bytes.size());
+            EXPECT_TRUE(image.Rotate(270));
+            want = RefTranspose(want);
+            EXPECT_TRUE(Shows(image, want)) << "rotated";
+            EXPECT_EQ(image.m_bmih.biSizeImage, want.bytes.size());
+            EXPECT_EQ(image.GetPaletteNum(), nPalette);
+        }
+    }
+}
+
+TEST(Geometry, LargePicturesAreRotatedPastTheCaches) {
+    const Rows src = RandomRows(32, 2100, 3003, 8);  // 25 MB
+    CKelImage image;
+    FillImage(&image, src);
+    image.Rotate(0);
+    EXPECT_TRUE(Shows(image, RefTranspose(src)));
+}
+
+TEST(Geometry, WhereOnePixelGoes) {
+    const Rows src = RandomRows(24, 3, 2, 2);
+    CKelImage image;
+    FillImage(&image, src);
+    const auto at = [&](int x, int y) { return support::PixelAt(24, image.GetLineArray()[y], x); };
+    const std::uint32_t nPixel = at(2, 0);
+    image.Rotate(90);
+    EXPECT_EQ(at(0, 2), nPixel);
+    image.Mirror(0);  // with it: 90 degrees counter-clockwise
+    EXPECT_EQ(at(0, 0), nPixel);
+    FillImage(&image, src);
+    image.SubImage(2, 0, 1, 2);
+    EXPECT_EQ(at(0, 0), nPixel);
+}
+
+// Every rectangle of small pictures: each offset inside a byte, the right edge, the last row.
+TEST(SubImage, EveryRectangleAtEveryDepth) {
+    for (const int nBits : support::kDepths) {
+        const int nWidth = nBits < 8 ? 37 : 6, nHeight = 3;
+        const Rows src = RandomRows(nBits, nWidth, nHeight, 2);
+        for (int x = 0; x <= nWidth; ++x) {
+            for (int y = 0; y <= nHeight; ++y) {
+                for (int w = 0; w <= nWidth - x; ++w) {
+                    const int h = nHeight - y - (w + x) % 2 * (y < 2);
+                    const Rows want = RefCrop(src, x, y, w, h);
+                    CKelImage image;
+                    FillImage(&image, src);
+                    image.SubImage(x, y, w, h);
+                    ASSERT_TRUE(Shows(image, want)) << "from " << x << "," << y;
+                    ASSERT_EQ(image.m_bmih.biSizeImage, want.bytes.size());
+                    // The raw form on a block of the exact size: a sanitizer sees what lies behind.
+                    support::Bytes raw = src.bytes;
+                    image.CopyBytes(nBits, raw.data(), nWidth, nHeight, x, y, w, h);
+                    ASSERT_TRUE(std::equal(want.bytes.begin(), want.bytes.end(), raw.begin()));
+                }
+            }
+        }
+    }
+}
+
+TEST(SubImage, RectanglesOutsideChangeNothing) {
+    const int rectangles[][4] = {{-1, 0, 2, 2},      {0, -1, 2, 2},
+                                 {0, 0, -1, 2},      {0, 0, 2, -1},
+                                 {3, 0, 2, 2},       {0, 3, 2, 2},
+                                 {0, 0, 5, 1},       {INT_MAX, 0, 1, 1},
+                                 {0, INT_MAX, 1, 1}, {1, 1, INT_MAX, INT_MAX}};
+    const Rows src = RandomRows(24, 4, 4, 2);
+    CKelImage image;
+    FillImage(&image, src);
+    for (const auto& r : rectangles) {
+        image.SubImage(r[0], r[1], r[2], r[3]);
+        EXPECT_TRUE(Shows(image, src));
+    }
+    support::Bytes raw = src.bytes;
+    image.CopyBytes(24, raw.data(), 4, 4, -1, 0, 2, 2);
+    image.CopyBytes(24, raw.data(), 4, 4, 0, -1, 2, 2);
+    image.CopyBytes(24, raw.data(), 4, 4, 0, 0, 5, 2);
+    EXPECT_EQ(raw, src.bytes);
+    // The raw form ends at the buffer's end, whatever is asked for: rows from beyond it are zero.
+    image.CopyBytes(24, raw.data(), 4, 4, 2, 3, 4, 4);
+    EXPECT_EQ(raw, RefCrop(src, 2, 3, 4, 4).bytes);
+}
+
+// Channel values of 2 x 2 pixels, the size they are zoomed to, a pixel of the result, and its byte,
+// which becomes another one when products and sums are fused.
+TEST(Zoom, ResultsAreThoseOfSeparateProductsAndSums) {
+    const struct {
+        unsigned char by[4];
+        int nWidth, nHeight, nX, nY, nWant;
+    } cases[] = {{{27, 51, 51, 0}, 3, 4, 1, 2, 29}, {{1, 204, 0, 0}, 3, 6, 1, 3, 41},
+                 {{6, 204, 0, 0}, 3, 6, 1, 4, 21},  {{3, 255, 51, 51}, 3, 7, 1, 5, 64},
+                 {{1, 153, 0, 0}, 3, 8, 1, 4, 33},  {{11, 255, 0, 0}, 3, 8, 1, 5, 38}};
+    for (const auto& c : cases) {
+        for (const int nBits : {16, 24, 32}) {
+            Rows src = BlackRows(nBits, 2, 2);
+            for (int i = 0; i < 4; ++i) {
+                std::fill_n(src.Row(i / 2) + i % 2 * nBits / 8, nBits / 8, c.by[i]);
+            }
+            CKelImage image;
+            FillImage(&image, src);
+            image.ZoomImage(c.nWidth, c.nHeight);
+            EXPECT_EQ(image.GetLineArray()[c.nY][c.nX * nBits / 8], c.nWant);
+        }
+    }
+}
+
+TEST(Zoom, SamplesStayInsideTheSource) {
+    // From 2^23 on a position plus one half rounds to a whole number, maybe past the last column.
+    for (const int nSrc : {(1 << 23) + 2, (1 << 24) + 3, 0x7FFFFFFF}) {
+        for (const int nDst : {2, 3, 9, 1 << 24, 0x7FFFFFFF}) {
+            const kel::ZoomSample s = kel::ZoomSampleAt(nDst - 1, kel::ZoomStep(nSrc, nDst), nSrc);
+            EXPECT_LT(s.nFirst, nSrc);
+            EXPECT_LT(s.nSecond, nSrc);
+            EXPECT_GE(s.nFirst, 0);
+            EXPECT_GE(s.fFraction, 0.0f);
+        }
+    }
+}
+
+TEST(Geometry, UnusualSizesAreTraced) {
+    const auto rotate = [](CKelImage* p) { p->Rotate(0); };
+    const auto zoom = [](int nWidth, int nHeight) {
+        return [=](CKelImage* p) { p->ZoomImage(nWidth, nHeight); };
+    };
+    const struct {
+        int nBits, nWidth, nHeight;
+        std::function<void(CKelImage*)> run;
+        const char* pszTrace;
+        int nNewWidth;
+    } cases[] = {
+        {8, 13200000, 1, rotate, "bufferSize is invalid: 52800000", 1},  // 4 bytes a row
+        {8, 0, 3, rotate, "bufferSize is invalid: 0", 3},
+        {32, 2, 2, zoom(81920, 161), "bufferSize is invalid: 52756480", 81920},
+        {32, 2, 2, zoom(81921, 1), "nDstWidth is invalid: 81921", 81921},
+        // 4,800,000,000 and 17,179,869,176 bytes do not fit 32 bits.
+        {1, 1200000000, 1, rotate, "bufferSize is invalid: 505032704", 1200000000},
+        {32, 2, 2, zoom(0x7FFFFFFF, 2), "bufferSize is invalid: 4294967288", 2},
+    };
+    for (const auto& c : cases) {
+        CKelImage image;
+        image.Create(c.nWidth, c.nHeight, c.nBits);
+        support::RecordingTrace trace(2);
+        c.run(&image);
+        EXPECT_EQ(trace.Lines(), InputError(c.pszTrace));
+        EXPECT_EQ(image.GetWidth(), c.nNewWidth) << c.pszTrace;
+    }
+    support::RecordingTrace trace(2);
+    CKelImage image;
+    unsigned char byOut = 7;
+    image.ZoomBytes(8, &byOut, 1, 1, &byOut, 0, 1);
+    EXPECT_EQ(trace.Lines(), InputError("nDstWidth is invalid: 0"));
+    image.ZoomBytes(8, &byOut, 0, 1, &byOut, 1, 1);
+    image.ZoomBytes(8, &byOut, 1, 1, &byOut, -3, 1);
+    EXPECT_EQ(byOut, 7);
+    EXPECT_EQ(trace.Lines().size(), 2u);
+}
+
+// What a failed allocation leaves, in the order the memory is asked for: (o)ld picture, (b)lack,
+// the (n)ew one by plain loops, or the new one without its (r)ows.
+TEST(Geometry, FailedAllocationsLeaveTheOldABlackOrTheNewPicture) {
+    const Rows src = RandomRows(24, 40, 30, 9);
+    const struct {
+        std::function<void(CKelImage*)> run;
+        Rows want;
+        std::string strOutcomes, strTrace;
+        int nCopies;  // bounded copies it makes
+    } operations[] = {
+        {[](auto* p) { p->Mirror(0); }, RefMirror(src), "o", "pRowByte is nullptr", 45},
+        {[](auto* p) { p->Rotate(0); }, RefTranspose(src), "onr", "", 1},
+        {[](auto* p) { p->SubImage(3, 1, 2, 2); }, RefCrop(src, 3, 1, 2, 2), "or",
+         "lpLine is nullptr", 4},
+        {[](auto* p) { p->ZoomImage(9, 8); }, RefZoom(src, 9, 8), "obbbnr", "", 1},
+    };
+    for (const auto& operation : operations) {
+        CKelImage none;
+        support::RecordingTrace trace(-1);
+        const support::AllocFaults counter(0);
+        operation.run(&none);  // without pixels
+        EXPECT_EQ(counter.Seen(), 0);
+        support::SecureFaults copies(0);
+        FillImage(&none, src);
+        const int nBefore = copies.Seen();
+        operation.run(&none);
+        EXPECT_EQ(copies.Seen() - nBefore, operation.nCopies);
+    }
+    for (const auto& operation : operations) {
+        const Rows black = BlackRows(24, operation.want.nWidth, operation.want.nHeight);
+        for (std::size_t n = 0; n < operation.strOutcomes.size(); ++n) {
+            const char cOutcome = operation.strOutcomes[n];
+            CKelImage image;
+            FillImage(&image, src);
+            support::RecordingTrace trace;
+            {
+                const support::AllocFaults faults(static_cast<long>(n) + 1);
+                operation.run(&image);
+                EXPECT_TRUE(faults.Fired());
+            }
+            EXPECT_EQ(support::RowsOf(image), cOutcome == 'o'   ? src
+                                              : cOutcome == 'b' ? black
+                                                                : operation.want)
+                << cOutcome << n;
+            EXPECT_EQ(image.GetLineArray() == nullptr, cOutcome == 'r');
+            if (n == 0 && !operation.strTrace.empty()) {
+                EXPECT_EQ(trace.Lines(), InputError(operation.strTrace));
+            }
+        }
+    }
+}
+
+// What the caller lent stays as it was, also when the copy of the header block cannot be had.
+TEST(Geometry, RotateAndZoomLeaveBorrowedBuffersAlone) {
+    for (const bool bZoom : {false, true}) {
+        for (const int nFailing : {0, 2, 6}) {
+            const Rows src = RandomRows(24, 5, 4, 7);
+            support::Bytes bits = src.bytes;
+            BITMAPINFO block = {};
+            block.bmiHeader = {40, 5, 4, 1, 24, 0, 0, 0, 0, 0, 0};
+            CKelImage image;
+            ASSERT_EQ(image.OpenAs(&block, bits.data(), 0), KEL_OK);
+            const auto before = support::CountLiveBlocks();
+            {
+                support::AllocFaults faults(nFailing);
+                bZoom ? image.ZoomImage(4, 5) : static_cast<void>(image.Rotate(0));
+            }
+            EXPECT_EQ(bits, src.bytes);
+            EXPECT_EQ(block.bmiHeader.biWidth, 5);
+            EXPECT_EQ(block.bmiHeader.biSizeImage, 0u);
+            EXPECT_TRUE(Consistent(image));
+            if (nFailing == 0) {
+                EXPECT_TRUE(Shows(image, bZoom ? RefZoom(src, 4, 5) : RefTranspose(src)));
+            } else if (image.m_bOwnBuffers == 0) {
+                EXPECT_EQ(image.GetBits(), bits.data());
+                EXPECT_EQ(support::CountLiveBlocks(), before);
+            }
+            image.Clean();
+        }
+    }
+}
+
+}  // namespace
