@@ -106,6 +106,22 @@ TEST(Scaler, RefusesTablesItCannotHold) {
     }
 }
 
+// A host's kernel that throws takes nothing with it.
+TEST(Scaler, ReleasesItsTablesWhenAKernelThrows) {
+    struct : PLBoxContribDef {
+        using PLBoxContribDef::PLBoxContribDef;
+        double Filter(double x) const override { return nCalls-- == 0 ? throw x : 1.0; }
+        mutable int nCalls = 0;
+    } kernel{0.5};
+    RowPicture in(5, 5), out(5, 5);
+    const support::LiveBlocks before = support::CountLiveBlocks();
+    for (const int nCalls : {0, 15}) {  // in the first table, in the second
+        kernel.nCalls = nCalls;
+        EXPECT_THROW(Scaler(&kernel).Scale(in.Pixels(), 5, 5, out.Pixels(), 5, 5), double);
+        EXPECT_TRUE(before == support::CountLiveBlocks());
+    }
+}
+
 TEST(Scaler, EmptySourcesGiveBlackAndEmptyTargetsNothing) {
     const Size sizes[][2] = {{{0, 5}, {4, 3}}, {{5, 0}, {4, 3}}, {{0, 0}, {4, 3}},
                              {{5, 5}, {0, 3}}, {{5, 5}, {4, 0}}, {{5, 5}, {0, 0}}};

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 
 #include "kelscale/bandedscale.h"
 #include "kelscale/contributions.h"
@@ -24,17 +23,13 @@ std::vector<CpuLevel> Levels() {
     return levels;
 }
 
-struct FreeTable {
-    void operator()(LineContribType* pTable) const { kel::FreeContributions(pTable); }
-};
-using Table = std::unique_ptr<LineContribType, FreeTable>;
-
 enum class Weights { kUnit, kSumTo256, kWild };
 
 // Records of random place and length, 0 included. Wild weights take both signs and any size a plan
 // accepts; their sums wrap round the byte.
-Table RandomTable(unsigned int nOut, unsigned int nIn, Weights eWeights, std::mt19937& random) {
-    Table table(kel::AllocContributions(nOut, nIn));
+kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWeights,
+                               std::mt19937& random) {
+    kel::Contributions table(kel::AllocContributions(nOut, nIn));
     for (unsigned int u = 0; u < nOut; ++u) {
         PixelContribType& record = table->pPixels[u];
         record.nLeft = static_cast<int>(random() % nIn);
@@ -68,7 +63,7 @@ TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
         for (unsigned int nIn = 1; nIn <= 70; ++nIn) {
             const unsigned int nOut = 1 + static_cast<unsigned>(random() % 70);
             const auto eWeights = static_cast<Weights>(nIn % 3);
-            const Table table = RandomTable(nOut, nIn, eWeights, random);
+            const kel::Contributions table = RandomTable(nOut, nIn, eWeights, random);
             kel::HorizontalPass pass;
             ASSERT_TRUE(pass.Prepare(*table, nIn, eLevel));
             for (const unsigned int nRows : {1u, 7u, pass.BandRows()}) {
@@ -96,7 +91,8 @@ TEST(ScaleVariants, VerticalEqualsThePlainColumns) {
             const std::size_t nSkew = random() % 64;
             RowPicture in(nWide, 33, nSkew), expected(nWide, 9, nSkew), result(nWide, 9, nSkew);
             in.Fill(nWidth);
-            const Table table = RandomTable(9, 33, static_cast<Weights>(nWidth % 3), random);
+            const kel::Contributions table =
+                RandomTable(9, 33, static_cast<Weights>(nWidth % 3), random);
             kel::VerticalPass pass;
             ASSERT_TRUE(pass.Prepare(*table, 3 * std::size_t{nWide}, eLevel));
             for (unsigned int y = 0; y < 9; ++y) {
@@ -116,8 +112,9 @@ TEST(ScaleVariants, BandsEqualThePlainPasses) {
     for (const CpuLevel eLevel : Levels()) {
         for (unsigned int nHeight = 1; nHeight <= 160; nHeight += 1 + nHeight / 4) {
             const unsigned int nOutHeight = 1 + static_cast<unsigned>(random() % 80);
-            const Table horizontal = RandomTable(20, 30, Weights::kWild, random);
-            const Table vertical = RandomTable(nOutHeight, nHeight, Weights::kSumTo256, random);
+            const kel::Contributions horizontal = RandomTable(20, 30, Weights::kWild, random);
+            const kel::Contributions vertical =
+                RandomTable(nOutHeight, nHeight, Weights::kSumTo256, random);
             RowPicture in(30, nHeight), temp(20, nHeight);
             RowPicture expected(20, nOutHeight), result(20, nOutHeight);
             in.Fill(nHeight);

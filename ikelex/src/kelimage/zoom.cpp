@@ -58,7 +58,7 @@ void CKelImage::ZoomBytes(int nBits, unsigned char* pSrc, int nSrcWidth, int nSr
     if (nDstWidth == 0 || nDstWidth > kTracedWidthLimit) {
         kel::TraceInvalid("nDstWidth", nDstWidth);
     }
-    if (nDstWidth <= 0 || nSrcWidth <= 0 || nSrcHeight <= 0) {
+    if (nDstWidth <= 0 || nDstHeight <= 0 || nSrcWidth <= 0 || nSrcHeight <= 0) {
         return;
     }
     try {

@@ -42,6 +42,9 @@ bool BandedScale::AllocateRows() {
 }
 
 void BandedScale::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut) {
+    if (m_nOutBytes == 0) {
+        return;  // rows without columns may be null
+    }
     if (m_bCopyRows && m_bCopyColumns) {
         for (unsigned int y = 0; y < m_nOutHeight; ++y) {
             std::memcpy(ppOut[y], ppIn[y], m_nOutBytes);

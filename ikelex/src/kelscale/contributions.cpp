@@ -116,27 +116,24 @@ void FreeContributions(LineContribType* pTable) {
     delete pTable;
 }
 
-LineContribType* CalcContributions(const PLContribDef& kernel, unsigned int nOutLength,
-                                   unsigned int nInLength, double dRatio) {
+Contributions CalcContributions(const PLContribDef& kernel, unsigned int nOutLength,
+                                unsigned int nInLength, double dRatio) {
     const bool bShrinking = dRatio < 1.0;
     const double dSupport = bShrinking ? kernel.m_dWidth / dRatio : kernel.m_dWidth;
     const double dScale = bShrinking ? dRatio : 1.0;
-    if (nOutLength == 0) {
-        return AllocContributions(0, 1);
-    }
     const double dWindow = 2.0 * std::ceil(dSupport) + 1.0;
-    if (!(dWindow >= 1.0 && dWindow <= INT_MAX) || nInLength > INT_MAX) {
+    const bool bFits = dWindow >= 1.0 && dWindow <= INT_MAX && nInLength <= INT_MAX;
+    if (!bFits && nOutLength != 0) {
         return nullptr;
     }
-    LineContribType* pTable = AllocContributions(nOutLength, static_cast<unsigned int>(dWindow));
-    if (pTable == nullptr) {
-        return nullptr;
-    }
-    for (unsigned int nPosition = 0; nPosition < nOutLength; ++nPosition) {
-        FillRecord(kernel, *pTable, nPosition, static_cast<int>(nInLength), dRatio, dSupport,
+    // A table without records can do without a window that fits.
+    const unsigned int nWindow = bFits ? static_cast<unsigned int>(dWindow) : 1;
+    Contributions table(AllocContributions(nOutLength, nWindow));
+    for (unsigned int nPosition = 0; table != nullptr && nPosition < nOutLength; ++nPosition) {
+        FillRecord(kernel, *table, nPosition, static_cast<int>(nInLength), dRatio, dSupport,
                    dScale);
     }
-    return pTable;
+    return table;
 }
 
 }  // namespace kel

@@ -132,6 +132,9 @@ void SumPixel32(const HorizontalBand& band, std::size_t x, unsigned char* pOut) 
     }
 }
 
+// A larger band stays in no cache, and could be many times the picture, when that is low.
+constexpr std::size_t kMostScratch = std::size_t{16} << 20;
+
 std::size_t LaneBytes(std::size_t nInWidth, std::size_t nLanes) {
     // The variants turn blocks of 8 bytes, 4 pixels or 16 pixels; the last one is written whole.
     return (nInWidth + 15) / 16 * 16 * 3 * nLanes;
@@ -161,32 +164,30 @@ void ScaleBand_Portable(const HorizontalBand& band) {
 bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel) {
     m_nInWidth = nInWidth;
     m_nOutWidth = static_cast<std::size_t>(table.nLineLength);
+    bool bPlanned = false;
     // One choice per pass, the best level first.
     switch (eLevel) {
 #if defined(__x86_64__)
         case CpuLevel::kAvx512:
             m_nBandRows = kBandRowsAvx512;
             m_pfnBand = ScaleBand_Avx512;
-            if (!PlanGroups(table, kNoPairLimit, m_Plan)) {
-                return false;
-            }
+            bPlanned = PlanGroups(table, kNoPairLimit, m_Plan);
             break;
         case CpuLevel::kAvx2:
             m_nBandRows = kBandRowsAvx2;
             m_pfnBand = ScaleBand_Avx2;
-            if (!PlanGroups(table, kPairLimit, m_Plan)) {
-                return false;
-            }
+            bPlanned = PlanGroups(table, kPairLimit, m_Plan);
             break;
 #endif
         default:
             m_nBandRows = kBandRowsPortable;
             m_pfnBand = ScaleBand_Portable;
-            if (!PlanTaps(table, m_Plan)) {
-                return false;
-            }
+            bPlanned = PlanTaps(table, m_Plan);
     }
-    m_pScratch.reset(new (std::nothrow) unsigned char[LaneBytes(nInWidth, m_nBandRows)]);
+    const std::size_t nScratch = LaneBytes(nInWidth, m_nBandRows);
+    if (bPlanned && nScratch <= kMostScratch) {
+        m_pScratch.reset(new (std::nothrow) unsigned char[nScratch]);
+    }
     return m_pScratch != nullptr;
 }
 

@@ -12,6 +12,12 @@ namespace {
 // Weights beyond this would be cut into too many signed bytes.
 constexpr int kLargestWeight = 32767;
 
+// A record whose weights are larger together could leave 32 bits on the way to its sum.
+constexpr int kLargestRecord = INT_MAX / 256;
+
+// Steps beyond this (32 MiB) are more than a plan is worth.
+constexpr std::size_t kMostSteps = std::size_t{1} << 22;
+
 bool IsUnsigned16(const LineContribType& table) {
     for (int i = 0; i < table.nLineLength; ++i) {
         const PixelContribType& record = table.pPixels[i];
@@ -26,14 +32,16 @@ bool IsUnsigned16(const LineContribType& table) {
     return true;
 }
 
-bool HasLargeWeight(const LineContribType& table) {
+bool HasLargeWeights(const LineContribType& table) {
     for (int i = 0; i < table.nLineLength; ++i) {
         const PixelContribType& record = table.pPixels[i];
-        const int nCount = std::max(record.nRight - record.nLeft + 1, 0);
-        if (std::any_of(record.pWeights, record.pWeights + nCount, [](int nWeight) {
-                return nWeight < -kLargestWeight || nWeight > kLargestWeight;
-            })) {
-            return true;
+        int nRecord = 0;
+        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
+            const int nWeight = record.pWeights[j];
+            if (nWeight < -kLargestWeight || nWeight > kLargestWeight ||
+                (nRecord += std::abs(nWeight)) > kLargestRecord) {
+                return true;
+            }
         }
     }
     return false;
@@ -42,7 +50,7 @@ bool HasLargeWeight(const LineContribType& table) {
 // Makes a plan of what fnEmit(record, sink) hands to its sink, in two rounds: count, then store.
 template <typename Emit>
 bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
-    if (HasLargeWeight(table)) {
+    if (HasLargeWeights(table)) {
         return false;
     }
     const auto nRecords = static_cast<std::size_t>(table.nLineLength);
@@ -56,7 +64,7 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
         fnEmit(table.pPixels[i], [&](int, int) { ++nSteps; });
         plan.nMostSteps =
             std::max(plan.nMostSteps, static_cast<unsigned int>(nSteps - plan.pStart[i]));
-        if (nSteps > INT_MAX) {
+        if (nSteps > kMostSteps) {
             return false;
         }
     }

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 
 #include "bandedscale.h"
 #include "contributions.h"
@@ -10,14 +9,10 @@ namespace {
 
 using Pixel = CDataRGB_UBYTE::PixelClass;
 
-struct FreeTable {
-    void operator()(LineContribType* pTable) const { kel::FreeContributions(pTable); }
-};
-using Table = std::unique_ptr<LineContribType, FreeTable>;
-
-Table MakeTable(const PLContribDef& kernel, unsigned int nOutLength, unsigned int nInLength) {
+kel::Contributions MakeTable(const PLContribDef& kernel, unsigned int nOutLength,
+                             unsigned int nInLength) {
     const double dRatio = static_cast<double>(nOutLength) / static_cast<double>(nInLength);
-    return Table(kel::CalcContributions(kernel, nOutLength, nInLength, dRatio));
+    return kel::CalcContributions(kernel, nOutLength, nInLength, dRatio);
 }
 
 // How far the rows of a pass have come, 0 to 49.
@@ -88,8 +83,8 @@ typename C2PassScale<DataClass>::PixelClass** C2PassScale<DataClass>::Scale(
     unsigned int nOutWidth, unsigned int nOutHeight) {
     m_bCancelled = false;
     // Everything that can fail comes before the first write.
-    const Table horizontal = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
-    const Table vertical = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
+    const kel::Contributions horizontal = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
+    const kel::Contributions vertical = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
     if (horizontal == nullptr || vertical == nullptr) {
         return nullptr;
     }
@@ -117,7 +112,7 @@ template <class DataClass>
 void C2PassScale<DataClass>::HorizScale(PixelClass** ppIn, unsigned int nInWidth, unsigned int,
                                         PixelClass** ppOut, unsigned int nOutWidth,
                                         unsigned int nOutHeight) {
-    const Table table = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
+    const kel::Contributions table = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
     if (table != nullptr &&
         !RunHorizontal(ppIn, ppOut, nOutWidth, nOutHeight, *table, m_pfnProgress)) {
         m_bCancelled = true;
@@ -128,7 +123,7 @@ template <class DataClass>
 void C2PassScale<DataClass>::VertScale(PixelClass** ppIn, unsigned int, unsigned int nInHeight,
                                        PixelClass** ppOut, unsigned int nOutWidth,
                                        unsigned int nOutHeight) {
-    const Table table = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
+    const kel::Contributions table = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
     if (table != nullptr &&
         !RunVertical(ppIn, ppOut, nOutWidth, nOutHeight, *table, m_pfnProgress)) {
         m_bCancelled = true;
@@ -149,7 +144,7 @@ template <class DataClass>
 LineContribType* C2PassScale<DataClass>::CalcContributions(unsigned int nOutLength,
                                                            unsigned int nInLength,
                                                            double dRatio) const {
-    return kel::CalcContributions(*m_pContribDef, nOutLength, nInLength, dRatio);
+    return kel::CalcContributions(*m_pContribDef, nOutLength, nInLength, dRatio).release();
 }
 
 template <class DataClass>

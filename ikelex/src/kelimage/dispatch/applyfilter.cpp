@@ -6,6 +6,7 @@
 #include "../../kelscale/kelfilter.h"
 #include "../../keltrace/keltrace.h"
 #include "../kelimage.h"
+#include "exceptions.h"
 
 namespace {
 
@@ -14,10 +15,8 @@ template <typename Work>
 KelResult Guard(Work fnWork) {
     try {
         return fnWork();
-    } catch (const std::bad_alloc&) {
-        return KEL_ERR_MEMORY;
     } catch (...) {
-        return KEL_ERR_FILE;
+        return kel::ResultOfException();
     }
 }
 
