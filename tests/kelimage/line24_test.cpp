@@ -63,7 +63,8 @@ TEST(Line24, MasksOfAnyShape) {
 }
 
 TEST(Line24, ShortPalettes) {
-    // One colour: at 1 bit the other index is black, at 4 and 8 bits it takes the last colour.
+    // One colour: at 1 bit the other index shows the slot behind it, black until filled; at 4 and 8
+    // bits it takes the last colour.
     for (int nBits : {1, 4, 8}) {
         CKelImage image;
         image.Create(8, 1, nBits);
@@ -74,6 +75,9 @@ TEST(Line24, ShortPalettes) {
         EXPECT_EQ(Bytes(line.begin(), line.begin() + 3), (Bytes{1, 2, 3}));
         EXPECT_EQ(Bytes(line.begin() + 3, line.begin() + 6),
                   nBits == 1 ? (Bytes{0, 0, 0}) : (Bytes{1, 2, 3}));
+        image.GetPalette()[1] = {7, 8, 9, 0};
+        image.GetLine24AsBGRAt(0, line.data());
+        EXPECT_EQ(line[3], nBits == 1 ? 7 : 3);
     }
 }
 

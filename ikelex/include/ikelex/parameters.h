@@ -3,8 +3,7 @@
 #define IKELEX_PARAMETERS_H
 
 #include <ikelex/export.h>
-#include <platform/vamstring.h>
-#include <platform/vamvariant.h>
+#include <platform/vamplatform.h>
 
 // One option. The keys the library reads: "quality" (JPEG writer: 16- and 32-bit integers; 75 when
 // absent or of another kind), "width", "height" and "type" (scale filter, see filters.h).
@@ -24,9 +23,8 @@ struct tagKelParameters {
 IKELEX_API void InitParameters(tagKelParameters& params);
 
 // Copies pSrc into pDst, which must be empty. Returns 0 and changes nothing when either is null,
-// else
-// 1. When memory runs out, or copying a name or value throws, pDst is left empty and the result
-// is 1. The copy shares nothing with the source; release it with DestroyParameters.
+// else 1. When memory runs out, or copying a name or value throws, pDst is left empty and the
+// result is 1. The copy shares nothing with the source; release it with DestroyParameters.
 IKELEX_API int CopyParameters(tagKelParameters* pSrc, tagKelParameters* pDst);
 
 // Releases every item and leaves the list empty. The item array must come from CopyParameters or

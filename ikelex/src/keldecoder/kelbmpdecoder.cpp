@@ -5,8 +5,7 @@
 // of header, colour table and rows is zero, so that no old memory reaches a picture.
 #include "kelbmpdecoder.h"
 
-#include <platform/securemem.h>
-#include <platform/vamarchive.h>
+#include <platform/vamplatform.h>
 
 #include <algorithm>
 #include <cstdint>

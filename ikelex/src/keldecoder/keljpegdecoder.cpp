@@ -3,8 +3,7 @@
 #include <new>
 
 #include <jerror.h>
-#include <platform/vamarchive.h>
-#include <platform/vamtrace.h>
+#include <platform/vamplatform.h>
 
 #include "../kelbitmap/strides.h"
 #include "../kelimage/kelimage.h"

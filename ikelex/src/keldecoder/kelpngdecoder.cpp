@@ -5,8 +5,7 @@
 // everything hangs on its two structures, which PngReader destroys on every path.
 #include "kelpngdecoder.h"
 
-#include <platform/vamarchive.h>
-#include <platform/vamtrace.h>
+#include <platform/vamplatform.h>
 
 #include <png.h>
 

@@ -1,8 +1,7 @@
 // The BMP writer: two headers, no colour table, then every row at 24 bits, the last one first.
 #include "kelbmpencoder.h"
 
-#include <platform/securemem.h>
-#include <platform/vamarchive.h>
+#include <platform/vamplatform.h>
 
 #include <cstdint>
 #include <cstring>

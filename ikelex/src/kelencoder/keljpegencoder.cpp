@@ -5,8 +5,7 @@
 #include <memory>
 #include <new>
 
-#include <platform/vamarchive.h>
-#include <platform/vamtrace.h>
+#include <platform/vamplatform.h>
 
 #include "../kelbitmap/strides.h"
 #include "../kelimage/kelimage.h"

@@ -5,8 +5,7 @@
 // which PngWriter destroys on every path.
 #include "kelpngencoder.h"
 
-#include <platform/vamarchive.h>
-#include <platform/vamtrace.h>
+#include <platform/vamplatform.h>
 #include <png.h>
 
 #include <cstring>

@@ -1,5 +1,5 @@
 // The header block, and images made from a header block and pixels.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <algorithm>
 #include <limits>

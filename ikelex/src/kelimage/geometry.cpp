@@ -1,6 +1,6 @@
 #include "geometry.h"
 
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <limits>
 #include <new>

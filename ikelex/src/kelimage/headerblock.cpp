@@ -1,6 +1,6 @@
 #include "headerblock.h"
 
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <new>
 

@@ -1,5 +1,5 @@
 // Construction, release and transfer of what an image holds.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include "../keltrace/keltrace.h"
 #include "kelimage.h"

@@ -2,7 +2,7 @@
 //
 // What a conversion needs besides the pixels (colours in output order, channel fields) is gathered
 // once per row, on the stack.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <algorithm>
 #include <bit>
@@ -129,10 +129,12 @@ void CKelImage::Convert1BitTo24Bit(int nOrder, unsigned char* pRow, unsigned cha
     if (nCount <= 0) {
         return;
     }
-    // A palette of one entry has no second colour; it is black, as a slot not yet filled is.
+    // The index is not clamped to the count: the slot behind a single entry is black until somebody
+    // fills it, and so is what has no slot.
+    const int nSlots = pPalette == m_pPalette ? m_nPaletteSize : nCount;
     std::uint32_t aWords[2];
-    kel::FillColorWords(pPalette, nCount, nOrder == kOrderRGB, aWords, 2);
-    if (nCount == 1) {
+    kel::FillColorWords(pPalette, nSlots, nOrder == kOrderRGB, aWords, 2);
+    if (nSlots == 1) {
         aWords[1] = 0;
     }
     Rows().pfnPalette1(pRow, aWords, pOut, PixelCount(m_bmih));

@@ -1,5 +1,5 @@
 // Mirror: the picture turned upside down in its own buffer, through one scratch row.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <cstddef>
 

@@ -1,5 +1,5 @@
 // The palette table: at most m_nPaletteSize entries, the first m_nPaletteNum of them valid.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <cstdint>
 #include <cstring>

@@ -2,7 +2,7 @@
 //
 // Invariant: the row array, where there is one, has one entry per row and every row lies inside the
 // pixel buffer. An image that loses its pixel buffer loses its row array with it.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <algorithm>
 #include <new>

@@ -2,7 +2,7 @@
 //
 // A destination row starts at or before its source row and is never longer, so the rows can be
 // moved in place from the top. Each passes through a scratch row, since it may overlap its source.
-#include <platform/securemem.h>
+#include <platform/vamplatform.h>
 
 #include <algorithm>
 #include <cstddef>

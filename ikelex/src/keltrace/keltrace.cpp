@@ -1,6 +1,6 @@
 #include "keltrace.h"
 
-#include <platform/vamtrace.h>
+#include <platform/vamplatform.h>
 
 namespace kel {
 

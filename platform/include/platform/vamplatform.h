@@ -1,9 +1,8 @@
 // The whole platform layer: streams, strings, variants, tracing, bounded memory functions.
 //
-// The library asks its host for these and for nothing else. A host that has its own supplies
-// headers of these names (all but vamarchivememory.h; each may just include the one that has
-// everything) with the same operations, and names the target that carries them in
-// IKELEX_PLATFORM_TARGET (docs/embedding.md).
+// The library asks its host for these (CVamArchiveMemory left out) and for nothing else, and
+// includes this header alone. A host that has its own supplies a header of this name with the same
+// operations, and names the target that carries it in IKELEX_PLATFORM_TARGET (docs/embedding.md).
 #ifndef PLATFORM_VAMPLATFORM_H
 #define PLATFORM_VAMPLATFORM_H
 

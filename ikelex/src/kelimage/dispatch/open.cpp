@@ -1,4 +1,4 @@
-#include <platform/vamarchivefile.h>
+#include <platform/vamplatform.h>
 
 #include "../../keldecoder/keldecoder.h"
 #include "../kelimage.h"

@@ -1,4 +1,4 @@
-#include <platform/vamarchivefile.h>
+#include <platform/vamplatform.h>
 
 #include "../../kelencoder/kelencoder.h"
 #include "../kelimage.h"
