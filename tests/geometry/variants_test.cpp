@@ -37,7 +37,7 @@ TEST(GeometryVariants, TranspositionsEqualThePlainLoop) {
     }
 }
 
-// Rows that repeat, follow, return and skip; guard bytes behind each.
+// One source row and two; guard bytes behind each result.
 void CheckZoom(int nLevel, int nBytes, int nSrcWidth, int nWidth) {
     const Rows src = RandomRows(8 * nBytes, nSrcWidth, 3, 5);
     std::vector<int> first, second;
@@ -49,16 +49,16 @@ void CheckZoom(int nLevel, int nBytes, int nSrcWidth, int nWidth) {
         fractions.push_back(s.fFraction);
     }
     const kel::ZoomColumns columns = {first.data(), second.data(), fractions.data(), nWidth};
-    kel::ZoomSampler sampler(static_cast<kel::CpuLevel>(nLevel), nBytes, columns, src.Row(0),
-                             static_cast<std::int64_t>(src.Stride()));
     for (const kel::ZoomSample& rows :
          {kel::ZoomSample{0, 0, 0.25f}, {0, 1, 0.7f}, {1, 2, 0.51f}, {0, 1, 0.5f}, {2, 2, 0.0f}}) {
         Bytes want(static_cast<std::size_t>(nWidth * nBytes) + 64, 0xA5);
         Bytes have = want;
-        kel::ZoomRowPlain(
-            nBytes, columns,
-            {src.Row(rows.nFirst), src.Row(rows.nSecond), rows.fFraction, want.data()}, 0);
-        sampler.SampleRow(rows, have.data());
+        kel::ZoomRow row = {src.Row(rows.nFirst), src.Row(rows.nSecond), rows.fFraction,
+                            want.data()};
+        kel::ZoomRowPlain(nBytes, columns, row, 0);
+        row.pOut = have.data();
+        kel::ZoomRowBlend(static_cast<kel::CpuLevel>(nLevel), nBytes, columns, row,
+                          static_cast<std::int64_t>(src.Stride()));
         ASSERT_EQ(want, have) << "level " << nLevel << ", " << nBytes << " bytes, " << nSrcWidth
                               << " to " << nWidth;
     }

@@ -69,14 +69,17 @@ void CKelImage::ZoomBytes(int nBits, unsigned char* pSrc, int nSrcWidth, int nSr
         const std::int64_t nDstStride = kel::RowStride(nBits, nDstWidth);
         const float fStep = kel::ZoomStep(nSrcHeight, nDstHeight);
         const bool bNearest = nBits == 1 || nBits == 4 || nBits == 8;
-        kel::ZoomSampler sampler(kel::BestCpuLevel(), nBits / 8, columns, pSrc, nSrcStride);
+        const kel::CpuLevel eLevel = kel::BestCpuLevel();
         for (int nRow = 0; nRow < nDstHeight; ++nRow) {
             const kel::ZoomSample rows = kel::ZoomSampleAt(nRow, fStep, nSrcHeight);
             unsigned char* const pOut = pDst + nRow * nDstStride;
             if (bNearest) {
                 kel::ZoomRowNearest(nBits, columns, pSrc + rows.nSecond * nSrcStride, pOut);
             } else {
-                sampler.SampleRow(rows, pOut);
+                kel::ZoomRowBlend(eLevel, nBits / 8, columns,
+                                  {pSrc + rows.nFirst * nSrcStride,
+                                   pSrc + rows.nSecond * nSrcStride, rows.fFraction, pOut},
+                                  nSrcStride);
             }
         }
     } catch (...) {

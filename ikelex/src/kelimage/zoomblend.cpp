@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <new>
 
 #include "../kelbitmap/strides.h"
 
@@ -17,139 +16,114 @@ namespace {
 // Pixels blended at a time, so that the loops have a fixed count and become vector code.
 constexpr int kBlock = 64;
 
-// Byte nShift / 8 of every blended pixel, moved to that place of its word.
-template <int nShift>
-void BlendChannel(const ZoomBlend& blend, int nBegin, int nCount, std::uint32_t* pResult) {
-    const float fY1 = blend.fFraction;
-    const float fY0 = 1.0f - fY1;
-    const std::uint32_t* const p00 = blend.first.pFirst + nBegin;
-    const std::uint32_t* const p01 = blend.first.pSecond + nBegin;
-    const std::uint32_t* const p10 = blend.second.pFirst + nBegin;
-    const std::uint32_t* const p11 = blend.second.pSecond + nBegin;
-    const float* const pFraction = blend.pFraction + nBegin;
-    const auto byteOf = [](std::uint32_t nWord) {
-        return static_cast<float>(static_cast<int>(nWord >> nShift & 255u));
-    };
+// Columns of one source row, one word a pixel. The low bytes of a word are the pixel's bytes; those
+// above them are anything.
+struct Words {
+    std::uint32_t first[kBlock];
+    std::uint32_t second[kBlock];
+};
+
+template <int nBytes>
+void Expand(const ZoomColumns& columns, int nBegin, int nCount, const unsigned char* pRow,
+            Words* pWords) {
     for (int i = 0; i < nCount; ++i) {
+        // One load holds the first pixel and the one behind it; the shift chooses the second.
+        const std::int64_t nFirst = columns.pFirst[nBegin + i];
+        const int nShift = columns.pSecond[nBegin + i] == nFirst ? 0 : 8 * nBytes;
+        std::uint64_t nPixels = 0;
+        std::memcpy(&nPixels, pRow + nFirst * nBytes, sizeof(nPixels));
+        pWords->first[i] = static_cast<std::uint32_t>(nPixels);
+        pWords->second[i] = static_cast<std::uint32_t>(nPixels >> nShift);
+    }
+}
+
+// Byte nByte of every blended pixel, in its place of the word. The topmost is taken down and up
+// again: as a signed word it would be negative.
+template <int nByte>
+void BlendChannel(const Words& upper, const Words& lower, const float* pFraction, float fY1,
+                  std::uint32_t* pResult) {
+    constexpr int kDown = nByte == 3 ? 8 : 0;
+    constexpr std::uint32_t kMask = 255u << (8 * nByte - kDown);
+    const float fY0 = 1.0f - fY1;
+    const auto byteOf = [](std::uint32_t nWord) {
+        return static_cast<float>(static_cast<int>(nWord >> kDown & kMask));
+    };
+    for (int i = 0; i < kBlock; ++i) {
         const float fX1 = pFraction[i];
         const float fX0 = 1.0f - fX1;
-        const float f = byteOf(p00[i]) * (fY0 * fX0) + byteOf(p01[i]) * (fY0 * fX1) +
-                        byteOf(p10[i]) * (fY1 * fX0) + byteOf(p11[i]) * (fY1 * fX1);
-        pResult[i] |= static_cast<std::uint32_t>(static_cast<int>(f)) << nShift;
+        const float f =
+            byteOf(upper.first[i]) * (fY0 * fX0) + byteOf(upper.second[i]) * (fY0 * fX1) +
+            byteOf(lower.first[i]) * (fY1 * fX0) + byteOf(lower.second[i]) * (fY1 * fX1);
+        pResult[i] |= (static_cast<std::uint32_t>(static_cast<int>(f)) & kMask) << kDown;
     }
 }
 
 template <int nBytes>
-void BlendPortable(const ZoomBlend& blend) {
-    for (int nBegin = 0; nBegin < blend.nCount; nBegin += kBlock) {
-        const int nCount = std::min(kBlock, blend.nCount - nBegin);
+int BlendPortable(const ZoomColumns& columns, const ZoomRow& row, int nRowBytes) {
+    const int nWhole = (nRowBytes - 8) / nBytes + 1;
+    const auto nFast = static_cast<int>(
+        std::lower_bound(columns.pFirst, columns.pFirst + columns.nCount, nWhole) - columns.pFirst);
+    Words upper = {}, other = {};
+    float fractions[kBlock] = {};
+    for (int nBegin = 0; nBegin < nFast; nBegin += kBlock) {
+        const int nCount = std::min(kBlock, nFast - nBegin);
+        std::copy_n(columns.pFraction + nBegin, nCount, fractions);
+        Expand<nBytes>(columns, nBegin, nCount, row.pFirst, &upper);
+        if (row.pSecond != row.pFirst) {
+            Expand<nBytes>(columns, nBegin, nCount, row.pSecond, &other);
+        }
+        const Words& lower = row.pSecond != row.pFirst ? other : upper;
         std::uint32_t result[kBlock] = {};
-        BlendChannel<0>(blend, nBegin, nCount, result);
-        BlendChannel<8>(blend, nBegin, nCount, result);
+        BlendChannel<0>(upper, lower, fractions, row.fFraction, result);
+        BlendChannel<1>(upper, lower, fractions, row.fFraction, result);
         if constexpr (nBytes > 2) {
-            BlendChannel<16>(blend, nBegin, nCount, result);
+            BlendChannel<2>(upper, lower, fractions, row.fFraction, result);
         }
         if constexpr (nBytes > 3) {
-            BlendChannel<24>(blend, nBegin, nCount, result);
+            BlendChannel<3>(upper, lower, fractions, row.fFraction, result);
         }
-        unsigned char* pOut = blend.pOut + std::int64_t{nBegin} * nBytes;
+        unsigned char* pOut = row.pOut + std::int64_t{nBegin} * nBytes;
         for (int i = 0; i < nCount; ++i) {
             for (int k = 0; k < nBytes; ++k) {
                 *pOut++ = static_cast<unsigned char>(result[i] >> 8 * k);
             }
         }
     }
+    return nFast;
 }
 
 }  // namespace
 
-void ZoomExpandPortable(const ZoomExpansion& expansion) {
-    for (int i = 0; i < expansion.nCount; ++i) {
-        // One load holds the first pixel and the one behind it; the shift chooses the second.
-        const std::int64_t nFirst = expansion.pFirst[i];
-        const int nShift = 8 * expansion.nBytes * (expansion.pSecond[i] - expansion.pFirst[i]);
-        std::uint64_t nPixels = 0;
-        std::memcpy(&nPixels, expansion.pRow + nFirst * expansion.nBytes, sizeof(nPixels));
-        expansion.pFirstWords[i] = static_cast<std::uint32_t>(nPixels);
-        expansion.pSecondWords[i] = static_cast<std::uint32_t>(nPixels >> nShift);
-    }
-}
-
-void ZoomBlendPortable(int nBytes, const ZoomBlend& blend) {
+int ZoomRowPortable(int nBytes, const ZoomColumns& columns, const ZoomRow& row, int nRowBytes) {
     switch (nBytes) {
         case 2:
-            return BlendPortable<2>(blend);
+            return BlendPortable<2>(columns, row, nRowBytes);
         case 3:
-            return BlendPortable<3>(blend);
+            return BlendPortable<3>(columns, row, nRowBytes);
         default:
-            return BlendPortable<4>(blend);
+            return BlendPortable<4>(columns, row, nRowBytes);
     }
 }
 
-ZoomKernel ChooseZoomKernel([[maybe_unused]] CpuLevel eLevel) {
+ZoomRowVariant ChooseZoomRow([[maybe_unused]] CpuLevel eLevel) {
 #if defined(__x86_64__)
     if (eLevel >= CpuLevel::kAvx512) {
-        return {ZoomExpandAvx512, ZoomBlendAvx512};
+        return ZoomRowAvx512;
     }
     if (eLevel >= CpuLevel::kAvx2) {
-        return {ZoomExpandPortable, ZoomBlendAvx2};
+        return ZoomRowAvx2;
     }
 #endif
-    return {ZoomExpandPortable, ZoomBlendPortable};
+    return ZoomRowPortable;
 }
 
-ZoomSampler::ZoomSampler(CpuLevel eLevel, int nBytes, const ZoomColumns& columns,
-                         const unsigned char* pSrc, std::int64_t nSrcStride)
-    : m_Kernel(ChooseZoomKernel(eLevel)),
-      m_nBytes(nBytes),
-      m_Columns(columns),
-      m_pSrc(pSrc),
-      m_nSrcStride(nSrcStride),
-      m_nFast(0),
-      m_nHeld{-1, -1} {
-    if (nBytes < 2 || nBytes > 4 || nSrcStride < 8 || nSrcStride > kMaxSize) {
-        return;
+void ZoomRowBlend(CpuLevel eLevel, int nBytes, const ZoomColumns& columns, const ZoomRow& row,
+                  std::int64_t nRowBytes) {
+    int nDone = 0;
+    if (nBytes >= 2 && nBytes <= 4 && nRowBytes >= 8 && nRowBytes <= kMaxSize) {
+        nDone = ChooseZoomRow(eLevel)(nBytes, columns, row, static_cast<int>(nRowBytes));
     }
-    m_pWords.reset(new (std::nothrow)
-                       std::uint32_t[std::size_t{4} * static_cast<std::size_t>(columns.nCount)]);
-    if (m_pWords == nullptr) {
-        return;
-    }
-    const auto nWhole = static_cast<int>((nSrcStride - 8) / nBytes + 1);
-    m_nFast = static_cast<int>(
-        std::lower_bound(columns.pFirst, columns.pFirst + columns.nCount, nWhole) - columns.pFirst);
-}
-
-void ZoomSampler::SampleRow(const ZoomSample& rows, unsigned char* pOut) {
-    if (m_nFast > 0) {
-        const ZoomWords first = WordsOf(rows.nFirst, rows.nSecond);
-        const ZoomWords second = WordsOf(rows.nSecond, rows.nFirst);
-        m_Kernel.pfnBlend(m_nBytes,
-                          {first, second, m_Columns.pFraction, rows.fFraction, pOut, m_nFast});
-    }
-    ZoomRowPlain(m_nBytes, m_Columns,
-                 {m_pSrc + rows.nFirst * m_nSrcStride, m_pSrc + rows.nSecond * m_nSrcStride,
-                  rows.fFraction, pOut},
-                 m_nFast);
-}
-
-// The words of source row nSrcRow, made unless held; those of nOtherRow stay.
-ZoomWords ZoomSampler::WordsOf(int nSrcRow, int nOtherRow) {
-    int nSlot = m_nHeld[0] == nSrcRow ? 0 : 1;
-    const bool bHeld = m_nHeld[nSlot] == nSrcRow;
-    if (!bHeld) {
-        nSlot = m_nHeld[0] == nOtherRow ? 1 : 0;
-    }
-    const auto nCount = static_cast<std::size_t>(m_Columns.nCount);
-    std::uint32_t* const pFirst = m_pWords.get() + static_cast<std::size_t>(nSlot) * 2 * nCount;
-    std::uint32_t* const pSecond = pFirst + nCount;
-    if (!bHeld) {
-        m_Kernel.pfnExpand({m_nBytes, m_pSrc + nSrcRow * m_nSrcStride,
-                            static_cast<int>(m_nSrcStride), m_Columns.pFirst, m_Columns.pSecond,
-                            m_nFast, pFirst, pSecond});
-        m_nHeld[nSlot] = nSrcRow;
-    }
-    return {pFirst, pSecond};
+    ZoomRowPlain(nBytes, columns, row, nDone);
 }
 
 }  // namespace kel
