@@ -119,14 +119,15 @@ class IKELEX_API IKelImage {
     virtual unsigned int GetBmpDataSize() = 0;
 
     // 23. Resizes in place by bilinear sampling of pixels (nearest pixel at 1, 4 and 8 bits).
-    // Nothing happens for a size of 0 or below, an empty image, or when memory runs out.
+    // Nothing happens for a size of 0 or below, an empty image, or without memory for the new
+    // pixels; without memory for the sampling tables they are all zero.
     virtual void ZoomImage(int nWidth, int nHeight) = 0;
 
     // 24. Crops in place to the rectangle of nWidth x nHeight pixels whose left top corner is (nX,
-    // nY). Nothing happens when it does not lie inside the picture.
+    // nY). Nothing happens when it does not lie inside the picture, or without memory for one row.
     virtual void SubImage(int nX, int nY, int nWidth, int nHeight) = 0;
 
-    // 25. Mode 0 turns the picture upside down; other modes do nothing.
+    // 25. Mode 0 turns the picture upside down, given memory for one row; other modes do nothing.
     virtual void Mirror(int nMode) = 0;
 
     // 26. Transposes the picture: pixel (x, y) moves to (y, x). The argument has no effect. False,

@@ -99,10 +99,10 @@ class C2PassScale {
     explicit C2PassScale(PLContribDef* pContribDef, ScaleProgressFunc pfnProgress = nullptr);
     virtual ~C2PassScale();
 
-    // Resamples ppIn into ppOut, which holds nOutHeight rows of at least nOutWidth pixels. Returns
-    // ppOut; null when working storage could not be had (ppOut is then not written) or the callback
-    // cancelled (rows already written stay written). A zero output size writes nothing and returns
-    // ppOut.
+    // Resamples ppIn into ppOut, which holds nOutHeight rows of at least nOutWidth pixels, apart
+    // from one another; they may be rows of ppIn. Returns ppOut; null when working storage could
+    // not be had (ppOut is then not written) or the callback cancelled (rows already written stay
+    // written). A zero output size writes nothing and returns ppOut.
     PixelClass** Scale(PixelClass** ppIn, unsigned int nInWidth, unsigned int nInHeight,
                        PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);
 
