@@ -18,10 +18,9 @@ TEST(Depth, TwentyFourBecomesThirtyTwo) {
         Picture picture = support::MakePicture({24, BI_RGB, 0}, nWidth, 3, 5);
         ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
         const std::size_t nStride = picture.bits.size() / 3;
-        image.ChangeBitCount(24);
-        image.ChangeBitCount(8);
-        EXPECT_EQ(image.GetBitsPerPixel(), 24);
-        image.ChangeBitCount(32);
+        for (int nBits : {24, 8, 32, 32, 24}) {
+            image.ChangeBitCount(nBits);
+        }
         ASSERT_EQ(image.GetBitsPerPixel(), 32);
         EXPECT_TRUE(support::Consistent(image));
         EXPECT_EQ(image.m_bmih.biSizeImage, image.GetBmpDataSize());
@@ -32,32 +31,27 @@ TEST(Depth, TwentyFourBecomesThirtyTwo) {
                 ASSERT_EQ(image.GetLineArray()[y][i], nExpected) << nWidth << ": " << i;
             }
         }
-        image.ChangeBitCount(32);
-        image.ChangeBitCount(24);
-        EXPECT_EQ(image.GetBitsPerPixel(), 32);
     }
 }
 
 TEST(Depth, FailuresAndOtherImagesChangeNothing) {
-    CKelImage image;
-    ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 9, 9, 1), KEL_OK);
-    const unsigned char* pBits = image.GetBits();
-    RecordingTrace trace;
-    {
-        support::AllocFaults faults(1);
-        image.ChangeBitCount(32);
+    const int aImages[][2] = {{3, 24}, {3, 8}, {-1, 24}};  // no memory, 8 bits, no pixels
+    for (const auto& [nWidth, nBits] : aImages) {
+        CKelImage image;
+        const unsigned char* pBits = image.Create(nWidth, 3, nBits);
+        const bool bFails = nWidth > 0 && nBits == 24;
+        const RecordingTrace trace;
+        {
+            support::AllocFaults faults(bFails ? 1 : 0);
+            image.ChangeBitCount(32);
+        }
+        EXPECT_EQ(trace.Lines().size(), bFails ? 2u : 0u);
+        if (bFails) {
+            EXPECT_EQ(trace.Lines(), InputError("lpNewBit is nullptr"));
+        }
+        EXPECT_EQ(image.GetBits(), pBits);
+        EXPECT_EQ(image.GetBitsPerPixel(), nBits);
     }
-    EXPECT_EQ(trace.Lines(), InputError("lpNewBit is nullptr"));
-    EXPECT_EQ(image.GetBits(), pBits);
-    EXPECT_EQ(image.GetBitsPerPixel(), 24);
-    CKelImage gray;
-    gray.Create(3, 3, 8);
-    gray.ChangeBitCount(32);
-    EXPECT_EQ(gray.GetBitsPerPixel(), 8);
-    CKelImage empty;
-    empty.Create(-1, 3, 24);
-    empty.ChangeBitCount(32);
-    EXPECT_EQ(empty.GetBitsPerPixel(), 24);
 }
 
 TEST(Depth, AHeaderBlockNeverSpeaksOfMoreThanItHolds) {

@@ -1,6 +1,9 @@
-// Construction, emptying, transfer, end.
+// Construction, emptying, transfer, end; the names of results.
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "support/allocfaults.h"
 #include "support/invariants.h"
 #include "support/pictures.h"
 
@@ -67,9 +70,30 @@ TEST(Lifetime, InitForgetsWithoutReleasing) {
     delete[] ppRows;
 }
 
-TEST(Lifetime, EndsThroughTheInterface) {
-    DestroyImageObject(nullptr);
+TEST(Lifetime, BeginsAndEndsThroughTheInterface) {
+    int nStorage = 0;
+    IKelImage* pImage = reinterpret_cast<IKelImage*>(&nStorage);
+    {
+        const support::AllocFaults faults(1);
+        CreateImageObject(&pImage);
+    }
+    EXPECT_EQ(pImage, nullptr);
+    DestroyImageObject(pImage);
     (new CKelImage)->Destroy();
+}
+
+TEST(Result, EachCodeHasANameAndAMeaningOfItsOwn) {
+    const KelResult codes[] = {0, 1, 2, 3, 4, 5, 6, 8, 11, 1000, -1, 7, 9, 10, 12, 999, 1001};
+    const std::vector<std::string> names = {
+        "OK",        "ERR_FAIL",   "ERR_SAVE_FORMAT", "ERR_OPEN_FORMAT", "ERR_FILTER_TYPE",
+        "ERR_PARAM", "ERR_MEMORY", "ERR_FILE",        "ERR_CODEC",       "ERR_NOT_IMPLEMENTED"};
+    std::set<std::string> meanings;
+    for (std::size_t i = 0; i < std::size(codes); ++i) {
+        const std::string strUnknown = KelResultName(-1);
+        EXPECT_EQ(KelResultName(codes[i]), i < names.size() ? "KEL_" + names[i] : strUnknown);
+        meanings.insert(KelResultMeaning(codes[i]));
+    }
+    EXPECT_EQ(meanings.size(), names.size() + 1);
 }
 
 }  // namespace

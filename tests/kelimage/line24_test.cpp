@@ -62,25 +62,6 @@ TEST(Line24, MasksOfAnyShape) {
     EXPECT_EQ(MaskToLShift(0), 0);
 }
 
-TEST(Line24, ShortPalettes) {
-    // One colour: at 1 bit the other index shows the slot behind it, black until filled; at 4 and 8
-    // bits it takes the last colour.
-    for (int nBits : {1, 4, 8}) {
-        CKelImage image;
-        image.Create(8, 1, nBits);
-        image.AddPaletteEntry(1, 2, 3, 255);
-        image.GetBits()[0] = 0x40;
-        Bytes line(24, 0x5A);
-        image.GetLine24AsRGBAt(0, line.data());
-        EXPECT_EQ(Bytes(line.begin(), line.begin() + 3), (Bytes{1, 2, 3}));
-        EXPECT_EQ(Bytes(line.begin() + 3, line.begin() + 6),
-                  nBits == 1 ? (Bytes{0, 0, 0}) : (Bytes{1, 2, 3}));
-        image.GetPalette()[1] = {7, 8, 9, 0};
-        image.GetLine24AsBGRAt(0, line.data());
-        EXPECT_EQ(line[3], nBits == 1 ? 7 : 3);
-    }
-}
-
 TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
     const Bytes untouched(12, 0x5A);
     const auto leaves = [&](CKelImage* pImage) {
@@ -121,15 +102,21 @@ TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
     EXPECT_EQ(line, untouched);
 }
 
-TEST(Line24, OneBitWithoutPaletteCopiesTheStoredRow) {
+TEST(Line24, OneBitPalettesThatAreTooShort) {
     CKelImage image;
     image.Create(33, 1, 1);
-    Bytes stored = {1, 2, 3, 4, 5, 6, 7, 8};
+    const Bytes stored = {0x40, 2, 3, 4, 5, 6, 7, 8};
     std::copy(stored.begin(), stored.end(), image.GetBits());
     Bytes line(Stride24(33), 0x5A);
-    image.GetLine24AsBGRAt(0, line.data());
+    image.GetLine24AsBGRAt(0, line.data());  // without colours: the stored row
     EXPECT_EQ(Bytes(line.begin(), line.begin() + 8), stored);
     EXPECT_EQ(line[8], 0x5A);
+    image.AddPaletteEntry(1, 2, 3, 255);  // with one: the slot behind it
+    image.GetLine24AsRGBAt(0, line.data());
+    EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{1, 2, 3, 0, 0, 0}));
+    image.GetPalette()[1] = {7, 8, 9, 0};
+    image.GetLine24AsBGRAt(0, line.data());
+    EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{3, 2, 1, 7, 8, 9}));
 }
 
 TEST(Line24, Rgb2BgrSwapsInPlace) {
