@@ -39,19 +39,14 @@ kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWei
         record.nRight = record.nLeft + nCount - 1;
         int nLeft = 256;
         for (int j = 0; j < nCount; ++j) {
-            int& nWeight = record.pWeights[j];
             const int nRandom = static_cast<int>(random() % 1000);
-            switch (eWeights) {
-                case Weights::kUnit:
-                    nWeight = j == nCount - 1 ? 256 : 0;
-                    break;
-                case Weights::kSumTo256:
-                    nWeight = j == nCount - 1 ? nLeft : std::min(nRandom % 150, nLeft);
-                    nLeft -= nWeight;
-                    break;
-                case Weights::kWild:
-                    nWeight = (nRandom < 20 ? 32 : 1) * (nRandom - 500) % 30000;
+            int nWeight = (nRandom < 20 ? 32 : 1) * (nRandom - 500) % 30000;
+            if (eWeights != Weights::kWild) {
+                const int nMiddle = eWeights == Weights::kUnit ? 0 : std::min(nRandom % 150, nLeft);
+                nWeight = j == nCount - 1 ? nLeft : nMiddle;
+                nLeft -= nWeight;
             }
+            record.pWeights[j] = nWeight;
         }
     }
     return table;
