@@ -36,15 +36,10 @@ int main() {
     int nLine = 0;
     int nEnd = 0;
     const std::string strOne = TraceOfConstruction(1);
-    const bool bOne =
-        std::sscanf(strOne.c_str(), "1[ikelex/src/kelimage;%d] secure function return=340\n%n",
-                    &nLine, &nEnd) == 1 &&
-        nLine > 0 && static_cast<std::size_t>(nEnd) == strOne.size();
+    std::sscanf(strOne.c_str(), "1[ikelex/src/kelimage;%d] secure function return=340\n%n", &nLine,
+                &nEnd);
+    const bool bOne = nLine > 0 && static_cast<std::size_t>(nEnd) == strOne.size();
     const std::string strNone = TraceOfConstruction(0);
-    if (!bOne || !strNone.empty() || g_nSets < 2) {
-        std::printf("%d calls arrived; level 1: %s; level 0: %s\n", g_nSets, strOne.c_str(),
-                    strNone.c_str());
-        return 1;
-    }
-    return 0;
+    std::printf("%d calls; level 1: %s; level 0: %s\n", g_nSets, strOne.c_str(), strNone.c_str());
+    return bOne && strNone.empty() && g_nSets >= 2 ? 0 : 1;
 }

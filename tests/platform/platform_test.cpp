@@ -85,31 +85,25 @@ TEST(TraceSink, PrintsEachLineOnceByDefault) {
 // Under ThreadSanitizer this also shows that setting and using the sink do not race.
 TEST(TraceSink, MayBeSetWhileOthersTrace) {
     static thread_local int t_nMixed = 0;
-    int nContexts[2] = {0, 1};
-    const ZT_TraceSink sinks[2] = {[](void* pContext, ZT_TraceCall, int, const char*) {
-                                       t_nMixed += *static_cast<int*>(pContext) != 0;
-                                   },
-                                   [](void* pContext, ZT_TraceCall, int, const char*) {
-                                       t_nMixed += *static_cast<int*>(pContext) != 1;
-                                   }};
+    static int nContexts[2] = {0, 1};
+    const ZT_TraceSink sinks[2] = {
+        [](void* p, ZT_TraceCall, int, const char*) { t_nMixed += p != &nContexts[0]; },
+        [](void* p, ZT_TraceCall, int, const char*) { t_nMixed += p != &nContexts[1]; }};
     zt_trace_set_sink(sinks[0], &nContexts[0]);
     int nMixed[2] = {1, 1};
-    std::vector<std::thread> threads;
-    for (int& nResult : nMixed) {
-        threads.emplace_back([&nResult] {
-            for (int i = 0; i < 2000; ++i) {
-                zt_trace_write(0, "line", 0);
-            }
-            nResult = t_nMixed;
-        });
-    }
+    const auto trace = [](int* pMixed) {
+        for (int i = 0; i < 2000; ++i) {
+            zt_trace_write(0, "line", 0);
+        }
+        *pMixed = t_nMixed;
+    };
+    std::thread first(trace, &nMixed[0]), second(trace, &nMixed[1]);
     for (int i = 0; i < 2000; ++i) {
         zt_trace_set_sink(sinks[i % 2], &nContexts[i % 2]);
         zt_trace_set_level(i % 3 - 1);
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    first.join();
+    second.join();
     zt_trace_set_sink(nullptr, nullptr);
     zt_trace_set_level(0);
     EXPECT_EQ(0, nMixed[0] + nMixed[1]);
