@@ -31,10 +31,6 @@ double Hamming(double x) {
     return std::abs(x) < 0.000001 ? dWindow : dWindow * std::sin(kPi * x) / (kPi * x);
 }
 
-unsigned char Byte(int nSum) {
-    return static_cast<unsigned char>(((nSum + 128) / 256) & 255);
-}
-
 // The kernel functions and their half-widths, by number.
 constexpr struct {
     double dWidth;
@@ -82,35 +78,17 @@ std::vector<Record> Contributions(KelScaleType eType, int nOut, int nIn) {
     return table;
 }
 
-void Horizontal(const std::vector<Record>& table, const unsigned char* const* ppIn,
-                unsigned char* const* ppOut, std::size_t nRows) {
-    for (std::size_t y = 0; y < nRows; ++y) {
-        unsigned char* pOut = ppOut[y];
-        for (const Record& record : table) {
-            for (std::ptrdiff_t k = 0; k < 3; ++k) {
-                const unsigned char* pIn = ppIn[y] + 3 * std::ptrdiff_t{record.nLeft} + k;
-                int nSum = 0;
-                for (const int nWeight : record.weights) {
-                    nSum += *pIn * nWeight;
-                    pIn += 3;
-                }
-                *pOut++ = Byte(nSum);
-            }
-        }
-    }
-}
-
-void Vertical(const std::vector<Record>& table, const unsigned char* const* ppIn,
-              unsigned char* const* ppOut, std::size_t nBytes) {
-    for (const Record& record : table) {
-        unsigned char* pOut = *ppOut++;
-        for (std::size_t x = 0; x < nBytes; ++x) {
-            const unsigned char* const* ppRow = ppIn + record.nLeft;
+// One dimension: each result of a line is a weighted sum of that line's samples.
+template <class Sample, class Result>
+void Pass(const std::vector<Record>& table, std::size_t nLines, Sample sample, Result result) {
+    for (std::size_t n = 0; n < nLines; ++n) {
+        for (std::size_t u = 0; u < table.size(); ++u) {
+            auto i = static_cast<std::size_t>(table[u].nLeft);
             int nSum = 0;
-            for (const int nWeight : record.weights) {
-                nSum += (*ppRow++)[x] * nWeight;
+            for (const int nWeight : table[u].weights) {
+                nSum += sample(n, i++) * nWeight;
             }
-            pOut[x] = Byte(nSum);
+            result(n, u) = static_cast<unsigned char>(((nSum + 128) / 256) & 255);
         }
     }
 }
@@ -122,14 +100,18 @@ void RefScale(KelScaleType eType, const unsigned char* const* ppIn, unsigned int
               unsigned int nOutHeight) {
     const std::size_t nStride = std::size_t{3} * nOutWidth;
     std::vector<unsigned char> temp(nStride * nInHeight);
-    std::vector<unsigned char*> rows;
-    for (std::size_t y = 0; y < nInHeight; ++y) {
-        rows.push_back(temp.data() + nStride * y);
-    }
-    Horizontal(Contributions(eType, static_cast<int>(nOutWidth), static_cast<int>(nInWidth)), ppIn,
-               rows.data(), rows.size());
-    Vertical(Contributions(eType, static_cast<int>(nOutHeight), static_cast<int>(nInHeight)),
-             rows.data(), ppOut, nStride);
+    // Lines of the first pass: each row's channels; of the second: each byte's column.
+    Pass(
+        Contributions(eType, static_cast<int>(nOutWidth), static_cast<int>(nInWidth)),
+        std::size_t{3} * nInHeight,
+        [&](std::size_t n, std::size_t x) { return ppIn[n / 3][3 * x + n % 3]; },
+        [&](std::size_t n, std::size_t u) -> unsigned char& {
+            return temp[n / 3 * nStride + 3 * u + n % 3];
+        });
+    Pass(
+        Contributions(eType, static_cast<int>(nOutHeight), static_cast<int>(nInHeight)), nStride,
+        [&](std::size_t n, std::size_t y) { return temp[y * nStride + n]; },
+        [&](std::size_t n, std::size_t u) -> unsigned char& { return ppOut[u][n]; });
 }
 
 }  // namespace support

@@ -26,11 +26,6 @@ bool Paint(IKelImage* pImage) {
     return pImage->Open() == KEL_OK;
 }
 
-int Fail(const char* pszStep, KelResult nResult) {
-    std::fprintf(stderr, "%s: %s\n", pszStep, KelResultName(nResult));
-    return 1;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -38,15 +33,7 @@ int main(int argc, char** argv) {
     IKelImage* pImage = nullptr;
     CreateImageObject(&pImage);
     if (pImage == nullptr || !Paint(pImage)) {
-        return Fail("paint", KEL_ERR_MEMORY);
-    }
-    KelResult nResult = pImage->Save(strPath.c_str(), KEL_IMAGE_PNG, nullptr);
-    if (nResult != KEL_OK) {
-        return Fail("save", nResult);
-    }
-    nResult = pImage->Open(strPath.c_str());
-    if (nResult != KEL_OK) {
-        return Fail("open", nResult);
+        return 2;
     }
     tagKelParameterItem items[2];
     items[0].strName = CVamString("width");
@@ -54,19 +41,19 @@ int main(int argc, char** argv) {
     items[1].strName = CVamString("height");
     items[1].varValue = CVamVariant(0.5);
     tagKelParameters params = {2, items};
-    nResult = pImage->ApplyFilter(KEL_FILTER_SCALE, &params);
-    if (nResult != KEL_OK) {
-        return Fail("scale", nResult);
-    }
     CVamArchiveMemory archive;
-    nResult = pImage->Save(&archive, KEL_IMAGE_JPEG, nullptr);
-    const bool bRight = pImage->GetWidth() == 5 && pImage->GetHeight() == 4 &&
-                        pImage->GetBits()[0] == 77 && archive.GetSize() > 100 &&
-                        GetKelVersion() == IKELEX_VERSION;
-    DestroyImageObject(pImage);
-    if (nResult != KEL_OK || !bRight) {
-        return Fail("save or result", nResult);
+    const KelResult results[] = {pImage->Save(strPath.c_str(), KEL_IMAGE_PNG, nullptr),
+                                 pImage->Open(strPath.c_str()),
+                                 pImage->ApplyFilter(KEL_FILTER_SCALE, &params),
+                                 pImage->Save(&archive, KEL_IMAGE_JPEG, nullptr)};
+    bool bRight = pImage->GetWidth() == 5 && pImage->GetHeight() == 4 &&
+                  pImage->GetBits()[0] == 77 && archive.GetSize() > 100 &&
+                  GetKelVersion() == IKELEX_VERSION;
+    for (KelResult nResult : results) {
+        bRight = bRight && nResult == KEL_OK;
+        std::printf("%s ", KelResultName(nResult));
     }
-    std::printf("opened, scaled and saved with version %d\n", GetKelVersion());
-    return 0;
+    std::printf("with version %d\n", GetKelVersion());
+    DestroyImageObject(pImage);
+    return bRight ? 0 : 1;
 }
