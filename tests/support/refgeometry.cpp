@@ -134,7 +134,7 @@ Rows RefCrop(const Rows& src, int nX, int nY, int nWidth, int nHeight) {
         for (std::size_t i = 0; i < 8 * out.Stride(); ++i, ++nBit) {
             const unsigned int nByte = nBit / 8 < src.bytes.size() ? src.bytes[nBit / 8] : 0u;
             unsigned char& byTo = out.Row(y)[i / 8];
-            byTo = static_cast<unsigned char>(byTo << 1 | (nByte >> (7 - nBit % 8) & 1u));
+            byTo = static_cast<unsigned char>(2u * byTo + (nByte >> (7 - nBit % 8) & 1u));
         }
     }
     return out;

@@ -13,8 +13,10 @@ bool BandedScale::Prepare(const LineContribType& horizontal, unsigned int nInWid
     m_nOutHeight = static_cast<unsigned int>(vertical.nLineLength);
     m_bCopyRows = IsCopy(horizontal, nInWidth);
     m_bCopyColumns = IsCopy(vertical, nInHeight);
-    return (m_bCopyRows || m_Horizontal.Prepare(horizontal, nInWidth, eLevel)) &&
-           (m_bCopyColumns || m_Vertical.Prepare(vertical, m_nOutBytes, eLevel));
+    if (!m_bCopyRows) {
+        m_Horizontal.Prepare(horizontal, nInWidth, eLevel);  // it has its own way without a plan
+    }
+    return m_bCopyColumns || m_Vertical.Prepare(vertical, m_nOutBytes, eLevel);
 }
 
 // How many rows there are at most between the first one that this or a later output row needs and

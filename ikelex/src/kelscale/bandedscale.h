@@ -15,8 +15,8 @@ namespace kel {
 
 class BandedScale {
   public:
-    // Plans both passes from their tables, which must outlive this object. False when plans or
-    // scratch cannot be had: the plain loops must run then.
+    // Plans both passes from their tables, which must outlive this object. False when the vertical
+    // plan cannot be had: the plain loops must run then.
     bool Prepare(const LineContribType& horizontal, unsigned int nInWidth,
                  const LineContribType& vertical, unsigned int nInHeight, CpuLevel eLevel);
 

@@ -132,7 +132,7 @@ void SumPixel32(const HorizontalBand& band, std::size_t x, unsigned char* pOut) 
     }
 }
 
-// A larger band stays in no cache, and could be many times the picture, when that is low.
+// A larger band stays in no cache, and of a low and wide picture it would be a multiple.
 constexpr std::size_t kMostScratch = std::size_t{16} << 20;
 
 std::size_t LaneBytes(std::size_t nInWidth, std::size_t nLanes) {
@@ -162,37 +162,46 @@ void ScaleBand_Portable(const HorizontalBand& band) {
 }
 
 bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel) {
+    m_pTable = &table;
     m_nInWidth = nInWidth;
-    m_nOutWidth = static_cast<std::size_t>(table.nLineLength);
-    bool bPlanned = false;
+    m_nOutWidth = static_cast<unsigned int>(table.nLineLength);
+    int nPairLimit = 0;  // of groups
     // One choice per pass, the best level first.
     switch (eLevel) {
 #if defined(__x86_64__)
         case CpuLevel::kAvx512:
             m_nBandRows = kBandRowsAvx512;
             m_pfnBand = ScaleBand_Avx512;
-            bPlanned = PlanGroups(table, kNoPairLimit, m_Plan);
+            nPairLimit = kNoPairLimit;
             break;
         case CpuLevel::kAvx2:
             m_nBandRows = kBandRowsAvx2;
             m_pfnBand = ScaleBand_Avx2;
-            bPlanned = PlanGroups(table, kPairLimit, m_Plan);
+            nPairLimit = kPairLimit;
             break;
 #endif
         default:
             m_nBandRows = kBandRowsPortable;
             m_pfnBand = ScaleBand_Portable;
-            bPlanned = PlanTaps(table, m_Plan);
     }
     const std::size_t nScratch = LaneBytes(nInWidth, m_nBandRows);
-    if (bPlanned && nScratch <= kMostScratch) {
+    if (nScratch <= kMostScratch &&
+        (nPairLimit != 0 ? PlanGroups(table, nPairLimit, m_Plan) : PlanTaps(table, m_Plan))) {
         m_pScratch.reset(new (std::nothrow) unsigned char[nScratch]);
     }
-    return m_pScratch != nullptr;
+    if (m_pScratch == nullptr) {
+        m_nBandRows = 1;
+        return false;
+    }
+    return true;
 }
 
 void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
                          unsigned int nRows) const {
+    if (m_pScratch == nullptr) {
+        ScaleRowPlain(*ppIn, *ppOut, m_nOutWidth, *m_pTable);
+        return;
+    }
     const unsigned char* in[kMostBandRows];
     unsigned char* out[kMostBandRows];
     for (unsigned int i = 0; i < m_nBandRows; ++i) {

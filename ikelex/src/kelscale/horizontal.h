@@ -42,7 +42,8 @@ void ScaleBand_Avx512(const HorizontalBand& band);
 // The pass at one level: plan, scratch and loop.
 class HorizontalPass {
   public:
-    // False when plan or scratch cannot be had: the plain loop must run then.
+    // Plans from a table that must outlive this object. False when plan or scratch cannot be had:
+    // a band is then one row, scaled by the plain loop.
     bool Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel);
 
     unsigned int BandRows() const { return m_nBandRows; }
@@ -52,10 +53,11 @@ class HorizontalPass {
              unsigned int nRows) const;
 
   private:
+    const LineContribType* m_pTable = nullptr;
     PassPlan m_Plan;
     std::unique_ptr<unsigned char[]> m_pScratch;
     std::size_t m_nInWidth = 0;
-    std::size_t m_nOutWidth = 0;
+    unsigned int m_nOutWidth = 0;
     unsigned int m_nBandRows = 0;
     void (*m_pfnBand)(const HorizontalBand&) = nullptr;
 };

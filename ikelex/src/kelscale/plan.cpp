@@ -15,9 +15,6 @@ constexpr int kLargestWeight = 32767;
 // A record whose weights are larger together could leave 32 bits on the way to its sum.
 constexpr int kLargestRecord = INT_MAX / 256;
 
-// Steps beyond this (32 MiB) are more than a plan is worth.
-constexpr std::size_t kMostSteps = std::size_t{1} << 22;
-
 bool IsUnsigned16(const LineContribType& table) {
     for (int i = 0; i < table.nLineLength; ++i) {
         const PixelContribType& record = table.pPixels[i];
@@ -64,7 +61,7 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
         fnEmit(table.pPixels[i], [&](int, int) { ++nSteps; });
         plan.nMostSteps =
             std::max(plan.nMostSteps, static_cast<unsigned int>(nSteps - plan.pStart[i]));
-        if (nSteps > kMostSteps) {
+        if (nSteps > INT_MAX) {
             return false;
         }
     }

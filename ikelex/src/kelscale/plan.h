@@ -28,9 +28,8 @@ struct PassPlan {
 inline constexpr int kPairLimit = 128;
 inline constexpr int kNoPairLimit = 254;
 
-// Each makes a plan of a table and returns false when the plan cannot be had and the plain loop
-// must run: no memory, a picture of millions of columns or rows, or weights so large as no kernel
-// of this library has them.
+// Each makes a plan of a table and returns false when the plan cannot be had: no memory, or weights
+// so large (no kernel of this library has them) that the plain loop must run.
 
 // A step is a source position and its whole weight.
 bool PlanTaps(const LineContribType& table, PassPlan& plan);
