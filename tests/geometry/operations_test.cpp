@@ -53,7 +53,7 @@ TEST(Geometry, EveryOperationAtEveryDepthAndSize) {
 }
 
 TEST(Geometry, LargePicturesAreRotatedPastTheCaches) {
-    const Rows src = RandomRows(32, 2100, 3003, 8);  // 25 MB
+    const Rows src = RandomRows(32, 1100, 1003, 8);  // over 4 MiB
     CKelImage image;
     FillImage(&image, src);
     image.Rotate(0);

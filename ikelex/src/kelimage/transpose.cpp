@@ -13,25 +13,42 @@ namespace kel {
 
 namespace {
 
-// A strip's columns and rows. The small buffer then takes at most 68 KiB and stays in the second
+// A strip's columns and rows. The small buffer then takes at most 72 KiB and stays in the second
 // level cache together with the source lines of the strip.
 constexpr int kStripWidth = 64;
 constexpr int StripHeight(int nBytes) {
-    return nBytes == 1 ? 1024 : nBytes == 2 ? 512 : 256;
+    return nBytes <= 2 ? 512 : 256;
 }
+// The rows of a cache line, in whole blocks. A strip transposes so many rows of the next one as
+// well: the destination lines that begin in the one and end in the other then leave in one piece.
+constexpr int kLine = 64;
+constexpr int RowsOfLine(int nBytes) {
+    return (kLine / nBytes + 15) / 16 * 16;
+}
+static_assert(RowsOfLine(3) * 3 >= kLine);
 // Bytes between the rows of the small buffer, so that they do not all fall into the same cache
 // sets.
 constexpr int kStripGap = 64;
 
-// Destinations over this size do not stay in the caches: their lines are better written past them.
-constexpr std::int64_t kStreamingSize = std::int64_t{24} << 20;
+// Destinations over this size leave the nearer caches before they are used: their lines are better
+// written past the caches, which need not fetch them first.
+constexpr std::int64_t kStreamingSize = std::int64_t{4} << 20;
 
-// Copies a row of the small buffer to the destination, whole cache lines past the caches.
-void StreamBytes(unsigned char* pTo, const unsigned char* pFrom, std::size_t nCount) {
+// How far the next cache line is.
+std::size_t BytesToLine(const unsigned char* p) {
+    return (kLine - reinterpret_cast<std::uintptr_t>(p) % kLine) % kLine;
+}
+
+// Copies bytes of the small buffer to the destination; whole cache lines past the caches if asked
+// to.
+void CopyOut(unsigned char* pTo, const unsigned char* pFrom, std::size_t nCount,
+             [[maybe_unused]] bool bStream) {
 #if defined(__SSE2__)
-    constexpr std::size_t kLine = 64;
-    const auto nAddress = reinterpret_cast<std::uintptr_t>(pTo);
-    std::size_t nDone = std::min<std::size_t>(nCount, (kLine - nAddress % kLine) % kLine);
+    if (!bStream) {
+        std::memcpy(pTo, pFrom, nCount);
+        return;
+    }
+    std::size_t nDone = std::min(nCount, BytesToLine(pTo));
     std::memcpy(pTo, pFrom, nDone);
     for (; nDone + kLine <= nCount; nDone += kLine) {
         for (std::size_t k = nDone; k < nDone + kLine; k += 16) {
@@ -93,9 +110,10 @@ void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
     const int nBlocksWidth = (work.nWidth - 1) / 16 * 16;
     const int nBlocksHeight = work.nHeight / 16 * 16;
     const int nStripHeight = StripHeight(nBytes);
-    const std::int64_t nPitch = std::int64_t{nStripHeight} * nBytes + kStripGap;
     std::unique_ptr<unsigned char[]> pStrip;
+    std::int64_t nPitch = 0;
     if (nBytes >= 1 && nBytes <= 4 && nBlocksWidth > 0 && nBlocksHeight > 0) {
+        nPitch = std::int64_t{nStripHeight + RowsOfLine(nBytes)} * nBytes + kStripGap;
         pStrip = NewScratch(kStripWidth * nPitch);
     }
     if (pStrip == nullptr) {
@@ -105,12 +123,13 @@ void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
     const TransposeBlocks pfnBlocks = ChooseTransposeBlocks(eLevel, nBytes);
     const bool bStream = work.nDstStride * work.nWidth > kStreamingSize;
     // Strip after strip along the same rows, whose pages then stay in reach.
-    for (int nY = 0; nY < nBlocksHeight; nY += nStripHeight) {
-        const int nHeight = std::min(nStripHeight, nBlocksHeight - nY);
-        const auto nRow = static_cast<std::size_t>(nHeight) * static_cast<std::size_t>(nBytes);
+    for (int nY = 0, nHeight = 0; nY < nBlocksHeight; nY += nHeight) {
+        const int nBehind = nBlocksHeight - nY - nStripHeight - RowsOfLine(nBytes);
+        nHeight = nBehind > 0 ? nStripHeight : nBlocksHeight - nY;
+        const int nRows = nBehind > 0 ? nHeight + RowsOfLine(nBytes) : nHeight;
         for (int nX = 0; nX < nBlocksWidth; nX += kStripWidth) {
             const int nWidth = std::min(kStripWidth, nBlocksWidth - nX);
-            const Transposition part = PartOf(work, nBytes, nX, nY, nWidth, nHeight);
+            const Transposition part = PartOf(work, nBytes, nX, nY, nWidth, nRows);
             Transposition strip = part;
             strip.pDst = pStrip.get();
             strip.nDstStride = nPitch;
@@ -120,12 +139,14 @@ void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
                 if (bNext) {
                     PrefetchNextStrip(nBytes, part, i);
                 }
+                // The strip above wrote the line this one's first row falls into; the line its last
+                // row falls into goes out whole.
                 unsigned char* const pTo = part.pDst + i * part.nDstStride;
-                if (bStream) {
-                    StreamBytes(pTo, strip.pDst + i * nPitch, nRow);
-                } else {
-                    std::memcpy(pTo, strip.pDst + i * nPitch, nRow);
-                }
+                unsigned char* const pEnd = pTo + std::int64_t{nHeight} * nBytes;
+                const std::size_t nFrom = nY > 0 ? BytesToLine(pTo) : 0;
+                const std::size_t nTo = nBehind > 0 ? BytesToLine(pEnd) : 0;
+                CopyOut(pTo + nFrom, strip.pDst + i * nPitch + nFrom,
+                        static_cast<std::size_t>(pEnd - pTo) + nTo - nFrom, bStream);
             }
         }
     }

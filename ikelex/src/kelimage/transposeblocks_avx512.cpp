@@ -60,8 +60,9 @@ KEL_TARGET_AVX512 void TransposeBlocks3Avx512(const Transposition& work) {
     const __m512i unpack = _mm512_load_si512(kUnpack);
     const __m512i pack = _mm512_load_si512(kPack);
     const __mmask64 bytes = (__mmask64{1} << 48) - 1;
-    for (int nX = 0; nX < work.nWidth; nX += 16) {
-        for (int nY = 0; nY < work.nHeight; nY += 16) {
+    // Along the rows first: their lines are fetched but once.
+    for (int nY = 0; nY < work.nHeight; nY += 16) {
+        for (int nX = 0; nX < work.nWidth; nX += 16) {
             const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX * 3;
             unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY * 3;
             __m512i rows[16];
