@@ -61,8 +61,7 @@ struct Outcome {
 };
 Outcome OutcomeOf(Stage& stage, KelResult nResult);
 
-// Fails the current test unless the image is sound: rows inside the pixel buffer, header block and
-// header agree, palette count within its room.
+// Fails the current test unless the image is consistent (support/invariants.h).
 void ExpectSound(CKelImage& image, const std::string& strWhere);
 
 }  // namespace faults

@@ -5,9 +5,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "kelbitmap/strides.h"
 #include "kelparameters/kelparameters.h"
 #include "support/allocfaults.h"
+#include "support/invariants.h"
 
 namespace faults {
 
@@ -179,29 +179,7 @@ Outcome OutcomeOf(Stage& stage, KelResult nResult) {
 }
 
 void ExpectSound(CKelImage& image, const std::string& strWhere) {
-    const BITMAPINFOHEADER& header = image.m_bmih;
-    EXPECT_TRUE(image.m_nPaletteNum >= 0 && image.m_nPaletteNum <= image.m_nPaletteSize)
-        << strWhere;
-    EXPECT_EQ(image.m_pPalette == nullptr, image.m_nPaletteSize == 0) << strWhere;
-    if (image.m_ppLineArray == nullptr)
-        return;
-    ASSERT_NE(image.m_pBits, nullptr) << strWhere;
-    const auto nStride = kel::RowStride(header.biBitCount, header.biWidth);
-    for (int y = 0; y < header.biHeight; y++) {
-        ASSERT_EQ(image.m_ppLineArray[y], image.m_pBits + y * nStride) << strWhere;
-    }
-    unsigned int nSum = 0;  // under AddressSanitizer: every byte that the header claims is there
-    for (int y = 0; y < header.biHeight; y++) {
-        for (std::int64_t i = 0; i < nStride; i += 7)
-            nSum += image.m_ppLineArray[y][i];
-    }
-    asm volatile("" : : "r"(nSum));
-    if (image.m_pBMI != nullptr && header.biSize != 0) {
-        const BITMAPINFOHEADER& block = image.m_pBMI->bmiHeader;
-        EXPECT_TRUE(block.biWidth == header.biWidth && block.biHeight == header.biHeight &&
-                    block.biBitCount == header.biBitCount)
-            << strWhere;
-    }
+    EXPECT_TRUE(support::Consistent(image)) << strWhere;
 }
 
 }  // namespace faults

@@ -126,11 +126,8 @@ class Sequence {
     }
 
     void Scale(int nWidth, int nHeight) {
-        tagKelParameterItem items[2];
-        items[0].strName = "width";
-        items[0].varValue = CVamVariant(nWidth);
-        items[1].strName = "height";
-        items[1].varValue = CVamVariant(nHeight);
+        tagKelParameterItem items[] = {{"width", CVamVariant(nWidth)},
+                                       {"height", CVamVariant(nHeight)}};
         tagKelParameters params = {2, items};
         ASSERT_EQ(m_Image.ApplyFilter(KEL_FILTER_SCALE, &params), KEL_OK);
         ASSERT_EQ(m_Image.GetWidth(), nWidth);

@@ -35,11 +35,8 @@ int main(int argc, char** argv) {
     if (pImage == nullptr || !Paint(pImage)) {
         return 2;
     }
-    tagKelParameterItem items[2];
-    items[0].strName = CVamString("width");
-    items[0].varValue = CVamVariant(5);
-    items[1].strName = CVamString("height");
-    items[1].varValue = CVamVariant(0.5);
+    tagKelParameterItem items[2] = {{CVamString("width"), CVamVariant(5)},
+                                    {CVamString("height"), CVamVariant(0.5)}};
     tagKelParameters params = {2, items};
     CVamArchiveMemory archive;
     const KelResult results[] = {pImage->Save(strPath.c_str(), KEL_IMAGE_PNG, nullptr),
