@@ -114,9 +114,8 @@ TEST(Palette, LineBuffers) {
     RecordingTrace trace;
     CKelImage image;
     image.Create(5, 1, 8);
-    unsigned char* const aLines[] = {image.CreateLine32(), image.CreateLine24(),
-                                     image.CreateLine16()};
-    for (unsigned char* pLine : aLines) {
+    for (unsigned char* pLine :
+         {image.CreateLine32(), image.CreateLine24(), image.CreateLine16()}) {
         EXPECT_NE(pLine, nullptr);
         delete[] pLine;
     }
