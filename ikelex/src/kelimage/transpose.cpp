@@ -101,6 +101,9 @@ TransposeBlocks ChooseTransposeBlocks([[maybe_unused]] CpuLevel eLevel, int nByt
     if (eLevel >= CpuLevel::kAvx512 && nBytes == 3) {
         return TransposeBlocks3Avx512;
     }
+    if (eLevel >= CpuLevel::kAvx2 && nBytes == 3) {
+        return TransposeBlocks3Avx2;
+    }
 #endif
     return PortableTransposeBlocks(nBytes);
 }

@@ -34,12 +34,14 @@ void TransposeBits(int nBits, const Transposition& work);
 // overwritten.
 using TransposeBlocks = void (*)(const Transposition& work);
 
-// The variant for pixels of nBytes (1 to 4) bytes: AVX-512 for 3 bytes where the machine has all of
-// kAvx512, else the portable form, which small vectors make as fast as the memory behind it.
+// The variant for pixels of nBytes (1 to 4) bytes: for 3 bytes AVX-512 where the machine has all of
+// kAvx512, else AVX2; else the portable form, which small vectors make as fast as the memory behind
+// it.
 TransposeBlocks ChooseTransposeBlocks(CpuLevel eLevel, int nBytes);
 
 TransposeBlocks PortableTransposeBlocks(int nBytes);
 #if defined(__x86_64__)
+void TransposeBlocks3Avx2(const Transposition& work);
 void TransposeBlocks3Avx512(const Transposition& work);
 #endif
 

@@ -1,5 +1,6 @@
 // Blocks of 3-byte pixels with AVX-512: pixels become 32-bit words, 16 rows of 16 words are
-// interleaved in parts until they are columns. Only moves: exact by nature.
+// interleaved in parts until they are columns. Only moves: exact by nature; the portable form
+// defines the result.
 #if defined(__x86_64__)
 
 // g++ 12 takes the undefined operands inside its own intrinsics for uninitialised variables.

@@ -1,0 +1,79 @@
+// Blocks of 3-byte pixels with AVX2: pixels become 32-bit words, 8 rows of 8 words are interleaved
+// in parts until they are columns. Only moves: exact by nature; the portable form defines the
+// result.
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#include "transpose.h"
+
+#define KEL_INLINE_AVX2 __attribute__((target("avx2"), always_inline)) inline
+#define KEL_TARGET_AVX2 __attribute__((target("avx2")))
+
+namespace kel {
+
+namespace {
+
+// Rows to columns, by 2 x 2 squares of growing parts: words, pairs, halves.
+KEL_INLINE_AVX2 void TransposeWords(__m256i* pRows) {
+    __m256i pairs[8];
+    for (int i = 0; i < 8; i += 2) {
+        pairs[i] = _mm256_unpacklo_epi32(pRows[i], pRows[i + 1]);
+        pairs[i + 1] = _mm256_unpackhi_epi32(pRows[i], pRows[i + 1]);
+    }
+    // quads[4g + k]: in each half h, column 4h + k of rows 4g ... 4g + 3.
+    __m256i quads[8];
+    for (int i = 0; i < 8; i += 4) {
+        quads[i] = _mm256_unpacklo_epi64(pairs[i], pairs[i + 2]);
+        quads[i + 1] = _mm256_unpackhi_epi64(pairs[i], pairs[i + 2]);
+        quads[i + 2] = _mm256_unpacklo_epi64(pairs[i + 1], pairs[i + 3]);
+        quads[i + 3] = _mm256_unpackhi_epi64(pairs[i + 1], pairs[i + 3]);
+    }
+    for (int k = 0; k < 4; ++k) {
+        pRows[k] = _mm256_permute2x128_si256(quads[k], quads[k + 4], 0x20);
+        pRows[k + 4] = _mm256_permute2x128_si256(quads[k], quads[k + 4], 0x31);
+    }
+}
+
+// 8 pixels as words, from their 24 bytes alone: 16 from the start and 16 up to the end.
+KEL_INLINE_AVX2 __m256i LoadPixels(const unsigned char* p) {
+    const auto* const pFirst = reinterpret_cast<const __m128i*>(p);
+    const auto* const pLast = reinterpret_cast<const __m128i*>(p + 8);
+    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(pFirst)),
+                                                  _mm_loadu_si128(pLast), 1);
+    return _mm256_shuffle_epi8(
+        bytes, _mm256_setr_epi8(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11, 4, 5, 6, 6, 7, 8,
+                                9, 9, 10, 11, 12, 12, 13, 14, 15, 15));
+}
+
+// Stores the low three bytes of 8 words, and 4 bytes behind them.
+KEL_INLINE_AVX2 void StorePixels(unsigned char* p, __m256i words) {
+    const __m256i packed = _mm256_shuffle_epi8(
+        words, _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4,
+                                5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12), _mm256_extracti128_si256(packed, 1));
+}
+
+}  // namespace
+
+KEL_TARGET_AVX2 void TransposeBlocks3Avx2(const Transposition& work) {
+    for (int nY = 0; nY < work.nHeight; nY += 8) {
+        for (int nX = 0; nX < work.nWidth; nX += 8) {
+            const unsigned char* const pFrom = work.pSrc + nY * work.nSrcStride + nX * 3;
+            unsigned char* const pTo = work.pDst + nX * work.nDstStride + nY * 3;
+            __m256i rows[8];
+            for (int i = 0; i < 8; ++i) {
+                rows[i] = LoadPixels(pFrom + i * work.nSrcStride);
+            }
+            TransposeWords(rows);
+            for (int i = 0; i < 8; ++i) {
+                StorePixels(pTo + i * work.nDstStride, rows[i]);
+            }
+        }
+    }
+}
+
+}  // namespace kel
+
+#endif  // __x86_64__
