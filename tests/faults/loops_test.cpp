@@ -20,6 +20,11 @@ bool IsDocumented(KelResult n) {
     return (n >= 0 && n <= 6) || n == 8 || n == 11 || n == 1000;
 }
 
+bool IsEmpty(CKelImage& image) {
+    return image.GetWidth() == 0 && image.GetHeight() == 0 && image.GetBits() == nullptr &&
+           image.GetLineArray() == nullptr && image.GetPalette() == nullptr;
+}
+
 // Runs a scenario without any fault.
 Outcome Undisturbed(const Scenario& scenario) {
     Stage stage;
@@ -28,16 +33,31 @@ Outcome Undisturbed(const Scenario& scenario) {
     return OutcomeOf(stage, nResult);
 }
 
+// What is left of a disturbed run: its result, and a digest of the image and of what was written.
+struct Disturbed {
+    KelResult nResult = KEL_OK;
+    std::size_t nDigest = 0;
+    bool operator==(const Disturbed&) const = default;
+};
+
+std::size_t Digest(Stage& stage) {
+    const Outcome outcome = OutcomeOf(stage, KEL_OK);
+    const std::string strSeen(outcome.image.begin(), outcome.image.end());
+    const std::string strWritten(outcome.written.begin(), outcome.written.end());
+    return std::hash<std::string>()(strSeen + strWritten);
+}
+
 // One disturbed run: what the fault left behind is sound and as promised, nothing is lost, and the
 // same object works once the fault is over. disturb(stage, result) runs the scenario with the fault
 // in place and tells whether it came to pass; without that there is no result.
 template <class Disturb>
-std::optional<KelResult> RunDisturbed(const Scenario& scenario, const std::string& strWhere,
+std::optional<Disturbed> RunDisturbed(const Scenario& scenario, const std::string& strWhere,
                                       const Outcome& reference, const Disturb& disturb) {
     const support::LiveBlocks before = support::CountLiveBlocks();
-    KelResult nResult = KEL_OK;
+    Disturbed outcome = {};
     bool bFired = false;
     {
+        KelResult nResult = KEL_OK;
         Stage stage;
         scenario.prepare(stage);
         const Bytes was = Seen(stage.image);
@@ -47,7 +67,12 @@ std::optional<KelResult> RunDisturbed(const Scenario& scenario, const std::strin
         if (nResult != KEL_OK && scenario.ePromise == Promise::kUnchanged) {
             EXPECT_EQ(Seen(stage.image), was) << strWhere;
         }
+        if (nResult == KEL_ERR_MEMORY || nResult == KEL_ERR_FILE) {
+            EXPECT_TRUE(scenario.ePromise == Promise::kUnchanged || IsEmpty(stage.image))
+                << strWhere;
+        }
         EXPECT_TRUE(nResult == KEL_OK || stage.pMade == nullptr) << strWhere;
+        outcome = {nResult, Digest(stage)};
         DestroyImageObject(stage.pMade);
         stage.pMade = nullptr;
         stage.image.Clean();
@@ -56,7 +81,7 @@ std::optional<KelResult> RunDisturbed(const Scenario& scenario, const std::strin
         EXPECT_EQ(OutcomeOf(stage, KEL_OK).image, reference.image) << strWhere;
     }
     EXPECT_EQ(support::CountLiveBlocks(), before) << strWhere << " leaks";
-    return bFired ? std::optional(nResult) : std::nullopt;
+    return bFired ? std::optional(outcome) : std::nullopt;
 }
 
 }  // namespace
@@ -79,10 +104,18 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
                 if (!result)
                     break;
                 nFaults++;
-                // No header block (BMP writer) and no new image (filter) are answered with "param".
-                EXPECT_TRUE(*result == KEL_OK || *result == KEL_ERR_MEMORY ||
-                            *result == KEL_ERR_PARAM)
-                    << strWhere << ": " << *result;
+                // No header block (BMP writer) and no new image (filter) are answered with "param";
+                // a save goes on without its options (the first), and outside the codecs what only
+                // hastens the work may be missing.
+                const bool bOpen = scenario.strName.starts_with("open ");
+                const bool bSave = scenario.strName.starts_with("save ");
+                const bool bBmp = scenario.strName.find("BMP") != std::string::npos;
+                const KelResult nResult = result->nResult;
+                const bool bMayWork = !bOpen && (!bSave || k == 1);
+                const bool bMayRefuse = !bOpen && (!bSave || bBmp);
+                EXPECT_TRUE(nResult == KEL_ERR_MEMORY || (bMayWork && nResult == KEL_OK) ||
+                            (bMayRefuse && nResult == KEL_ERR_PARAM))
+                    << strWhere << ": " << nResult;
                 ASSERT_LT(k, 2000) << strWhere;
             }
         }
@@ -104,7 +137,11 @@ TEST(FaultLoops, EveryStreamCallFails) {
                             stage.out.FailAt(eOp, k, eFault, bForEver);
                             nResult = scenario.run(stage);
                             const bool bFired = stage.pIn->Fired() || stage.out.Fired();
+                            stage.pIn->FailAt(eOp, 0, eFault);
                             stage.out.FailAt(eOp, 0, eFault);
+                            if (eOp == Op::kRead) {
+                                EXPECT_EQ(stage.pIn->GetPosition(), 0) << scenario.strName;
+                            }
                             return bFired;
                         };
                         const std::string strWhere =
@@ -112,15 +149,21 @@ TEST(FaultLoops, EveryStreamCallFails) {
                             std::to_string(static_cast<int>(eOp)) + " fault " +
                             std::to_string(static_cast<int>(eFault)) + " call " +
                             std::to_string(k) + (bForEver ? " for ever" : "");
-                        const auto result = RunDisturbed(scenario, strWhere, reference, disturb);
-                        if (!result)
+                        std::optional<Disturbed> results[2];  // with other bytes in fresh memory
+                        for (const int i : {0, 1}) {
+                            const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
+                            results[i] = RunDisturbed(scenario, strWhere, reference, disturb);
+                        }
+                        EXPECT_EQ(results[0], results[1]) << strWhere;
+                        if (!results[0])
                             break;
                         nFaults++;
+                        const KelResult nResult = results[0]->nResult;
                         if (eFault == Fault::kThrow) {
-                            EXPECT_EQ(*result, KEL_ERR_FILE) << strWhere;
+                            EXPECT_EQ(nResult, KEL_ERR_FILE) << strWhere;
                         }
                         if (eOp == Op::kWrite && eFault != Fault::kThrow) {
-                            EXPECT_EQ(*result, KEL_OK) << strWhere;
+                            EXPECT_EQ(nResult, KEL_OK) << strWhere;
                         }
                     }
                 }

@@ -104,7 +104,7 @@ const std::vector<Scenario>& AllScenarios() {
         OpenPath("bmp/40-24-0"),
         OpenPath("jpeg/3b2"),
         OpenPath("png/6-8-1"),
-        {"open block and pixels", Promise::kAnything,
+        {"take block and pixels", Promise::kAnything,
          [](Stage& stage) { stage.lent = support::MakePicture(kIndexed4, 9, 7, 3); },
          [](Stage& stage) { return stage.image.Open(stage.lent.Info(), stage.lent.bits.data()); }},
         {"zoom a borrowed picture", Promise::kUnchanged,
