@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "plaincodecs.h"
 #include "suite.h"
 
 namespace bench {
@@ -66,7 +67,7 @@ void AddJpeg(std::vector<Row>& rows, Size size) {
     rows.push_back({"open JPEG " + size.Text(), "libjpeg, fresh buffer", 0.90, [size] {
                         auto pFile = Shared(Saved(*MakeScene(size, 24), KEL_IMAGE_JPEG));
                         return Pair{OpenMemory(pFile), [pFile] {
-                                        return Seconds([&] { plain::DecodeJpeg(*pFile, nullptr); });
+                                        return Seconds([&] { plain::DecodeJpeg(*pFile); });
                                     }};
                     }});
     rows.push_back({"open JPEG " + size.Text() + " ", "libjpeg, reused buffer", 1.10, [size] {
@@ -80,12 +81,12 @@ void AddJpeg(std::vector<Row>& rows, Size size) {
     rows.push_back({"save JPEG " + size.Text() + ", quality 75", "libjpeg", 1.03, [size] {
                         std::shared_ptr<CKelImage> pImage = MakeScene(size, 24);
                         auto pPixels = Shared(RgbPixels(*pImage));
-                        return Pair{SaveMemory(pImage, KEL_IMAGE_JPEG), [pPixels, size] {
-                                        return Seconds([&] {
-                                            plain::EncodeJpeg(pPixels->data(), size.nWidth,
-                                                              size.nHeight, 75);
-                                        });
-                                    }};
+                        return Pair{
+                            SaveMemory(pImage, KEL_IMAGE_JPEG), [pPixels, size] {
+                                return Seconds([&] {
+                                    plain::EncodeJpeg(pPixels->data(), {size.nWidth, size.nHeight});
+                                });
+                            }};
                     }});
 }
 
@@ -93,10 +94,11 @@ void AddPng(std::vector<Row>& rows, Size size) {
     struct Kind {
         const char* pszName;
         int nBits;
-        int nChannels;
+        int nColorType;
     };
     for (const Kind kind :
-         {Kind{"truecolour", 24, 3}, Kind{"alpha", 32, 4}, Kind{"palette", 8, 1}}) {
+         {Kind{"truecolour", 24, PNG_COLOR_TYPE_RGB}, Kind{"alpha", 32, PNG_COLOR_TYPE_RGB_ALPHA},
+          Kind{"palette", 8, PNG_COLOR_TYPE_PALETTE}}) {
         const std::string strTail = std::string(" PNG ") + size.Text() + ", " + kind.pszName;
         rows.push_back({"open" + strTail, "libpng", 1.03, [size, kind] {
                             auto pFile = Shared(Saved(*MakeScene(size, kind.nBits), KEL_IMAGE_PNG));
@@ -104,28 +106,26 @@ void AddPng(std::vector<Row>& rows, Size size) {
                                             return Seconds([&] { plain::DecodePng(*pFile); });
                                         }};
                         }});
-        rows.push_back({"save" + strTail, "libpng", 1.03, [size, kind] {
-                            std::shared_ptr<CKelImage> pImage = MakeScene(size, kind.nBits);
-                            // The stored rows serve as they are: the order of the channels is all
-                            // the same to libpng.
-                            auto pPalette = Shared(plain::Bytes(768));
-                            for (std::size_t i = 0; i < 256 && kind.nChannels == 1; i++) {
-                                const tagKelRGBQUAD& entry = pImage->GetPalette()[i];
-                                (*pPalette)[3 * i] = entry.byRed;
-                                (*pPalette)[3 * i + 1] = entry.byGreen;
-                                (*pPalette)[3 * i + 2] = entry.byBlue;
-                            }
-                            const int nStride = (kind.nBits * size.nWidth + 31) / 32 * 4;
-                            return Pair{
-                                SaveMemory(pImage, KEL_IMAGE_PNG), [=] {
-                                    return Seconds([&] {
-                                        Use(plain::EncodePng(pImage->GetBits(), size.nWidth,
-                                                             size.nHeight, nStride, kind.nChannels,
-                                                             pPalette->data())
-                                                .data());
-                                    });
-                                }};
-                        }});
+        rows.push_back(
+            {"save" + strTail, "libpng", 1.03, [size, kind] {
+                 std::shared_ptr<CKelImage> pImage = MakeScene(size, kind.nBits);
+                 // The stored rows serve as they are: the order of the channels is all
+                 // the same to libpng.
+                 plain::PngFormat format{size.nWidth,     size.nHeight,       8,
+                                         kind.nColorType, PNG_INTERLACE_NONE, {}};
+                 for (int i = 0; i < pImage->GetPaletteNum(); i++) {
+                     const tagKelRGBQUAD& entry = pImage->GetPalette()[i];
+                     format.palette.push_back({entry.byRed, entry.byGreen, entry.byBlue});
+                 }
+                 const auto nStride =
+                     static_cast<std::size_t>(kind.nBits * size.nWidth + 31) / 32 * 4;
+                 return Pair{
+                     SaveMemory(pImage, KEL_IMAGE_PNG), [=] {
+                         return Seconds([&] {
+                             Use(plain::EncodePng(pImage->GetBits(), nStride, format).data());
+                         });
+                     }};
+             }});
     }
 }
 

@@ -1,7 +1,7 @@
 // The program to compare with: reads a JPEG file and decodes it with libjpeg, nothing more.
 #include <cstdio>
 
-#include "plain.h"
+#include "plaincodecs.h"
 
 int main(int argc, char** argv) {
     if (argc < 2)
@@ -15,6 +15,6 @@ int main(int argc, char** argv) {
     std::fclose(pFile);
     if (!bRead)
         return 1;
-    plain::DecodeJpeg(bytes, nullptr);
+    plain::DecodeJpeg(bytes);
     return 0;
 }

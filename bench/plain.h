@@ -37,22 +37,6 @@ void Row8(const unsigned char* pRow, int nWidth, const unsigned char* pPalette, 
 void Row1(const unsigned char* pRow, int nWidth, const unsigned char* pPalette,
           unsigned char* pOut);
 
-// libjpeg and libpng, driven the shortest way over bytes in memory; they end the program on an
-// error.
-
-// Decodes to red-green-blue rows of 3 x width bytes. pTarget null: into a fresh buffer of their
-// own, released again.
-void DecodeJpeg(const Bytes& file, unsigned char* pTarget);
-// Encodes red-green-blue rows; returns the number of bytes.
-std::size_t EncodeJpeg(const unsigned char* pPixels, int nWidth, int nHeight, int nQuality);
-
-// Decodes into fresh rows as stored (truecolour, with alpha, or palette indices), released again.
-void DecodePng(const Bytes& file);
-// Encodes rows of nStride bytes at libpng's default settings: nChannels 3, 4, or 1 with a palette
-// of 256 red-green-blue entries.
-Bytes EncodePng(const unsigned char* pPixels, int nWidth, int nHeight, int nStride, int nChannels,
-                const unsigned char* pPalette);
-
 }  // namespace plain
 
 #endif  // BENCH_PLAIN_H

@@ -1,61 +1,111 @@
-#include <png.h>
+#include "plaincodecs.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-
-#include "plain.h"
-
-// After <cstdio>, which it needs.
-#include <jpeglib.h>
 
 namespace plain {
 
-void DecodeJpeg(const Bytes& file, unsigned char* pTarget) {
-    jpeg_decompress_struct info;
+namespace {
+
+void Throw(j_common_ptr) {
+    throw JpegError();
+}
+void KeepQuiet(j_common_ptr, int) {}
+
+jpeg_error_mgr* UseErrors(jpeg_error_mgr* pErrors) {
+    jpeg_std_error(pErrors);
+    pErrors->error_exit = &Throw;
+    pErrors->emit_message = &KeepQuiet;
+    return pErrors;
+}
+
+J_COLOR_SPACE ColorSpaceOf(int nComponents) {
+    switch (nComponents) {
+        case 1:
+            return JCS_GRAYSCALE;
+        case 3:
+            return JCS_RGB;
+        case 4:
+            return JCS_CMYK;
+        default:
+            return JCS_UNKNOWN;
+    }
+}
+
+}  // namespace
+
+std::size_t JpegPicture::Stride() const {
+    return static_cast<std::size_t>(nWidth) * static_cast<std::size_t>(nComponents);
+}
+
+Bytes JpegPicture::Rows() const {
+    return Bytes(pRows.get(), pRows.get() + Stride() * static_cast<std::size_t>(nHeight));
+}
+
+JpegPicture DecodeJpeg(const Bytes& file, unsigned char* pTarget) {
+    jpeg_decompress_struct info = {};
+    const std::unique_ptr<jpeg_decompress_struct, decltype(&jpeg_destroy_decompress)> owner(
+        &info, &jpeg_destroy_decompress);
     jpeg_error_mgr errors;
-    info.err = jpeg_std_error(&errors);
+    info.err = UseErrors(&errors);
     jpeg_create_decompress(&info);
     jpeg_mem_src(&info, file.data(), static_cast<unsigned long>(file.size()));
     jpeg_read_header(&info, TRUE);
+    if (info.num_components < 3) {
+        info.out_color_space = JCS_RGB;
+    }
     jpeg_start_decompress(&info);
-    const std::size_t nStride = std::size_t{3} * info.output_width;
-    std::unique_ptr<unsigned char[]> pFresh;
+    JpegPicture picture{static_cast<int>(info.output_width), static_cast<int>(info.output_height),
+                        info.output_components, nullptr};
+    const std::size_t nStride = picture.Stride();
     if (pTarget == nullptr) {
-        pFresh.reset(new unsigned char[nStride * info.output_height]);
-        pTarget = pFresh.get();
+        picture.pRows.reset(new unsigned char[nStride * info.output_height]);
+        pTarget = picture.pRows.get();
     }
     while (info.output_scanline < info.output_height) {
         JSAMPROW pRow = pTarget + nStride * info.output_scanline;
         jpeg_read_scanlines(&info, &pRow, 1);
     }
     jpeg_finish_decompress(&info);
-    jpeg_destroy_decompress(&info);
+    return picture;
 }
 
-std::size_t EncodeJpeg(const unsigned char* pPixels, int nWidth, int nHeight, int nQuality) {
+std::size_t EncodeJpeg(const unsigned char* pRows, const JpegFormat& format, Bytes* pFile) {
     jpeg_compress_struct info;
     jpeg_error_mgr errors;
-    info.err = jpeg_std_error(&errors);
+    info.err = UseErrors(&errors);
     jpeg_create_compress(&info);
     unsigned char* pOut = nullptr;
     unsigned long nOut = 0;
     jpeg_mem_dest(&info, &pOut, &nOut);
-    info.image_width = static_cast<JDIMENSION>(nWidth);
-    info.image_height = static_cast<JDIMENSION>(nHeight);
-    info.input_components = 3;
-    info.in_color_space = JCS_RGB;
+    info.image_width = static_cast<JDIMENSION>(format.nWidth);
+    info.image_height = static_cast<JDIMENSION>(format.nHeight);
+    info.input_components = format.nComponents;
+    info.in_color_space = ColorSpaceOf(format.nComponents);
     jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, nQuality, TRUE);
+    if (format.eStored != JCS_UNKNOWN) {
+        jpeg_set_colorspace(&info, format.eStored);
+    }
+    jpeg_set_quality(&info, format.nQuality, TRUE);
+    if (format.bProgressive) {
+        jpeg_simple_progression(&info);
+    }
     jpeg_start_compress(&info, TRUE);
+    if (format.nComment > 0) {
+        const Bytes comment(format.nComment, 'c');
+        jpeg_write_marker(&info, JPEG_COM, comment.data(), format.nComment);
+    }
+    const std::size_t nStride =
+        static_cast<std::size_t>(format.nComponents) * std::size_t{info.image_width};
     while (info.next_scanline < info.image_height) {
-        JSAMPROW pRow = const_cast<unsigned char*>(pPixels) +
-                        std::size_t{3} * info.image_width * info.next_scanline;
+        JSAMPROW pRow = const_cast<unsigned char*>(pRows) + nStride * info.next_scanline;
         jpeg_write_scanlines(&info, &pRow, 1);
     }
     jpeg_finish_compress(&info);
     jpeg_destroy_compress(&info);
+    if (pFile != nullptr) {
+        pFile->assign(pOut, pOut + nOut);
+    }
     std::free(pOut);
     return nOut;
 }
@@ -82,40 +132,61 @@ void Write(png_structp pPng, png_bytep pData, png_size_t nLength) {
 
 }  // namespace
 
-void DecodePng(const Bytes& file) {
+PngPicture DecodePng(const Bytes& file, const PngRequest& request) {
     png_structp pPng = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop pInfo = png_create_info_struct(pPng);
     Reader reader{file, 0};
     png_set_read_fn(pPng, &reader, Read);
     png_read_info(pPng, pInfo);
-    const std::size_t nHeight = png_get_image_height(pPng, pInfo);
-    const std::size_t nStride = png_get_rowbytes(pPng, pInfo);
-    const std::unique_ptr<unsigned char[]> pPixels(new unsigned char[nStride * nHeight]);
-    for (std::size_t y = 0; y < nHeight; y++) {
-        png_read_row(pPng, pPixels.get() + y * nStride, nullptr);
+    PngPicture picture;
+    picture.nWidth = static_cast<int>(png_get_image_width(pPng, pInfo));
+    picture.nHeight = static_cast<int>(png_get_image_height(pPng, pInfo));
+    picture.nBitDepth = png_get_bit_depth(pPng, pInfo);
+    picture.nColorType = png_get_color_type(pPng, pInfo);
+    picture.nInterlace = png_get_interlace_type(pPng, pInfo);
+    png_colorp pEntries = nullptr;
+    int nEntries = 0;
+    png_get_PLTE(pPng, pInfo, &pEntries, &nEntries);
+    picture.palette.assign(pEntries, pEntries + nEntries);
+    if (request) {
+        request(pPng, pInfo);
+    }
+    const int nPasses = png_set_interlace_handling(pPng);
+    png_read_update_info(pPng, pInfo);
+    const auto nHeight = static_cast<std::size_t>(picture.nHeight);
+    picture.nStride = png_get_rowbytes(pPng, pInfo);
+    picture.pRows.reset(new unsigned char[picture.nStride * nHeight]);
+    for (int nPass = 0; nPass < nPasses; nPass++) {
+        for (std::size_t y = 0; y < nHeight; y++) {
+            png_read_row(pPng, picture.pRows.get() + y * picture.nStride, nullptr);
+        }
     }
     png_read_end(pPng, nullptr);
     png_destroy_read_struct(&pPng, &pInfo, nullptr);
+    return picture;
 }
 
-Bytes EncodePng(const unsigned char* pPixels, int nWidth, int nHeight, int nStride, int nChannels,
-                const unsigned char* pPalette) {
+Bytes EncodePng(const unsigned char* pRows, std::size_t nStride, const PngFormat& format,
+                const PngRequest& request) {
     png_structp pPng = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop pInfo = png_create_info_struct(pPng);
     Bytes out;
     png_set_write_fn(pPng, &out, Write, nullptr);
-    const int nType = nChannels == 4   ? PNG_COLOR_TYPE_RGB_ALPHA
-                      : nChannels == 3 ? PNG_COLOR_TYPE_RGB
-                                       : PNG_COLOR_TYPE_PALETTE;
-    png_set_IHDR(pPng, pInfo, static_cast<png_uint_32>(nWidth), static_cast<png_uint_32>(nHeight),
-                 8, nType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
-    if (nChannels == 1) {
-        png_set_PLTE(pPng, pInfo, reinterpret_cast<png_const_colorp>(pPalette), 256);
+    png_set_IHDR(pPng, pInfo, static_cast<png_uint_32>(format.nWidth),
+                 static_cast<png_uint_32>(format.nHeight), format.nBitDepth, format.nColorType,
+                 format.nInterlace, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (!format.palette.empty()) {
+        png_set_PLTE(pPng, pInfo, format.palette.data(), static_cast<int>(format.palette.size()));
+    }
+    if (request) {
+        request(pPng, pInfo);
     }
     png_write_info(pPng, pInfo);
-    for (int y = 0; y < nHeight; y++) {
-        png_write_row(pPng, pPixels + static_cast<std::ptrdiff_t>(y) * nStride);
+    const int nPasses = png_set_interlace_handling(pPng);
+    for (int nPass = 0; nPass < nPasses; nPass++) {
+        for (std::size_t y = 0; y < static_cast<std::size_t>(format.nHeight); y++) {
+            png_write_row(pPng, pRows + y * nStride);
+        }
     }
     png_write_end(pPng, pInfo);
     png_destroy_write_struct(&pPng, &pInfo);
