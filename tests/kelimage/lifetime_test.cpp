@@ -57,6 +57,12 @@ TEST(Lifetime, BorrowMovesEverything) {
     image.Borrow(&donor);
     EXPECT_EQ(image.m_bOwnBuffers, 0);
     EXPECT_EQ(image.GetBits(), picture.bits.data());
+    const Picture before = picture;
+    EXPECT_NE(image.Create(2, 2, 8), nullptr);  // lets go of what it borrows
+    EXPECT_EQ(image.m_bOwnBuffers, 1);
+    EXPECT_TRUE(support::Consistent(image));
+    EXPECT_EQ(picture.block, before.block);
+    EXPECT_EQ(picture.bits, before.bits);
 }
 
 TEST(Lifetime, InitForgetsWithoutReleasing) {
