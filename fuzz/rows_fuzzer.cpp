@@ -7,55 +7,33 @@
 
 namespace {
 
-using Function = void (*)(const kel::RowFunctions&, const unsigned char*, unsigned char*,
-                          std::size_t, const std::uint32_t*, const kel::PixelFields&);
+// Source bits per pixel and destination bytes per pixel of each conversion.
+constexpr std::size_t kSizes[][2] = {{24, 3}, {32, 3}, {32, 3}, {24, 4}, {8, 3},
+                                     {4, 3},  {1, 3},  {16, 3}, {32, 3}};
 
-// Source bits per pixel, destination bytes per pixel, and the call.
-struct Case {
-    std::size_t nSourceBits, nTargetBytes;
-    Function pfn;
-};
-
-#define ROW                                                                                 \
-    [](const kel::RowFunctions& f, const unsigned char* s, unsigned char* d, std::size_t n, \
-       [[maybe_unused]] const std::uint32_t* w, [[maybe_unused]] const kel::PixelFields& m)
-const Case kCases[] = {{24, 3, ROW{f.pfnReverse24(s, d, n);
-}  // namespace
+void Convert(std::size_t nCase, const kel::RowFunctions& functions, const unsigned char* pSource,
+             unsigned char* pTarget, std::size_t nPixels, const std::uint32_t* pWords,
+             const kel::PixelFields& fields) {
+    const decltype(functions.pfnReverse24) plain[] = {
+        functions.pfnReverse24, functions.pfnPack32, functions.pfnReverse32, functions.pfnExpand24};
+    const decltype(functions.pfnPalette8) indexed[] = {functions.pfnPalette8, functions.pfnPalette4,
+                                                       functions.pfnPalette1};
+    const decltype(functions.pfnFields16) masked[] = {functions.pfnFields16, functions.pfnFields32};
+    if (nCase < 4) {
+        plain[nCase](pSource, pTarget, nPixels);
+    } else if (nCase < 7) {
+        indexed[nCase - 4](pSource, pWords, pTarget, nPixels);
+    } else {
+        masked[nCase - 7](pSource, fields, pTarget, nPixels);
+    }
 }
-, {32, 3, ROW{f.pfnPack32(s, d, n);
-}
-}
-, {32, 3, ROW{f.pfnReverse32(s, d, n);
-}
-}
-, {24, 4, ROW{f.pfnExpand24(s, d, n);
-}
-}
-, {8, 3, ROW{f.pfnPalette8(s, w, d, n);
-}
-}
-, {4, 3, ROW{f.pfnPalette4(s, w, d, n);
-}
-}
-, {1, 3, ROW{f.pfnPalette1(s, w, d, n);
-}
-}
-, {16, 3, ROW{f.pfnFields16(s, m, d, n);
-}
-}
-, {32, 3, ROW{f.pfnFields32(s, m, d, n);
-}
-}
-,
-}
-;
-#undef ROW
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     fuzz::Input input(pData, nSize);
-    const Case& item = kCases[input.Byte() % std::size(kCases)];
+    const std::size_t nCase = input.Byte() % std::size(kSizes);
+    const auto [nSourceBits, nTargetBytes] = kSizes[nCase];
     const std::size_t nPixels = static_cast<std::size_t>(input.Range(0, 699));
     const std::size_t nShift = input.Byte() % 64u;
     kel::PixelFields fields;
@@ -71,18 +49,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     kel::FillColorWords(palette.data(), static_cast<int>(palette.size()), nShift % 2 == 0,
                         words.data(), 256);
 
-    const std::size_t nSource = (item.nSourceBits * nPixels + 7) / 8;
-    const std::size_t nTarget = item.nTargetBytes * nPixels;
+    const std::size_t nSource = (nSourceBits * nPixels + 7) / 8;
+    const std::size_t nTarget = nTargetBytes * nPixels;
     const std::unique_ptr<unsigned char[]> source(new unsigned char[nShift + nSource]);
     input.Fill(source.get(), nShift + nSource);
     fuzz::Bytes expected(nTarget);
-    item.pfn(kel::kRowsPortable, source.get() + nShift, expected.data(), nPixels, words.data(),
-             fields);
+    Convert(nCase, kel::kRowsPortable, source.get() + nShift, expected.data(), nPixels,
+            words.data(), fields);
     for (int nLevel = 0; nLevel <= static_cast<int>(kel::BestCpuLevel()); nLevel++) {
         const auto& functions = kel::RowFunctionsFor(static_cast<kel::CpuLevel>(nLevel));
         const std::unique_ptr<unsigned char[]> target(new unsigned char[nShift + nTarget]());
-        item.pfn(functions, source.get() + nShift, target.get() + nShift, nPixels, words.data(),
-                 fields);
+        Convert(nCase, functions, source.get() + nShift, target.get() + nShift, nPixels,
+                words.data(), fields);
         for (std::size_t i = 0; i < nTarget; i++) {
             fuzz::Require(target[nShift + i] == expected[i], "a row differs from the portable one");
         }

@@ -28,7 +28,7 @@ void Fill(CKelImage* pImage) {
     }
 }
 
-// The picture of Fill as a file of the given format, behind nOffset other bytes.
+// The picture of Fill as a file of the given format, between nOffset other bytes on both sides.
 Bytes File(KelImageFormat eFormat, int nOffset = 0) {
     CKelImage image;
     Fill(&image);
@@ -36,6 +36,7 @@ Bytes File(KelImageFormat eFormat, int nOffset = 0) {
     const Bytes before(static_cast<std::size_t>(nOffset), 'x');
     archive.Write(before.data(), static_cast<unsigned int>(nOffset));
     EXPECT_EQ(image.Save(&archive, eFormat, nullptr), KEL_OK);
+    archive.Write(before.data(), static_cast<unsigned int>(nOffset));
     return Bytes(archive.GetData(), archive.GetData() + archive.GetSize());
 }
 
