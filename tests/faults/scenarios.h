@@ -50,6 +50,9 @@ struct Scenario {
 
 const std::vector<Scenario>& AllScenarios();
 
+// A file of the fuzz targets' corpus.
+Bytes Load(const std::string& strFile);
+
 // Everything there is to see of an image: header, palette, pixels.
 Bytes Seen(CKelImage& image);
 

@@ -17,13 +17,6 @@ const support::Kind kIndexed4{4, BI_RGB, 0}, kIndexed8{8, BI_RGB, 0}, kBits1{1, 
     kBits16{16, BI_RGB, 0}, kMasks16{16, BI_BITFIELDS, 0}, kBits24{24, BI_RGB, 0},
     kBits32{32, BI_RGB, 0};
 
-Bytes Load(const std::string& strFile) {
-    std::ifstream in(FAULTS_CORPUS "/" + strFile, std::ios::binary);
-    const Bytes bytes(std::istreambuf_iterator<char>(in), {});
-    EXPECT_FALSE(bytes.empty()) << strFile;
-    return bytes;
-}
-
 std::function<void(Stage&)> Holding(support::Kind kind, int nWidth = 13, int nHeight = 9) {
     return [=](Stage& stage) {
         EXPECT_EQ(support::OpenRandom(&stage.image, kind, nWidth, nHeight, 5), KEL_OK);
@@ -88,6 +81,13 @@ Scenario Scale(support::Kind kind, int nKernel, bool bNew) {
 }
 
 }  // namespace
+
+Bytes Load(const std::string& strFile) {
+    std::ifstream in(FAULTS_CORPUS "/" + strFile, std::ios::binary);
+    const Bytes bytes(std::istreambuf_iterator<char>(in), {});
+    EXPECT_FALSE(bytes.empty()) << strFile;
+    return bytes;
+}
 
 const std::vector<Scenario>& AllScenarios() {
     static const std::vector<Scenario> all = {

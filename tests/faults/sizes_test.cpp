@@ -9,9 +9,8 @@
 
 #include <cstdio>
 #include <ctime>
-#include <fstream>
-#include <iterator>
 
+#include "kelbitmap/bmplayout.h"
 #include "scenarios.h"
 #include "support/recordingtrace.h"
 
@@ -28,16 +27,6 @@ constexpr u32 kSizes[] = {0,          1,          2,          0x7FFF,     0x8000
                           0x10000,    46341,      0x1555556,  0x2AAAAAB,  0x4000000,  0x5555556,
                           0x8000000,  0x10000000, 0x15555556, 0x1FFFFFFF, 0x20000000, 0x40000000,
                           0x7FFFFFFE, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-
-Bytes Load(const char* pszFile) {
-    std::ifstream in(std::string(FAULTS_CORPUS "/") + pszFile, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-void PutLittle(Bytes& bytes, std::size_t i, int nBytes, u32 nValue) {
-    for (int k = 0; k < nBytes; k++)
-        bytes[i++] = static_cast<unsigned char>(nValue >> 8 * k);
-}
 
 void PutBig(Bytes& bytes, std::size_t i, int nBytes, u32 nValue) {
     for (int k = nBytes; k-- > 0;)
@@ -108,9 +97,9 @@ TEST(Sizes, BmpClaimsAtEveryWrapAround) {
                 if (IsLong(nWidth, nHeight, nBits))
                     continue;
                 files.push_back(base);
-                PutLittle(files.back(), 18, 4, nWidth);
-                PutLittle(files.back(), 22, 4, nHeight);
-                PutLittle(files.back(), 28, 2, nBits);
+                kel::Store32(&files.back()[18], nWidth);
+                kel::Store32(&files.back()[22], nHeight);
+                kel::Store16(&files.back()[28], static_cast<std::uint16_t>(nBits));
             }
         }
     }
@@ -119,8 +108,8 @@ TEST(Sizes, BmpClaimsAtEveryWrapAround) {
              {10u, 30u, 34u, 46u}) {  // offset, compression, size, colours
             for (const u32 nBits : {8u, 24u}) {
                 files.push_back(base);
-                PutLittle(files.back(), 28, 2, nBits);
-                PutLittle(files.back(), nField, 4, nValue);
+                kel::Store16(&files.back()[28], static_cast<std::uint16_t>(nBits));
+                kel::Store32(&files.back()[nField], nValue);
             }
         }
     }
