@@ -13,6 +13,9 @@ namespace {
 
 // From this size on a block holds whole huge pages wherever it starts.
 [[maybe_unused]] constexpr std::size_t kHugePageThreshold = std::size_t{4} << 20;
+// From this size on the C library maps each block afresh. Smaller ones may have been in use before,
+// and then looking for missing pages costs more than it spares.
+[[maybe_unused]] constexpr std::size_t kFreshThreshold = std::size_t{32} << 20;
 
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 // Advises the whole small pages between two addresses.
@@ -26,9 +29,9 @@ void Advise(std::uintptr_t nBegin, std::uintptr_t nEnd, int nAdvice) {
 }
 #endif
 
-// Asks for huge pages in a large block, and for the small pages before the first and behind the
-// last of them at once, since fetching those one by one on first use costs as much as all huge
-// ones. Hints: their failure changes nothing, nor does memory of the block that was in use before.
+// Asks for huge pages in a large block. Where all its pages are fresh, those small ones that lie
+// before the first huge page and behind the last are fetched at once: one by one, on first use,
+// they cost many times as much a byte. Hints: their failure changes nothing.
 unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::size_t nSize) {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     if (pBlock != nullptr && nSize >= kHugePageThreshold) {
@@ -36,9 +39,11 @@ unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::size
         const std::uintptr_t nEnd = nBegin + nSize;
         Advise(nBegin, nEnd, MADV_HUGEPAGE);
 #ifdef MADV_POPULATE_WRITE
-        constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
-        Advise(nBegin, (nBegin + kHugePage - 1) / kHugePage * kHugePage, MADV_POPULATE_WRITE);
-        Advise(nEnd / kHugePage * kHugePage, nEnd, MADV_POPULATE_WRITE);
+        if (nSize >= kFreshThreshold) {
+            constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
+            Advise(nBegin, (nBegin + kHugePage - 1) / kHugePage * kHugePage, MADV_POPULATE_WRITE);
+            Advise(nEnd / kHugePage * kHugePage, nEnd, MADV_POPULATE_WRITE);
+        }
 #endif
     }
 #endif
