@@ -1,13 +1,53 @@
 // Streams that misbehave the way they do outside tests.
 #include <gtest/gtest.h>
 #include <platform/vamarchivefile.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "scenarios.h"
 #include "support/recordingtrace.h"
 
 using namespace faults;
+using support::Fault;
+using support::Op;
+
+namespace {
+
+Bytes Load(const char* pszFile) {
+    std::ifstream in(std::string(FAULTS_CORPUS "/") + pszFile, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+// One file of each kind, and what opening it gives when the stream ends early: libjpeg makes up the
+// rest, libpng refuses, missing BMP rows are zero.
+struct Short {
+    const char* pszFile;
+    KelResult nResult;
+};
+constexpr Short kShort[] = {
+    {"bmp/40-24-0", KEL_OK}, {"jpeg/3b0", KEL_OK}, {"png/2-8-0", KEL_ERR_CODEC}};
+
+// A file that loses its second half after the first read.
+class ShrinkingFile : public CVamArchiveFile {
+  public:
+    unsigned int Read(void* pBuffer, unsigned int nCount) override {
+        const unsigned int nRead = CVamArchiveFile::Read(pBuffer, nCount);
+        if (!m_bShrunk) {
+            EXPECT_EQ(ftruncate(fileno(GetHandle()), 120), 0);
+        }
+        m_bShrunk = true;
+        return nRead;
+    }
+
+  private:
+    bool m_bShrunk = false;
+};
+
+}  // namespace
 
 TEST(Streams, FullDiskDuringSaveIsKnownToTheArchive) {
     CKelImage image;
@@ -20,6 +60,42 @@ TEST(Streams, FullDiskDuringSaveIsKnownToTheArchive) {
         EXPECT_FALSE(full.Close());
         EXPECT_TRUE(full.HasFailed());
         EXPECT_EQ(image.Save("/dev/full", eFormat, nullptr), KEL_OK);
+    }
+}
+
+TEST(Streams, FileShrinksWhileItIsRead) {
+    const support::RecordingTrace silence(-1);
+    const auto path =
+        std::filesystem::temp_directory_path() / ("ikelex-shrinking-" + std::to_string(getpid()));
+    for (const Short& item : kShort) {
+        const Bytes bytes = Load(item.pszFile);
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+        ShrinkingFile file;
+        ASSERT_TRUE(file.Open(path.c_str(), "r+b"));
+        CKelImage image;
+        const KelResult nResult = image.Open(&file);
+        EXPECT_TRUE(nResult == item.nResult || nResult == KEL_ERR_CODEC) << item.pszFile;
+        ExpectSound(image, item.pszFile);
+        EXPECT_EQ(file.GetPosition(), 0);
+    }
+    std::filesystem::remove(path);
+}
+
+TEST(Streams, StreamReturnsMinusOne) {
+    const support::RecordingTrace silence(-1);
+    for (const Short& item : kShort) {
+        const Bytes bytes = Load(item.pszFile);
+        // The first read finds the format and the reader meets the fault at once or a little later.
+        for (const int nCall : {2, 4}) {
+            support::FaultyArchive archive(bytes);
+            archive.FailAt(Op::kRead, nCall, Fault::kMinusOne, true);
+            CKelImage image;
+            const KelResult nResult = image.Open(&archive);
+            EXPECT_TRUE(nResult == KEL_OK || nResult == KEL_ERR_CODEC || nResult == KEL_ERR_PARAM)
+                << item.pszFile << ": " << nResult;
+            ExpectSound(image, item.pszFile);
+        }
     }
 }
 

@@ -4,12 +4,17 @@
 
 #include <ikelex/filters.h>
 
+#include "plain.h"
+
 namespace support {
 
 // Both passes with a temporary picture between them.
-void RefScale(KelScaleType eType, const unsigned char* const* ppIn, unsigned int nInWidth,
-              unsigned int nInHeight, unsigned char* const* ppOut, unsigned int nOutWidth,
-              unsigned int nOutHeight);
+inline void RefScale(KelScaleType eType, unsigned char** ppIn, unsigned int nInWidth,
+                     unsigned int nInHeight, unsigned char** ppOut, unsigned int nOutWidth,
+                     unsigned int nOutHeight) {
+    plain::Scale(eType, ppIn, static_cast<int>(nInWidth), static_cast<int>(nInHeight), ppOut,
+                 static_cast<int>(nOutWidth), static_cast<int>(nOutHeight));
+}
 
 }  // namespace support
 
