@@ -16,15 +16,10 @@ using Bytes = std::vector<unsigned char>;
 
 // A BMP file built by hand, and the parts the image must come to hold.
 struct BmpFile {
-    Bytes bytes;
-    Bytes table;  // as the image holds it, 4 bytes an entry
-    Bytes rows;   // in file order
-    std::size_t nStride;
+    Bytes bytes, table, rows;  // the table as the image holds it; rows in file order
+    int nStride;
 
     void Put(std::size_t nAt, unsigned int nValue) { kel::Store32(&bytes[nAt], nValue); }
-    void Put16(std::size_t nAt, int nValue) {
-        kel::Store16(&bytes[nAt], static_cast<std::uint16_t>(nValue));
-    }
 };
 
 Bytes Noise(std::size_t nSize, unsigned int nSeed) {
@@ -36,12 +31,11 @@ Bytes Noise(std::size_t nSize, unsigned int nSeed) {
 // A gap of 5 bytes lies before the rows and 7 bytes behind them, so that only the offset finds
 // them.
 BmpFile Finish(BmpFile file, const Bytes& fileTable, int nBits, int nWidth, int nRows) {
-    file.nStride = static_cast<std::size_t>((nBits * nWidth + 31) / 32 * 4);
-    file.rows = Noise(file.nStride * static_cast<std::size_t>(nRows), 99);
+    file.nStride = (nBits * nWidth + 31) / 32 * 4;
+    file.rows = Noise(static_cast<std::size_t>(file.nStride * nRows), 99);
     file.bytes.insert(file.bytes.end(), fileTable.begin(), fileTable.end());
     file.bytes.resize(file.bytes.size() + 5, 0xEE);
-    file.bytes[0] = 'B';
-    file.bytes[1] = 'M';
+    file.Put(0, 'B' | 'M' << 8);
     file.Put(10, static_cast<unsigned int>(file.bytes.size()));
     file.bytes.insert(file.bytes.end(), file.rows.begin(), file.rows.end());
     file.bytes.resize(file.bytes.size() + 7, 0xEE);
@@ -54,12 +48,10 @@ BmpFile InfoFile(int nBits, int nWidth, int nHeight, unsigned int nCompression =
     file.Put(14, 40);
     file.Put(18, static_cast<unsigned int>(nWidth));
     file.Put(22, static_cast<unsigned int>(nHeight));
-    file.Put16(26, 1);
-    file.Put16(28, nBits);
+    file.Put(26, static_cast<unsigned int>(1 | nBits << 16));
     file.Put(30, nCompression);
     file.Put(46, nEntries);
     const unsigned int nTable = nCompression == BI_BITFIELDS  ? 3
-                                : nBits == 1                  ? 2
                                 : nEntries == 0 && nBits <= 8 ? 1u << nBits
                                                               : nEntries;
     file.table = Noise(std::size_t{nTable} * 4, 7);
@@ -69,16 +61,11 @@ BmpFile InfoFile(int nBits, int nWidth, int nHeight, unsigned int nCompression =
 BmpFile CoreFile(int nBits, int nWidth, int nHeight) {
     BmpFile file{Bytes(26), {}, {}, 0};
     file.Put(14, 12);
-    file.Put16(18, nWidth);
-    file.Put16(20, nHeight);
-    file.Put16(22, 1);
-    file.Put16(24, nBits);
+    file.Put(18, static_cast<unsigned int>(nWidth | nHeight << 16));
+    file.Put(22, static_cast<unsigned int>(1 | nBits << 16));
     const Bytes triples = Noise(nBits <= 8 ? std::size_t{3} << nBits : 0, 5);
-    for (std::size_t i = 0; i < triples.size(); ++i) {
-        file.table.push_back(triples[i]);
-        if (i % 3 == 2) {
-            file.table.push_back(0);
-        }
+    for (std::size_t i = 0; i < triples.size(); i += 3) {
+        file.table.insert(file.table.end(), {triples[i], triples[i + 1], triples[i + 2], 0});
     }
     return Finish(file, triples, nBits, nWidth, nHeight);
 }
@@ -90,42 +77,33 @@ void ExpectOpens(const BmpFile& file, int nBits, int nWidth, int nRows, bool bRe
                  std::size_t nSizeImage = 0) {
     CKelImage image;
     ASSERT_EQ(KEL_OK, Decode(file.bytes, image));
-    EXPECT_EQ(nSizeImage != 0 ? nSizeImage : file.rows.size(),
-              image.GetBitmapInfoHeader()->biSizeImage);
     const BITMAPINFOHEADER& header = *image.GetBitmapInfoHeader();
-    EXPECT_EQ((std::vector<int>{40, nWidth, nRows, 1, nBits}),
-              (std::vector<int>{static_cast<int>(header.biSize), header.biWidth, header.biHeight,
-                                header.biPlanes, header.biBitCount}));
-    ASSERT_EQ(file.table.size(), static_cast<std::size_t>(image.GetPaletteNum()) * 4);
-    if (!file.table.empty()) {
-        EXPECT_EQ(0, std::memcmp(file.table.data(), image.GetPalette(), file.table.size()));
-    }
+    const std::size_t nExpectedSize = nSizeImage != 0 ? nSizeImage : file.rows.size();
+    EXPECT_EQ((std::vector<std::size_t>{40, 1, nExpectedSize}),
+              (std::vector<std::size_t>{header.biSize, header.biPlanes, header.biSizeImage}));
+    EXPECT_EQ((std::vector<int>{nWidth, nRows, nBits}),
+              (std::vector<int>{header.biWidth, header.biHeight, header.biBitCount}));
+    const auto* pTable = reinterpret_cast<unsigned char*>(image.GetPalette());
+    EXPECT_EQ(file.table, Bytes(pTable, pTable + image.GetPaletteNum() * 4));
     for (int i = 0; i < nRows; ++i) {
-        const auto nFrom = static_cast<std::size_t>(bReversed ? nRows - 1 - i : i);
-        EXPECT_EQ(0, std::memcmp(file.rows.data() + nFrom * file.nStride, image.GetLineArray()[i],
-                                 file.nStride))
-            << i;
+        const auto pFrom = file.rows.begin() + (bReversed ? nRows - 1 - i : i) * file.nStride;
+        EXPECT_TRUE(std::equal(pFrom, pFrom + file.nStride, image.GetLineArray()[i])) << i;
     }
 }
 
 }  // namespace
 
 TEST(BmpReader, EveryLayoutBothDirectionsBothHeaders) {
-    struct Layout {
-        int nBits;
-        unsigned int nCompression, nEntries;
-    };
-    for (const Layout& layout :
-         {Layout{1, BI_RGB, 0}, Layout{4, BI_RGB, 0}, Layout{4, BI_RGB, 5}, Layout{8, BI_RGB, 0},
-          Layout{8, BI_RGB, 300}, Layout{16, BI_RGB, 0}, Layout{16, BI_BITFIELDS, 0},
-          Layout{24, BI_RGB, 0}, Layout{24, BI_RGB, 3}, Layout{32, BI_RGB, 0},
-          Layout{32, BI_BITFIELDS, 0}, Layout{8, BI_RLE8, 0}, Layout{4, BI_RLE4, 0}}) {
-        const auto [nBits, nCompression, nEntries] = layout;
-        for (const int nWidth : {1, 2, 3, 9, 33}) {
+    const support::Kind kinds[] = {{1, BI_RGB, 0},   {4, BI_RGB, 5},        {8, BI_RGB, 0},
+                                   {8, BI_RGB, 300}, {16, BI_RGB, 0},       {24, BI_RGB, 3},
+                                   {32, BI_RGB, 0},  {16, BI_BITFIELDS, 0}, {32, BI_BITFIELDS, 0},
+                                   {8, BI_RLE8, 0},  {4, BI_RLE4, 0}};
+    for (const auto& [nBits, nCompression, nEntries] : kinds) {
+        const bool bRunLength = nCompression == BI_RLE8 || nCompression == BI_RLE4;
+        for (const int nWidth : {1, 9, 33}) {
             for (const int nRows : {1, 2, 5}) {
                 SCOPED_TRACE(testing::Message() << nBits << " " << nWidth << " " << nRows);
                 const BmpFile up = InfoFile(nBits, nWidth, nRows, nCompression, nEntries);
-                const bool bRunLength = nCompression == BI_RLE8 || nCompression == BI_RLE4;
                 ExpectOpens(up, nBits, nWidth, nRows, !bRunLength);
                 const BmpFile down = InfoFile(nBits, nWidth, -nRows, nCompression, nEntries);
                 ExpectOpens(down, nBits, nWidth, nRows, false);
@@ -137,18 +115,15 @@ TEST(BmpReader, EveryLayoutBothDirectionsBothHeaders) {
 
 // biSizeImage against the bytes the rows take: 7 x 4 pixels at 8 bits, 32 bytes.
 TEST(BmpReader, ClaimedSizeOfTheRows) {
-    struct Case {
-        unsigned int nCompression, nClaimed, nKept, nArrived;
-    };
-    for (const Case& c : {Case{BI_RGB, 0, 32, 32}, Case{BI_RGB, 31, 32, 32},
-                          Case{BI_RGB, 35, 35, 32}, Case{BI_RLE8, 10, 10, 10},
-                          Case{BI_RLE8, 0, 32, 32}, Case{BI_RGB, 3000000, 3000000, 32}}) {
-        SCOPED_TRACE(c.nClaimed);
-        BmpFile file = InfoFile(8, 7, -4, c.nCompression);
-        file.Put(34, c.nClaimed);
-        std::fill(file.rows.begin() + c.nArrived, file.rows.end(), static_cast<unsigned char>(0));
+    const unsigned int cases[][3] = {
+        {BI_RGB, 31, 32}, {BI_RGB, 3000000, 3000000}, {BI_RLE8, 10, 10}, {BI_RLE8, 0, 32}};
+    for (const auto& [nCompression, nClaimed, nKept] : cases) {
+        SCOPED_TRACE(nClaimed);
+        BmpFile file = InfoFile(8, 7, -4, nCompression);
+        file.Put(34, nClaimed);
+        std::fill(file.rows.begin() + std::min(nKept, 32u), file.rows.end(), Bytes::value_type());
         const support::AllocFill fill(0xA5);
-        ExpectOpens(file, 8, 7, 4, false, c.nKept);
+        ExpectOpens(file, 8, 7, 4, false, nKept);
     }
 }
 
@@ -156,24 +131,20 @@ TEST(BmpReader, ClaimedSizeOfTheRows) {
 TEST(BmpReader, CraftedHeaders) {
     struct Case {
         const char* pszWhat;
-        int nWidth, nHeight;
-        int nBits;
+        int nWidth, nHeight, nBits;
         unsigned int nCompression, nEntries;
         KelResult nResult;
         bool bKeepsBuffers;
     };
     const Case cases[] = {
         {"depth 2", 3, 2, 2, 0, 0, KEL_ERR_PARAM, true},
-        {"depth 0", 3, 2, 0, 0, 0, KEL_ERR_PARAM, true},
         {"compression 4", 3, 2, 24, 4, 0, KEL_ERR_PARAM, true},
         {"negative width", -3, 2, 24, 0, 0, KEL_ERR_PARAM, false},
         {"height without absolute value", 3, INT_MIN, 24, 0, 0, KEL_ERR_PARAM, false},
         {"65,537 entries", 3, 2, 8, 0, 65537, KEL_ERR_PARAM, false},
         {"table size wraps to 0", 3, 2, 24, 0, 0x40000000, KEL_ERR_PARAM, false},
-        {"table size wraps to 1 entry", 3, 2, 8, 0, 0x40000001, KEL_ERR_PARAM, false},
         {"rows over 31 bits", 30000, 30000, 24, 0, 0, KEL_ERR_PARAM, false},
         {"stride wraps", 0x10000001, 2, 32, 0, 0, KEL_ERR_PARAM, false},
-        {"depth 65535", INT_MAX, INT_MAX, 65535, 0, 0, KEL_ERR_PARAM, false},
         {"no columns, too many row pointers", 0, INT_MAX, 24, 0, 0, KEL_ERR_MEMORY, false},
         {"65,536 entries", 3, 2, 8, 0, 65536, KEL_OK, true},
         {"no rows", 3, 0, 24, 0, 0, KEL_OK, true},
@@ -184,10 +155,10 @@ TEST(BmpReader, CraftedHeaders) {
         BmpFile file = InfoFile(24, 3, 2);
         file.Put(18, static_cast<unsigned int>(c.nWidth));
         file.Put(22, static_cast<unsigned int>(c.nHeight));
-        file.Put16(28, c.nBits);
+        file.Put(26, static_cast<unsigned int>(1 | c.nBits << 16));
         file.Put(30, c.nCompression);
         file.Put(46, c.nEntries);
-        support::RecordingTrace trace(-1);
+        const support::RecordingTrace silence(-1);
         CKelImage image;
         ASSERT_EQ(KEL_OK, Decode(CoreFile(1, 3, 3).bytes, image));  // to be replaced
         EXPECT_EQ(c.nResult, Decode(file.bytes, image));
@@ -195,12 +166,10 @@ TEST(BmpReader, CraftedHeaders) {
         EXPECT_EQ(c.nResult == KEL_OK ? c.nHeight : 0, image.GetHeight());
         EXPECT_EQ(c.nResult == KEL_OK, image.GetLineArray() != nullptr);
     }
-    for (const unsigned int nSize : {0u, 16u, 64u, 108u, 124u}) {
-        BmpFile file = InfoFile(24, 3, 2);
-        file.Put(14, nSize);
-        CKelImage image;
-        EXPECT_EQ(KEL_ERR_PARAM, Decode(file.bytes, image)) << nSize;
-    }
+    BmpFile longer = InfoFile(24, 3, 2);
+    longer.Put(14, 124);
+    CKelImage image;
+    EXPECT_EQ(KEL_ERR_PARAM, Decode(longer.bytes, image));
 }
 
 // Every prefix gives the same picture whatever fresh memory holds, and zero where nothing arrived.
@@ -215,77 +184,51 @@ TEST(BmpReader, PrefixesAreFilledWithZero) {
             padded.resize(file.bytes.size(), 0);
             CKelImage image, expected;
             const KelResult nResult = Decode(padded, expected);
-            for (const int nFill : {0xA5, 0x5A}) {
-                const support::AllocFill fill(static_cast<unsigned char>(nFill));
-                ASSERT_EQ(nResult, Decode(prefix, image)) << nLength;
-                ASSERT_TRUE(nResult == KEL_OK || nResult == KEL_ERR_PARAM) << nLength;
-                EXPECT_EQ(support::Snapshot(expected), support::Snapshot(image)) << nLength;
-            }
+            const support::AllocFill fill(nLength % 2 == 0 ? 0xA5 : 0x5A);
+            ASSERT_EQ(nResult, Decode(prefix, image)) << nLength;
+            EXPECT_EQ(support::Snapshot(expected), support::Snapshot(image)) << nLength;
         }
     }
 }
 
 namespace {
 
-// Notes each call and, before the nChange-th Read, replaces the bytes: a file that changes.
-class WatchedArchive : public CVamArchiveMemory {
-  public:
-    explicit WatchedArchive(Bytes& bytes, const Bytes& after = {}, int nChange = 0)
-        : CVamArchiveMemory(bytes.data(), bytes.size()),
-          m_Bytes(bytes),
-          m_After(after),
-          m_nChange(nChange) {}
-
+// Notes each call and, before the nChange-th Read, puts another header in place: a file that
+// changes.
+struct WatchedArchive : CVamArchiveMemory {
+    WatchedArchive(const Bytes& bytes, const Bytes& after, int nChange)
+        : CVamArchiveMemory(bytes.data(), bytes.size()), m_After(after), m_nChange(nChange) {}
     unsigned int Read(void* pBuffer, unsigned int nCount) override {
         m_strCalls += 'R' + std::to_string(nCount) + ' ';
+        const unsigned int nRead = CVamArchiveMemory::Read(pBuffer, nCount);
         if (--m_nChange == 0) {
-            std::copy_n(m_After.begin(), std::min(m_After.size(), m_Bytes.size()), m_Bytes.begin());
+            std::copy_n(&m_After[14], nRead, static_cast<unsigned char*>(pBuffer));
         }
-        return CVamArchiveMemory::Read(pBuffer, nCount);
+        return nRead;
     }
     bool Seek(long long nPosition, int nOrigin) override {
         m_strCalls += (nOrigin == 0 ? 'S' : '!') + std::to_string(nPosition) + ' ';
         return CVamArchiveMemory::Seek(nPosition, nOrigin);
     }
-    long long GetPosition() override {
-        m_strCalls += "P ";
-        return CVamArchiveMemory::GetPosition();
-    }
 
     std::string m_strCalls;
-
-  private:
-    Bytes& m_Bytes;
     const Bytes m_After;
     int m_nChange;
 };
 
 }  // namespace
 
-TEST(BmpReader, CallsOfTheArchive) {
-    const struct {
-        BmpFile file;
-        const char* pszCalls;
-    } cases[] = {{InfoFile(8, 7, 4, BI_RGB, 5), "R14 P R4 S14 R40 S14 R60 S79 R32 "},
-                 {CoreFile(4, 7, 4), "R14 P R4 S14 R12 R48 S79 R16 "}};
-    for (const auto& [file, pszCalls] : cases) {
-        Bytes bytes = file.bytes;
-        WatchedArchive archive(bytes);
-        CKelImage image;
-        EXPECT_EQ(KEL_OK, CKelBMPDecoder().Do(&archive, &image));
-        EXPECT_EQ(pszCalls, archive.m_strCalls);
-    }
-}
-
 // The header is read twice; the second one is what counts, and its table must lie in what the first
 // one made room for.
-TEST(BmpReader, HeaderThatChangesBetweenTwoReads) {
-    for (const BmpFile& other : {InfoFile(8, 3, 2), InfoFile(8, -3, 2), InfoFile(24, 3, 2)}) {
-        Bytes bytes = InfoFile(8, 3, 2, BI_RGB, 2).bytes;
-        WatchedArchive archive(bytes, other.bytes, 4);
+TEST(BmpReader, CallsOfTheArchiveAndAHeaderThatChangesInBetween) {
+    const Bytes first = InfoFile(8, 3, 2, BI_RGB, 2).bytes;
+    for (const BmpFile& other : {InfoFile(8, -3, 2), InfoFile(8, 3, 2), InfoFile(24, 3, 2)}) {
+        WatchedArchive archive(first, other.bytes, 4);
         CKelImage image;
         const bool bFits = other.table.empty();
         EXPECT_EQ(bFits ? KEL_OK : KEL_ERR_PARAM, CKelBMPDecoder().Do(&archive, &image));
         EXPECT_EQ(bFits, image.GetBits() != nullptr);
+        const std::string strHeader = "R14 R4 S14 R40 S14 R48 ";
+        EXPECT_EQ(strHeader + (bFits ? "S67 R24 " : ""), archive.m_strCalls);
     }
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
-#include <jerror.h>
 #include <plaincodecs.h>
+
+#include <algorithm>
 
 #include "keldecoder/keljpegdecoder.h"
 #include "support/pictures.h"
@@ -23,28 +24,22 @@ Bytes Start(const Bytes& file, std::size_t nLength) {
     return Bytes(file.data(), file.data() + nLength);
 }
 
-// The picture as libjpeg would have delivered it, from the image's blue, green, red rows.
-Bytes SamplesOf(CKelImage& image) {
-    Bytes bytes;
-    const int nBytes = image.GetBitsPerPixel() / 8;
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        const unsigned char* pRow = image.GetLineArray()[y];
-        for (int x = 0; x < image.GetWidth() * nBytes; ++x) {
-            bytes.push_back(nBytes == 3 ? pRow[x + 2 - x % 3 * 2] : pRow[x]);
-        }
-    }
-    return bytes;
-}
-
 // Expects of a decode all that the plain loop delivers for the file.
 void ExpectAsPlain(const Bytes& file, KelResult nResult, CKelImage& image) {
     try {
         const plain::JpegPicture expected = plain::DecodeJpeg(file);
         ASSERT_EQ(nResult, KEL_OK);
-        EXPECT_EQ(image.GetWidth(), expected.nWidth);
-        EXPECT_EQ(image.GetHeight(), expected.nHeight);
-        EXPECT_EQ(image.GetBitsPerPixel(), expected.nComponents * 8);
-        EXPECT_TRUE(SamplesOf(image) == expected.Rows());
+        ASSERT_EQ(image.GetWidth(), expected.nWidth);
+        ASSERT_EQ(image.GetHeight(), expected.nHeight);
+        ASSERT_EQ(image.GetBitsPerPixel(), expected.nComponents * 8);
+        Bytes rows;  // as libjpeg delivers them, from the image's blue, green, red
+        for (int y = 0; y < image.GetHeight(); ++y) {
+            const unsigned char* pRow = image.GetLineArray()[y];
+            for (int x = 0; x < image.GetWidth() * expected.nComponents; ++x) {
+                rows.push_back(expected.nComponents == 3 ? pRow[x + 2 - x % 3 * 2] : pRow[x]);
+            }
+        }
+        EXPECT_TRUE(rows == expected.Rows());
     } catch (const plain::JpegError&) {
         EXPECT_EQ(nResult, KEL_ERR_CODEC);
     }
@@ -63,15 +58,13 @@ TEST(JpegDecoder, DeliversWhatPlainLibjpegDelivers) {
     for (const auto& [nWidth, nHeight] : sizes) {
         for (const int nComponents : {1, 3, 4}) {
             SCOPED_TRACE(testing::Message() << nWidth << " x " << nHeight << " x " << nComponents);
-            plain::JpegFormat format{nWidth, nHeight, nComponents};
-            ExpectAsPlain(NoiseFile(format));
-            format.bProgressive = true;
-            ExpectAsPlain(NoiseFile(format));
-            format.eStored = nComponents == 3   ? JCS_RGB
-                             : nComponents == 4 ? JCS_YCCK
-                                                : JCS_GRAYSCALE;
-            format.nComment = 9000;  // longer than two input blocks, to be skipped
-            ExpectAsPlain(NoiseFile(format));
+            // A comment longer than two input blocks is skipped.
+            ExpectAsPlain(NoiseFile({nWidth, nHeight, nComponents, 75, true, JCS_UNKNOWN, 9000}));
+            ExpectAsPlain(NoiseFile({nWidth, nHeight, nComponents}));
+        }
+        for (const J_COLOR_SPACE eStored : {JCS_RGB, JCS_YCCK}) {
+            const int nComponents = eStored == JCS_RGB ? 3 : 4;
+            ExpectAsPlain(NoiseFile({nWidth, nHeight, nComponents, 75, false, eStored}));
         }
     }
 }
@@ -80,12 +73,11 @@ TEST(JpegDecoder, TreatsEveryTruncationAsPlainLibjpegDoes) {
     testing::internal::CaptureStderr();  // libjpeg's warnings keep their default way out
     const support::RecordingTrace trace(-1);
     for (const bool bProgressive : {false, true}) {
-        for (const unsigned int nComment : {0u, 5000u}) {
-            const Bytes file = NoiseFile({40, 33, 3, 50, bProgressive, JCS_UNKNOWN, nComment});
-            for (std::size_t n = 0; n < file.size(); n += nComment == 0 ? 1 : 77) {
-                SCOPED_TRACE(n);
-                ExpectAsPlain(Start(file, n));
-            }
+        const unsigned int nComment = bProgressive ? 5000 : 0;
+        const Bytes file = NoiseFile({40, 33, 3, 50, bProgressive, JCS_UNKNOWN, nComment});
+        for (std::size_t n = 0; n < file.size(); n += bProgressive ? 17 : 1) {
+            SCOPED_TRACE(n);
+            ExpectAsPlain(Start(file, n));
         }
     }
     EXPECT_TRUE(trace.Lines().empty());
@@ -96,18 +88,13 @@ TEST(JpegDecoder, TakesAFailedReadAsTheEnd) {
     const Bytes file = NoiseFile({300, 150});
     ASSERT_GT(file.size(), 3u * 4096);
     testing::internal::CaptureStderr();
-    for (const support::Fault eFault : support::kAllFaults) {
-        SCOPED_TRACE(static_cast<int>(eFault));
+    for (const support::Fault eFault : {support::Fault::kHuge, support::Fault::kShort}) {
         CKelImage image;
         support::FaultyArchive archive(file);
         archive.FailAt(support::Op::kRead, 2, eFault, true);
-        if (eFault == support::Fault::kThrow) {  // what the host throws is the host's to catch
-            EXPECT_THROW(CKelJpegDecoder().Do(&archive, &image), support::ForeignError);
-            continue;
-        }
         const KelResult nResult = CKelJpegDecoder().Do(&archive, &image);
-        // A short read is not yet the end.
-        ExpectAsPlain(eFault == support::Fault::kShort ? file : Start(file, 4096), nResult, image);
+        const bool bGoesOn = eFault == support::Fault::kShort;  // a short read is not yet the end
+        ExpectAsPlain(bGoesOn ? file : Start(file, 4096), nResult, image);
     }
     testing::internal::GetCapturedStderr();
 }
@@ -124,11 +111,9 @@ TEST(JpegDecoder, RefusesWhatNoImageCanHold) {
         EXPECT_EQ(trace.Lines().size(), nComponents == 2 ? 2u : 0u);  // libjpeg does not mind five
     }
     Bytes file = NoiseFile({8, 8, 3, 75, true});
-    for (std::size_t i = 0; i + 8 < file.size(); ++i) {
-        if (file[i] == 0xFF && file[i + 1] == 0xC2) {  // the frame header: height and width
-            file[i + 5] = file[i + 7] = 0xFF;
-        }
-    }
+    const unsigned char frame[] = {0xFF, 0xC2};
+    const auto pFrame = std::search(file.begin(), file.end(), frame, frame + 2);
+    pFrame[5] = pFrame[7] = 0xFF;  // height and width
     CKelImage image;
     EXPECT_EQ(Decode(file, image), KEL_ERR_MEMORY);
     EXPECT_EQ(image.GetWidth(), 0);
@@ -152,15 +137,4 @@ TEST(JpegDecoder, TracesEachDecodeAndEachError) {
     EXPECT_TRUE(strText.starts_with("CKelJpegDecoder::jpeg_error_exit, err msg: "));
     EXPECT_FALSE(strText.ends_with(": "));
     EXPECT_EQ(trace.Lines(), support::InputError(strText));
-
-    jpeg_decompress_struct info = {};
-    jpeg_error_mgr errors;
-    info.err = jpeg_std_error(&errors);
-    errors.msg_code = JERR_NO_IMAGE;
-    try {
-        CKelJpegDecoder::jpeg_error_exit(reinterpret_cast<jpeg_common_struct*>(&info));
-        FAIL() << "the error handler returned";
-    } catch (const CKelJpegDecoder::MyJpegException& exception) {
-        EXPECT_EQ(exception.m_nMsgCode, static_cast<int>(JERR_NO_IMAGE));
-    }
 }

@@ -14,8 +14,7 @@ using plain::PngFormat;
 namespace {
 
 struct Kind {
-    int nColorType;
-    int nBitDepth;
+    int nColorType, nBitDepth;
     int nImageDepth;  // what the image holds
 };
 
@@ -29,11 +28,11 @@ constexpr Kind kKinds[] = {{PNG_COLOR_TYPE_GRAY, 1, 24},        {PNG_COLOR_TYPE_
                            {PNG_COLOR_TYPE_RGB_ALPHA, 16, 32}};
 
 // A file with random rows and, for indices, a random palette of nColors (0: of all there can be).
-Bytes NoiseFile(PngFormat format, int nColors = 0, const plain::PngRequest& request = nullptr) {
+Bytes NoiseFile(PngFormat format, std::size_t nColors = 0,
+                const plain::PngRequest& request = nullptr) {
     support::Random random(7);
     if (format.nColorType == PNG_COLOR_TYPE_PALETTE) {
-        format.palette.resize(
-            static_cast<std::size_t>(nColors != 0 ? nColors : 1 << format.nBitDepth));
+        format.palette.resize(nColors != 0 ? nColors : std::size_t{1} << format.nBitDepth);
     }
     for (png_color& color : format.palette) {
         color = {random.Byte(), random.Byte(), random.Byte()};
@@ -44,24 +43,6 @@ Bytes NoiseFile(PngFormat format, int nColors = 0, const plain::PngRequest& requ
     return plain::EncodePng(rows.data(), nStride, format, request);
 }
 
-// What brings libpng's rows into the image's layout, written from the layouts, not from the reader.
-plain::PngRequest LayoutRequest(const Kind& kind) {
-    return [kind](png_structp pPng, png_infop) {
-        if (kind.nBitDepth == 16) {
-            png_set_strip_16(pPng);
-        }
-        if (kind.nColorType == PNG_COLOR_TYPE_PALETTE) {
-            if (kind.nBitDepth == 2) {
-                png_set_packing(pPng);
-            }
-            return;
-        }
-        png_set_expand_gray_1_2_4_to_8(pPng);
-        png_set_gray_to_rgb(pPng);
-        png_set_bgr(pPng);
-    };
-}
-
 constexpr auto Decode = support::Decode<CKelPNGDecoder>;
 
 }  // namespace
@@ -69,25 +50,36 @@ constexpr auto Decode = support::Decode<CKelPNGDecoder>;
 TEST(PngReader, EveryKindEqualsPlainLibpng) {
     support::RecordingTrace trace;
     const support::AllocFill zero(0);  // bits behind a row of the plain loop
-    for (const auto& [nColorType, nBitDepth, nImageDepth] : kKinds) {
-        for (const int nInterlace : {PNG_INTERLACE_NONE, PNG_INTERLACE_ADAM7}) {
-            for (const int nWidth : {1, 3, 8, 37}) {
-                SCOPED_TRACE(testing::Message() << nColorType << " " << nBitDepth << " "
+    for (const Kind& kind : kKinds) {
+        const bool bPalette = kind.nColorType == PNG_COLOR_TYPE_PALETTE;
+        // What brings libpng's rows into the image's layout, written from the layouts.
+        const auto request = [&](png_structp pPng, png_infop) {
+            png_set_strip_16(pPng);
+            if (bPalette && kind.nBitDepth == 2) {
+                png_set_packing(pPng);
+            } else if (!bPalette) {
+                png_set_expand_gray_1_2_4_to_8(pPng);
+                png_set_gray_to_rgb(pPng);
+                png_set_bgr(pPng);
+            }
+        };
+        for (const int nWidth : {1, 3, 8, 37}) {
+            for (const int nInterlace : {PNG_INTERLACE_NONE, PNG_INTERLACE_ADAM7}) {
+                SCOPED_TRACE(testing::Message() << kind.nColorType << " " << kind.nBitDepth << " "
                                                 << nInterlace << " " << nWidth);
-                const Bytes file = NoiseFile({nWidth, 11, nBitDepth, nColorType, nInterlace, {}});
-                const plain::PngPicture expected =
-                    plain::DecodePng(file, LayoutRequest({nColorType, nBitDepth, nImageDepth}));
+                const Bytes file =
+                    NoiseFile({nWidth, 11, kind.nBitDepth, kind.nColorType, nInterlace, {}});
+                const plain::PngPicture expected = plain::DecodePng(file, request);
                 CKelImage image;
                 ASSERT_EQ(KEL_OK, Decode(file, image));
-                EXPECT_EQ(nImageDepth, image.GetBitsPerPixel());
+                EXPECT_EQ(kind.nImageDepth, image.GetBitsPerPixel());
                 ASSERT_EQ(nWidth, image.GetWidth());
                 ASSERT_EQ(11, image.GetHeight());
-                Bytes row(image.GetBmpDataSize() / 11);
-                ASSERT_LE(expected.nStride, row.size());
-                for (std::size_t y = 0; y < 11; ++y) {  // padding is zero
-                    std::copy_n(&expected.pRows[y * expected.nStride], expected.nStride,
-                                row.begin());
-                    EXPECT_EQ(0, std::memcmp(row.data(), image.GetLineArray()[y], row.size()));
+                for (std::size_t y = 0; y < 11; ++y) {
+                    const unsigned char* pRow = &expected.pRows[y * expected.nStride];
+                    Bytes row(pRow, pRow + expected.nStride);
+                    row.resize(image.GetBmpDataSize() / 11);  // padding is zero
+                    EXPECT_TRUE(std::equal(row.begin(), row.end(), image.GetLineArray()[y]));
                 }
                 ASSERT_EQ(expected.palette.size(), static_cast<std::size_t>(image.GetPaletteNum()));
                 for (std::size_t i = 0; i < expected.palette.size(); ++i) {
@@ -136,10 +128,7 @@ TEST(PngReader, PrefixesKeepTheRowsReadSoFar) {
             EXPECT_EQ((std::vector<support::TraceLine>{
                           {ZT_TRACE_VAM, 0, "PNG Decoder error msg:Read Error\r\n"}}),
                       trace.Lines());
-            if (!image.GetBits()) {
-                EXPECT_EQ(0, image.GetWidth());
-                continue;
-            }
+            EXPECT_EQ(image.GetBits() ? 9 : 0, image.GetWidth());
             const Bytes rows(image.GetBits(), image.GetBits() + image.GetBmpDataSize());
             const auto differs = std::mismatch(rows.begin(), rows.end(), whole.GetBits()).first;
             EXPECT_EQ(0, (differs - rows.begin()) % nStride) << "a row is whole or zero";
