@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <platform/vamplatform.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -16,27 +17,23 @@ using support::TraceLine;
 
 TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
     const unsigned char bytes[3] = {1, 2, 3};
-    for (const auto& [pData, nSize] :
-         {std::pair<const void*, std::size_t>{bytes, 3}, {nullptr, 0}}) {
-        CVamArchiveMemory foreign(pData, nSize);
-        EXPECT_EQ(0u, foreign.Write(bytes, 1));
-        EXPECT_TRUE(foreign.HasFailed());
-        EXPECT_EQ(nSize, foreign.GetSize());
-    }
+    CVamArchiveMemory foreign(bytes, 3);
+    EXPECT_EQ(0u, foreign.Write(bytes, 1));
+    EXPECT_TRUE(foreign.HasFailed());
+    EXPECT_EQ(3u, foreign.GetSize());
     const char pszLong[900] = {};
     CVamArchiveMemory owned;
     EXPECT_EQ(3u, owned.Write(bytes, 3));
     {
         support::AllocFaults faults(1);
         EXPECT_EQ(0u, owned.Write(pszLong, 900));
-        EXPECT_TRUE(faults.Fired());
     }
+    EXPECT_TRUE(owned.HasFailed());
     EXPECT_TRUE(owned.Seek(0x7FFFFFFFFFFFFFFF, 0));
     EXPECT_EQ(0u, owned.Write(bytes, 3));
     EXPECT_FALSE(owned.Seek(1, 1));
     EXPECT_FALSE(owned.Seek(0, 3));
     EXPECT_EQ(3u, owned.GetSize());
-    EXPECT_TRUE(owned.HasFailed());
 }
 
 TEST(TextStream, CutsWhatDoesNotFitAndTakesNoMemory) {
@@ -59,8 +56,6 @@ TEST(VamTrace, UnderstandsDollarStringsAndCutsLongFormatsBetweenConversions) {
     VamTrace(strFormat.c_str(), "", 1, 2);
     VamTrace("open %-08.3l");
     VamTrace(nullptr);
-    zt_trace_set_level(-1);
-    VamTrace("silent");
     EXPECT_EQ((std::vector<TraceLine>{
                   {ZT_TRACE_VAM, 0, "png: %s%n%d, two, %$s    42%"},
                   {ZT_TRACE_VAM, 0, std::string(1000, 'a') + std::string(19, 'b') + "1"},
@@ -77,59 +72,32 @@ TEST(TraceSink, PrintsEachLineOnceByDefault) {
     VamTrace("100%% ended\n");
     zt_trace_set_level(-1);
     zt_trace_write(0, "hidden", 0);
-    zt_trace_input_error_msg(0, "hidden");
+    VamTrace("hidden");
     zt_trace_set_level(0);
     EXPECT_EQ("p is nullptr\n100% ended\n", testing::internal::GetCapturedStderr());
 }
 
 // Under ThreadSanitizer this also shows that setting and using the sink do not race.
 TEST(TraceSink, MayBeSetWhileOthersTrace) {
-    static thread_local int t_nMixed = 0;
+    static std::atomic<int> nMixed = 0;
     static int nContexts[2] = {0, 1};
     const ZT_TraceSink sinks[2] = {
-        [](void* p, ZT_TraceCall, int, const char*) { t_nMixed += p != &nContexts[0]; },
-        [](void* p, ZT_TraceCall, int, const char*) { t_nMixed += p != &nContexts[1]; }};
+        [](void* p, ZT_TraceCall, int, const char*) { nMixed += p != &nContexts[0]; },
+        [](void* p, ZT_TraceCall, int, const char*) { nMixed += p != &nContexts[1]; }};
     zt_trace_set_sink(sinks[0], &nContexts[0]);
-    int nMixed[2] = {1, 1};
-    const auto trace = [](int* pMixed) {
-        for (int i = 0; i < 2000; ++i) {
+    std::thread other([] {
+        for (int i = 0; i < 4000; ++i) {
             zt_trace_write(0, "line", 0);
         }
-        *pMixed = t_nMixed;
-    };
-    std::thread first(trace, &nMixed[0]), second(trace, &nMixed[1]);
-    for (int i = 0; i < 2000; ++i) {
+    });
+    for (int i = 0; i < 4000; ++i) {
         zt_trace_set_sink(sinks[i % 2], &nContexts[i % 2]);
         zt_trace_set_level(i % 3 - 1);
     }
-    first.join();
-    second.join();
+    other.join();
     zt_trace_set_sink(nullptr, nullptr);
     zt_trace_set_level(0);
-    EXPECT_EQ(0, nMixed[0] + nMixed[1]);
-}
-
-TEST(Variant, KeepsEachKindInTheFirstBytesOfItsField) {
-    const auto check = [](auto value, unsigned char byType) {
-        const CVamVariant variant(value);
-        CVamVariant copy;
-        copy.Clone(variant);
-        decltype(value) read;
-        std::memcpy(&read, &copy.m_Value, sizeof read);
-        EXPECT_EQ(value, read);
-        EXPECT_EQ(byType, copy.m_byType);
-    };
-    check(short{-5}, 4);
-    check(static_cast<unsigned short>(65535), 5);
-    check(-70000, 6);
-    check(4000000000u, 7);
-    check(0.25f, 10);
-    check(-1e300, 11);
-    CVamVariant any;
-    EXPECT_EQ(0, any.m_byType);
-    any.Set(9, 0xFFFFFFFF00000007u);
-    EXPECT_EQ(9, any.m_byType);
-    EXPECT_EQ(0xFFFFFFFF00000007u, any.m_Value);
+    EXPECT_EQ(0, nMixed);
 }
 
 }  // namespace
