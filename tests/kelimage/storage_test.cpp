@@ -125,20 +125,17 @@ TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
     CKelImage image;
     EXPECT_EQ(image.GetBitmapInfo(), nullptr);
     EXPECT_EQ(image.AllocateBMI(39), nullptr);
-    const struct {
-        int nBits, nEntries;
-        unsigned int nColors;
-    } aCases[] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {4, 16, 0}, {1, 1, 1}};
-    for (const auto& c : aCases) {
-        image.Create(5, 4, c.nBits);
-        for (int i = 0; i < c.nEntries; ++i) {
+    const unsigned int aCases[][3] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {4, 16, 0}, {1, 1, 1}};
+    for (const auto& [nBits, nEntries, nColors] : aCases) {
+        image.Create(5, 4, static_cast<int>(nBits));
+        for (unsigned int i = 0; i < nEntries; ++i) {
             image.AddPaletteEntry(1, 2, static_cast<unsigned char>(i), 255);
         }
         BITMAPINFO* pBlock = image.GetBitmapInfo();
         ASSERT_NE(pBlock, nullptr);
-        EXPECT_EQ(image.GetBitmapInfoHeader()->biClrUsed, c.nColors);
+        EXPECT_EQ(image.GetBitmapInfoHeader()->biClrUsed, nColors);
         EXPECT_EQ(std::memcmp(pBlock, image.GetBitmapInfoHeader(), 40), 0);
-        for (int i = 0; i < c.nEntries; ++i) {
+        for (unsigned int i = 0; i < nEntries; ++i) {
             EXPECT_EQ(pBlock->bmiColors[i].rgbBlue, i);
         }
         image.AddPaletteEntry(9, 9, 9, 9);
