@@ -65,11 +65,8 @@ void MakeImage(CKelImage& image, Input& input) {
     if (nKind >= 6)
         image.m_bmih.biCompression = BI_BITFIELDS;
     const std::size_t nSize = image.GetBmpDataSize();
-    unsigned int nRandom = 1;
-    for (std::size_t i = 0; i < nSize; i++) {
-        nRandom = nRandom * 1664525 + 1013904223;
-        image.m_pBits[i] = input.Empty() ? static_cast<unsigned char>(nRandom >> 24) : input.Byte();
-    }
+    for (std::size_t i = 0; i < nSize; i++)
+        image.m_pBits[i] = input.Noise();
 }
 
 void Operate(CKelImage& image, Input& input) {

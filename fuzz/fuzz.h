@@ -45,6 +45,11 @@ class Input {
         return nLow | Byte() << 8;
     }
     int Range(int nLow, int nHigh) { return nLow + Word() % (nHigh - nLow + 1); }
+    // The next byte; behind the end, noise that is the same every time.
+    unsigned char Noise() {
+        m_nRandom = m_nRandom * 1664525 + 1013904223;
+        return Empty() ? static_cast<unsigned char>(m_nRandom >> 24) : Byte();
+    }
     void Fill(unsigned char* p, std::size_t nCount) {
         for (std::size_t i = 0; i < nCount; i++)
             p[i] = Byte();
@@ -53,6 +58,7 @@ class Input {
   private:
     const std::uint8_t* m_pData;
     std::size_t m_nSize;
+    unsigned int m_nRandom = 1;
 };
 
 // True when opening these bytes stays within kMaxBytes; unclaimed sizes do not.
