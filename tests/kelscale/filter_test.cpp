@@ -8,10 +8,10 @@
 
 #include "kelimage/kelimage.h"
 #include "kelscale/kelfilter.h"
+#include "plain.h"
 #include "support/allocfaults.h"
 #include "support/pictures.h"
 #include "support/recordingtrace.h"
-#include "support/refscale.h"
 
 namespace {
 
@@ -53,9 +53,8 @@ Bytes Expected(CKelImage& source, unsigned int nKernel, int nWidth, int nHeight)
     source.ConvertTo24Bit(2, lines.GetBits());
     made.Create(nWidth, nHeight, 24);
     if (nKernel >= 1 && nKernel <= 4) {
-        support::RefScale(static_cast<KelScaleType>(nKernel), lines.GetLineArray(),
-                          source.GetWidth(), source.GetHeight(), made.GetLineArray(), nWidth,
-                          nHeight);
+        plain::Scale(static_cast<KelScaleType>(nKernel), lines.GetLineArray(), source.GetWidth(),
+                     source.GetHeight(), made.GetLineArray(), nWidth, nHeight);
     }
     return BytesOf(made);
 }
