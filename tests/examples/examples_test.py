@@ -1,6 +1,5 @@
 #!/usr/bin/env python3
 """Runs the example programs as a user would: examples_test.py DIRECTORY_OF_PROGRAMS."""
-import os
 import pathlib
 import resource
 import subprocess
@@ -14,10 +13,10 @@ PROGRAMS = pathlib.Path(sys.argv.pop(1))
 def run(program, *arguments, limit=None):
     """The exit code, output and errors of a program; limit: the most bytes it may write to a file."""
     def lower_limit():
-        if limit is not None:
-            resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+        resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
     done = subprocess.run([PROGRAMS / program, *map(str, arguments)], capture_output=True, text=True,
-                          preexec_fn=lower_limit, timeout=60, check=False)
+                          preexec_fn=lower_limit if limit is not None else None, timeout=60,
+                          check=False)
     return done.returncode, done.stdout, done.stderr
 
 
@@ -59,10 +58,10 @@ class Examples(unittest.TestCase):
                 self.assertIn(text, output)
             self.assertTrue(target.read_bytes().startswith(start))
             source = target
-        small, large = self.here / "small.jpg", self.here / "large.jpg"
-        self.runs("thumbnail", self.scene, small, "--quality", 10)
-        self.runs("thumbnail", self.scene, large, "--quality", 95)
-        self.assertLess(small.stat().st_size, large.stat().st_size)
+        files = [self.here / f"{quality}.jpg" for quality in (10, 95)]
+        for file in files:
+            self.runs("thumbnail", self.scene, file, "--quality", file.stem)
+        self.assertLess(*(file.stat().st_size for file in files))
 
     def test_bad_sources(self):
         source, target = self.here / "bad", self.here / "bad.jpg"
@@ -76,16 +75,15 @@ class Examples(unittest.TestCase):
         self.assertEqual(run("thumbnail", source, target)[0], 0)
 
     def test_bad_targets(self):
-        old = self.here / "old.jpg"
-        old.write_bytes(b"an older file")
-        self.fails("KEL_ERR_FILE", self.scene, self.here)
-        self.fails("KEL_ERR_FILE", self.scene, self.here / "no" / "such" / "folder.jpg")
-        for limit in (0, 5000):  # a disk that is full after so many bytes
-            self.fails("KEL_ERR_FILE", self.scene, old, limit=limit)
-            self.fails("KEL_ERR_FILE", self.scene, self.here / "new.jpg", limit=limit)
-        if os.path.exists("/dev/full"):
-            self.fails("KEL_ERR_FILE", self.scene, "/dev/full")
-            self.assertTrue(pathlib.Path("/dev/full").is_char_device())
+        (self.here / "old.jpg").write_bytes(b"an older file")
+        # The limit: a disk that is full after so many bytes.
+        for target, limit in ((".", None), ("no/such/folder.jpg", None), ("old.jpg", 0), ("old.jpg", 5000),
+                              ("new.jpg", 0), ("new.jpg", 5000)):
+            self.fails("KEL_ERR_FILE", self.scene, self.here / target, limit=limit)
+        full = pathlib.Path("/dev/full")
+        if full.exists():
+            self.fails("KEL_ERR_FILE", self.scene, full)
+            self.assertTrue(full.is_char_device())
 
     def test_keeps_links_and_modes(self):
         real, link = self.here / "real.png", self.here / "link.png"

@@ -13,10 +13,6 @@ namespace {
 using plain::Bytes;
 using support::FaultyArchive;
 
-void Fill(CKelImage* pImage, int nWidth, int nHeight, int nBits) {
-    ASSERT_EQ(support::OpenRandom(pImage, {nBits, BI_RGB, 0}, nWidth, nHeight, 1), KEL_OK);
-}
-
 // What plain libjpeg writes for the image's rows, or for as many rows of black.
 Bytes PlainFile(CKelImage& image, int nQuality = 75, bool bBlack = false) {
     Bytes rows, line(static_cast<std::size_t>(image.GetWidth()) * 3 + 3), file;
@@ -46,7 +42,7 @@ TEST(JpegEncoder, WritesWhatPlainLibjpegWrites) {
                           {VAM_FLOAT, 0x42480000, 75},         {VAM_EMPTY, 30, 75}};
     for (const int nBits : {8, 24, 32}) {
         CKelImage image;
-        Fill(&image, 61, 45, nBits);
+        ASSERT_EQ(support::OpenRandom(&image, {nBits, BI_RGB, 0}, 61, 45, 1), KEL_OK);
         for (const Case& c : cases) {
             SCOPED_TRACE(int{c.byType});
             tagKelParameterItem item = {"quality", CVamVariant()};
@@ -101,7 +97,7 @@ TEST(JpegEncoder, EndsWithLibjpegsErrors) {
 
 TEST(JpegEncoder, WritesBlackWhereRowsCannotBeConverted) {
     CKelImage image;
-    Fill(&image, 20, 12, 24);
+    ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 20, 12, 1), KEL_OK);
     const Bytes black = PlainFile(image, 75, true);
     image.m_bmih.biHeight = -12;
     FaultyArchive archive;
