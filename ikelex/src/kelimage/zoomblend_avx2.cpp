@@ -79,7 +79,7 @@ KEL_INLINE_AVX2 void GatherWords(const ZoomColumns& columns, int nBegin, const u
 template <int nByte>
 KEL_INLINE_AVX2 __m256i BlendChannel(const __m256i* pWords, const __m256* pWeights) {
     // The topmost byte one place lower: as a signed word it would be negative.
-    const __m256i mask = _mm256_set1_epi32(255 << 8 * (nByte == 3 ? 2 : nByte));
+    const __m256i mask = _mm256_set1_epi32(255 << 8 * (nByte - (nByte == 3 ? 1 : 0)));
     __m256 values[4];
     for (int i = 0; i < 4; ++i) {
         const __m256i word = nByte == 3 ? _mm256_srli_epi32(pWords[i], 8) : pWords[i];

@@ -25,9 +25,9 @@ namespace {
 
 // 16 columns: the byte their first pixels start at, and how far behind it each one's pixels lie.
 struct Lookup {
-    std::int64_t nBase;
     __m512i first;
     __m512i second;
+    std::int64_t nBase;
     bool bNear;  // 128 bytes from the base on hold all of them
 };
 
@@ -43,7 +43,7 @@ KEL_INLINE_AVX512 Lookup LookUp(const ZoomColumns& columns, int nBegin) {
         _mm512_mask_add_epi32(first, _mm512_cmpneq_epi32_mask(firsts, seconds), first, size);
     // The last word ends at most 8 bytes behind the last first pixel's start.
     const std::int64_t nSpan = std::int64_t{columns.pFirst[nBegin + 15] - nFirst} * nBytes + 8;
-    return {std::int64_t{nFirst} * nBytes, first, second, nSpan <= 128};
+    return {first, second, std::int64_t{nFirst} * nBytes, nSpan <= 128};
 }
 
 // The words that start at the given offsets, from 128 bytes.
@@ -85,7 +85,7 @@ KEL_INLINE_AVX512 __m512i BlendChannel(const __m512i* pWords, const __m512* pWei
     for (int i = 0; i < 4; ++i) {
         // The topmost byte one place lower: as a signed word it would be negative.
         const __m512i word = nByte == 3 ? _mm512_srli_epi32(pWords[i], 8) : pWords[i];
-        const int nMask = 255 << 8 * (nByte == 3 ? 2 : nByte);
+        const int nMask = 255 << 8 * (nByte - (nByte == 3 ? 1 : 0));
         values[i] = _mm512_cvtepi32_ps(_mm512_and_si512(word, _mm512_set1_epi32(nMask)));
     }
     __m512 sum = _mm512_mul_ps(values[0], pWeights[0]);
