@@ -117,17 +117,14 @@ TEST(Dispatch, AnswersEveryFormatInSaveAndCreatesTheFileFirst) {
 TEST(Dispatch, KeepsTheImageWhenThePathIsNoFile) {
     CKelImage image;
     Fill(&image);
-    const char* pszNone = nullptr;
-    CVamArchive* pNone = nullptr;
-    EXPECT_EQ(image.Open(pszNone), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Save(pszNone, KEL_IMAGE_JPEG, nullptr), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Open(pNone), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Save(pNone, KEL_IMAGE_PNG, nullptr), KEL_ERR_PARAM);
-    const std::string strDirectory = testing::TempDir();
-    for (const std::string& strPath : {strDirectory, strDirectory + "/no/such/file"}) {
-        EXPECT_EQ(image.Open(strPath.c_str()), KEL_ERR_FILE);
-        EXPECT_EQ(image.Save(strPath.c_str(), KEL_IMAGE_JPEG, nullptr), KEL_ERR_FILE);
-    }
+    const auto expect = [&](auto pWhere, KelResult nResult) {
+        EXPECT_EQ(image.Open(pWhere), nResult);
+        EXPECT_EQ(image.Save(pWhere, KEL_IMAGE_JPEG, nullptr), nResult);
+    };
+    expect(static_cast<const char*>(nullptr), KEL_ERR_PARAM);
+    expect(static_cast<CVamArchive*>(nullptr), KEL_ERR_PARAM);
+    expect(testing::TempDir().c_str(), KEL_ERR_FILE);
+    expect((testing::TempDir() + "/no/such/file").c_str(), KEL_ERR_FILE);
     EXPECT_EQ(image.GetWidth(), 40);
     EXPECT_NE(image.GetBits(), nullptr);
 }

@@ -2,6 +2,7 @@
 #include <plaincodecs.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "keldecoder/keljpegdecoder.h"
 #include "support/pictures.h"
@@ -24,8 +25,10 @@ Bytes Start(const Bytes& file, std::size_t nLength) {
     return Bytes(file.data(), file.data() + nLength);
 }
 
-// Expects of a decode all that the plain loop delivers for the file.
-void ExpectAsPlain(const Bytes& file, KelResult nResult, CKelImage& image) {
+// Expects of the stream all that the plain loop delivers for the file.
+void ExpectAsPlain(const Bytes& file, CVamArchive&& archive) {
+    CKelImage image;
+    const KelResult nResult = CKelJpegDecoder().Do(&archive, &image);
     try {
         const plain::JpegPicture expected = plain::DecodeJpeg(file);
         ASSERT_EQ(nResult, KEL_OK);
@@ -46,9 +49,7 @@ void ExpectAsPlain(const Bytes& file, KelResult nResult, CKelImage& image) {
 }
 
 void ExpectAsPlain(const Bytes& file) {
-    CKelImage image;
-    const KelResult nResult = Decode(file, image);
-    ExpectAsPlain(file, nResult, image);
+    ExpectAsPlain(file, support::FaultyArchive(file));
 }
 
 }  // namespace
@@ -89,12 +90,10 @@ TEST(JpegDecoder, TakesAFailedReadAsTheEnd) {
     ASSERT_GT(file.size(), 3u * 4096);
     testing::internal::CaptureStderr();
     for (const support::Fault eFault : {support::Fault::kHuge, support::Fault::kShort}) {
-        CKelImage image;
         support::FaultyArchive archive(file);
         archive.FailAt(support::Op::kRead, 2, eFault, true);
-        const KelResult nResult = CKelJpegDecoder().Do(&archive, &image);
         const bool bGoesOn = eFault == support::Fault::kShort;  // a short read is not yet the end
-        ExpectAsPlain(bGoesOn ? file : Start(file, 4096), nResult, image);
+        ExpectAsPlain(bGoesOn ? file : Start(file, 4096), std::move(archive));
     }
     testing::internal::GetCapturedStderr();
 }
