@@ -115,6 +115,20 @@ bool IsUncompressed(const BITMAPINFOHEADER& header) {
     return header.biCompression == BI_RGB || header.biCompression == BI_BITFIELDS;
 }
 
+// Whether the image will find memory for its row array beside the pixels. Asked before time is
+// spent on reading and turning the rows, and only for heights at which that time counts.
+bool HasRoomForRowArray(int nHeight) {
+    constexpr std::int64_t kManyRows = 1 << 20;
+    const std::int64_t nRows = std::abs(nHeight);
+    const std::int64_t nBytes = nRows * std::int64_t{sizeof(unsigned char*)};
+    if (nRows < kManyRows || (nBytes <= kel::kMaxSize &&
+                              Buffer(kel::NewPixelsNothrow(static_cast<std::size_t>(nBytes))))) {
+        return true;
+    }
+    kel::TraceNull("m_ppLineArray");
+    return false;
+}
+
 // The pixel data, biSizeImage bytes in one read; biSizeImage is settled first when it is 0 or, for
 // uncompressed rows, too small. The buffer covers every row, and bytes of rows that did not arrive
 // are zero. Null when it cannot be had.
@@ -128,6 +142,9 @@ Buffer ReadPixels(CVamArchive* pArchive, BITMAPINFOHEADER& header) {
     try {
         pPixels.reset(kel::NewPixels(std::max(header.biSizeImage, nRows)));
     } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+    if (!HasRoomForRowArray(header.biHeight)) {
         return nullptr;
     }
     const unsigned int nRead = ReadOnce(pArchive, pPixels.get(), header.biSizeImage);
