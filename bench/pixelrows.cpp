@@ -1,4 +1,5 @@
 // Geometry, depth change and rows, against the plain loops and memcpy.
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -66,6 +67,46 @@ Pair MirrorPair(Size size) {
     const SharedImage pImage = MakeScene(size, 24);
     auto pTarget = std::make_shared<plain::Bytes>(pImage->GetBmpDataSize());
     return {[=] { return Seconds([&] { pImage->Mirror(0); }); },
+            [=] {
+                return Seconds([&] {
+                    std::memcpy(pTarget->data(), pImage->GetBits(), pTarget->size());
+                    Use(pTarget->data());
+                });
+            }};
+}
+
+// What no operation with a new picture can go below: taking it from the system, and clearing it.
+Pair NewPicturePair(Size size, int nBits) {
+    auto pWarm = std::make_shared<plain::Bytes>(PictureSize(nBits, size));
+    return {[=] {
+                return Seconds([&] {
+                    CKelImage image;
+                    Use(image.Create(size.nWidth, size.nHeight, nBits));
+                });
+            },
+            [=] {
+                return Seconds([&] {
+                    std::memset(pWarm->data(), 0, pWarm->size());
+                    Use(pWarm->data());
+                });
+            }};
+}
+
+// What no operation that looks at every pixel can go below.
+Pair ReadOncePair(Size size) {
+    const SharedImage pImage = MakeScene(size, 24);
+    auto pTarget = std::make_shared<plain::Bytes>(pImage->GetBmpDataSize());
+    return {[=] {
+                return Seconds([&] {
+                    std::uint64_t nSum = 0;
+                    for (std::size_t i = 0; i + 8 <= pTarget->size(); i += 8) {
+                        std::uint64_t nWord;
+                        std::memcpy(&nWord, pImage->GetBits() + i, 8);
+                        nSum += nWord;
+                    }
+                    Use(&nSum);
+                });
+            },
             [=] {
                 return Seconds([&] {
                     std::memcpy(pTarget->data(), pImage->GetBits(), pTarget->size());
@@ -161,6 +202,12 @@ void AddPixelRows(std::vector<Row>& rows, const Options& options) {
     }
     rows.push_back({"24 to 32 bits in place " + large.Text(), "memcpy of the result", 2.4,
                     [=] { return DepthPair(large); }});
+    for (const int nBits : {8, 24, 32}) {
+        rows.push_back({"limit: new " + large.Text() + ", " + std::to_string(nBits) + " bits",
+                        "memset of warm memory", 0, [=] { return NewPicturePair(large, nBits); }});
+    }
+    rows.push_back({"limit: read " + large.Text() + " once", "memcpy of the picture", 0,
+                    [=] { return ReadOncePair(large); }});
 }
 
 }  // namespace bench
