@@ -98,10 +98,12 @@ Pair ReadOncePair(Size size) {
     auto pTarget = std::make_shared<plain::Bytes>(pImage->GetBmpDataSize());
     return {[=] {
                 return Seconds([&] {
+                    const unsigned char* const pBits = pImage->GetBits();
+                    const std::size_t nWords = pTarget->size() / 8;
                     std::uint64_t nSum = 0;
-                    for (std::size_t i = 0; i + 8 <= pTarget->size(); i += 8) {
+                    for (std::size_t i = 0; i < nWords; i++) {
                         std::uint64_t nWord;
-                        std::memcpy(&nWord, pImage->GetBits() + i, 8);
+                        std::memcpy(&nWord, pBits + 8 * i, 8);
                         nSum += nWord;
                     }
                     Use(&nSum);
