@@ -19,7 +19,8 @@ def table(rows):
     for row in rows:
         line = (f"| {row['work'].strip()} | {row['ours_ms']:.2f} | {row['yardstick_ms']:.2f} | "
                 f"{row['yardstick']} | {row['ratio']:.3f} |")
-        print(line + (f" {row['target']:.3g} | {'met' if row['met'] else 'missed'} |" if judged else ""))
+        verdict = f"{row['target']:.3g} | {'met' if row['met'] else 'missed'}" if row["target"] else "|"
+        print(line + (f" {verdict} |" if judged else ""))
 
 
 def plot(rows, title, path):
