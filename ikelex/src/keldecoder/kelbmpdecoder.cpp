@@ -138,13 +138,8 @@ Buffer ReadPixels(CVamArchive* pArchive, BITMAPINFOHEADER& header) {
     if (header.biSizeImage == 0 || (IsUncompressed(header) && header.biSizeImage < nRows)) {
         header.biSizeImage = nRows;
     }
-    Buffer pPixels;
-    try {
-        pPixels.reset(kel::NewPixels(std::max(header.biSizeImage, nRows)));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-    if (!HasRoomForRowArray(header.biHeight)) {
+    Buffer pPixels(kel::TryNewPixels(std::max(header.biSizeImage, nRows)));
+    if (!pPixels || !HasRoomForRowArray(header.biHeight)) {
         return nullptr;
     }
     const unsigned int nRead = ReadOnce(pArchive, pPixels.get(), header.biSizeImage);

@@ -115,9 +115,8 @@ bool CKelImage::OwnBits() {
         }
         const PixelExtent extent = ExtentOf(header);
         const auto nData = static_cast<std::size_t>(extent.nData);
-        try {
-            pCopy = kel::NewPixels(static_cast<std::size_t>(extent.nBuffer));
-        } catch (const std::bad_alloc&) {
+        pCopy = kel::TryNewPixels(static_cast<std::size_t>(extent.nBuffer));
+        if (pCopy == nullptr) {
             return false;
         }
         kel::CheckSecure(kel::kSourceImage, memcpy_s(pCopy, nData, m_pBits, nData));

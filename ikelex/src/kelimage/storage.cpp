@@ -13,19 +13,6 @@
 #include "headerblock.h"
 #include "kelimage.h"
 
-namespace {
-
-// NewPixels with null for a failure.
-unsigned char* TryNewPixels(std::int64_t nSize) {
-    try {
-        return kel::NewPixels(static_cast<std::size_t>(nSize));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
-}  // namespace
-
 bool CKelImage::IsValidPixelDepth(int nBitCount) const {
     return nBitCount == 1 || nBitCount == 4 || nBitCount == 8 || nBitCount == 16 ||
            nBitCount == 24 || nBitCount == 32;
@@ -84,7 +71,8 @@ unsigned char* CKelImage::InstallBits(std::int64_t nSize) {
         delete[] m_pBits;
         m_pBits = nullptr;
     }
-    unsigned char* pNewBits = nSize < 0 ? nullptr : TryNewPixels(nSize);
+    unsigned char* pNewBits =
+        nSize < 0 ? nullptr : kel::TryNewPixels(static_cast<std::size_t>(nSize));
     if (pNewBits == nullptr || !ReplaceBits(pNewBits)) {
         delete[] pNewBits;
         if (m_pBits == nullptr) {

@@ -56,6 +56,14 @@ unsigned char* NewPixels(std::size_t nSize) {
     return AdviseHugePages(new unsigned char[nSize], nSize);
 }
 
+unsigned char* TryNewPixels(std::size_t nSize) {
+    try {
+        return NewPixels(nSize);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 unsigned char* NewPixelsNothrow(std::size_t nSize) noexcept {
     return AdviseHugePages(new (std::nothrow) unsigned char[nSize], nSize);
 }

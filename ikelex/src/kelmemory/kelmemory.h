@@ -11,6 +11,10 @@ namespace kel {
 // std::bad_alloc.
 unsigned char* NewPixels(std::size_t nSize);
 
+// The same with std::bad_alloc caught: null for a failure. Whatever else a host's operator new
+// throws passes on.
+unsigned char* TryNewPixels(std::size_t nSize);
+
 // The same from the non-throwing array new: null instead of an exception.
 unsigned char* NewPixelsNothrow(std::size_t nSize) noexcept;
 
