@@ -69,7 +69,7 @@ TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
                 for (std::size_t y = 0; y < nRows; ++y) {
                     kel::ScaleRowPlain(in.Rows()[y], expected.Rows()[y], nOut, *table);
                 }
-                pass.Run(in.Rows(), result.Rows(), nRows);
+                pass.Run(in.Rows(), result.Rows(), nRows, 0);
                 ASSERT_TRUE(expected.Bytes() == result.Bytes())
                     << "level " << static_cast<int>(eLevel) << ", " << nIn << " to " << nOut
                     << " pixels, " << nRows << " rows";

@@ -58,7 +58,8 @@ void BandedScale::Run(const unsigned char* const* ppIn, unsigned char* const* pp
     const auto fnBring = [&](unsigned int nEnd) {
         while (nBrought < nEnd) {
             const unsigned int nRows = std::min(m_Horizontal.BandRows(), m_nInHeight - nBrought);
-            m_Horizontal.Run(ppIn + nBrought, ppTemp + nBrought, nRows);
+            m_Horizontal.Run(ppIn + nBrought, ppTemp + nBrought, nRows,
+                             m_nInHeight - nBrought - nRows);
             nBrought += nRows;
         }
     };

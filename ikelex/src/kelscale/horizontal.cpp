@@ -142,6 +142,25 @@ std::size_t LaneBytes(std::size_t nInWidth, std::size_t nLanes) {
 
 }  // namespace
 
+RowsAhead::RowsAhead(const unsigned char* const* ppRows, std::size_t nRows, std::size_t nRowBytes,
+                     std::size_t nShares)
+    : m_ppRow(ppRows), m_ppEnd(ppRows + nRows), m_nRowBytes(nRowBytes) {
+    if (nShares != 0) {
+        m_nLines = ((nRowBytes + kLine - 1) / kLine * nRows + nShares - 1) / nShares;
+    }
+}
+
+void RowsAhead::FetchShare() {
+    for (std::size_t n = 0; n < m_nLines && m_ppRow != m_ppEnd; ++n) {
+        __builtin_prefetch(*m_ppRow + m_nAt, 0, 2);
+        m_nAt += kLine;
+        if (m_nAt >= m_nRowBytes) {
+            m_nAt = 0;
+            ++m_ppRow;
+        }
+    }
+}
+
 void ScaleBand_Portable(const HorizontalBand& band) {
     const auto pfnSum = band.bUnsigned16 ? SumPixel16 : SumPixel32;
     TurnIn(band.ppIn, 3 * band.nInWidth, band.pScratch);
@@ -149,6 +168,7 @@ void ScaleBand_Portable(const HorizontalBand& band) {
     for (std::size_t x = 0; x < band.nOutWidth; x += 8) {
         const std::size_t nPixels = std::min<std::size_t>(8, band.nOutWidth - x);
         for (std::size_t i = 0; i < nPixels; ++i) {
+            band.pAhead->FetchShare();
             pfnSum(band, x + i, block + i * kPixelLanes);
         }
         std::size_t b = 0;
@@ -197,7 +217,7 @@ bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
 }
 
 void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                         unsigned int nRows) const {
+                         unsigned int nRows, unsigned int nAhead) const {
     if (m_pScratch == nullptr) {
         ScaleRowPlain(*ppIn, *ppOut, m_nOutWidth, *m_pTable);
         return;
@@ -208,8 +228,9 @@ void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const*
         in[i] = ppIn[std::min(i, nRows - 1)];
         out[i] = ppOut[std::min(i, nRows - 1)];
     }
+    RowsAhead ahead(ppIn + nRows, std::min(nAhead, m_nBandRows), 3 * m_nInWidth, m_nOutWidth);
     m_pfnBand({m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16, in, out, m_nInWidth,
-               m_nOutWidth, m_pScratch.get()});
+               m_nOutWidth, m_pScratch.get(), &ahead});
 }
 
 }  // namespace kel

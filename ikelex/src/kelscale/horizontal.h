@@ -14,6 +14,26 @@
 
 namespace kel {
 
+// The rows that the next band will read, fetched into the second level cache while this one is
+// summed: the processor does not foresee as many streams as a band has rows.
+class RowsAhead {
+  public:
+    RowsAhead(const unsigned char* const* ppRows, std::size_t nRows, std::size_t nRowBytes,
+              std::size_t nShares);
+
+    // Asks for the next one of nShares shares.
+    void FetchShare();
+
+  private:
+    static constexpr std::size_t kLine = 64;
+
+    const unsigned char* const* m_ppRow;
+    const unsigned char* const* m_ppEnd;
+    std::size_t m_nRowBytes;
+    std::size_t m_nAt = 0;     // the place within the row
+    std::size_t m_nLines = 0;  // of a share
+};
+
 // One band: so many rows as the variant has lanes. A caller with fewer rows repeats its last one.
 struct HorizontalBand {
     const unsigned int* pStart;  // the plan
@@ -24,6 +44,7 @@ struct HorizontalBand {
     std::size_t nInWidth;
     std::size_t nOutWidth;
     unsigned char* pScratch;  // the width rounded up to 16 pixels, times the band's rows
+    RowsAhead* pAhead;        // takes a share with each output pixel
 };
 
 inline constexpr unsigned int kBandRowsPortable = 32;
@@ -48,9 +69,10 @@ class HorizontalPass {
 
     unsigned int BandRows() const { return m_nBandRows; }
 
-    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row.
-    void Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-             unsigned int nRows) const;
+    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row. Of the nAhead
+    // input rows behind them, which later calls will pass, those of the next call are fetched.
+    void Run(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
+             unsigned int nAhead) const;
 
   private:
     const LineContribType* m_pTable = nullptr;

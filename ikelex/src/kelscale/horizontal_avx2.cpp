@@ -135,6 +135,7 @@ KEL_TARGET void ScaleBand(const HorizontalBand& band) {
     std::size_t x = 0;
     for (; x + 16 <= band.nOutWidth; x += 16) {
         for (unsigned int i = 0; i < 16; ++i) {
+            band.pAhead->FetchShare();
             SumPixel(band, x + i, sums + 3 * i);
         }
         TurnOut(sums, band.ppOut, 3 * x);
