@@ -3,15 +3,18 @@
 // tiny ones (a huge window) and kernels of other makers reach them.
 #include "contributions.h"
 
+#include <array>
+#include <bit>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <new>
 
 namespace kel {
 
 namespace {
 
-// dValue, a whole number, as an int within [nLow, nHigh]; nLow for no number at all.
+// dValue cut towards zero, as an int within [nLow, nHigh]; nLow for no number at all.
 int ClampToInt(double dValue, int nLow, int nHigh) {
     if (!(dValue > nLow)) {
         return nLow;
@@ -19,10 +22,37 @@ int ClampToInt(double dValue, int nLow, int nHigh) {
     return dValue < nHigh ? static_cast<int>(dValue) : nHigh;
 }
 
-// dWeight cut towards zero.
-int CutWeight(double dWeight) {
-    return ClampToInt(std::trunc(dWeight), INT_MIN, INT_MAX);
-}
+// The weights of a kernel at one scale: its value times the scale, in 256ths, cut towards zero.
+// Remembers those of the arguments seen last. At a ratio of small whole numbers the records repeat
+// each other's arguments to the bit, and sines and exponentials are most of a table's time.
+class Weights {
+  public:
+    Weights(const PLContribDef& kernel, double dScale) : m_Kernel(kernel), m_dScale(dScale) {}
+
+    int At(double dDistance) {
+        const double dArgument = dDistance * m_dScale;
+        const auto nBits = std::bit_cast<std::uint64_t>(dArgument);
+        Entry& entry = m_Seen[nBits * kGolden >> (64 - kIndexBits)];
+        if (entry.nBits != nBits) {
+            entry.nBits = nBits;
+            entry.nWeight =
+                ClampToInt(m_Kernel.Filter(dArgument) * m_dScale * 256.0, INT_MIN, INT_MAX);
+        }
+        return entry.nWeight;
+    }
+
+  private:
+    static constexpr int kIndexBits = 10;
+    static constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
+    struct Entry {
+        std::uint64_t nBits = ~std::uint64_t{0};  // no argument: not a number
+        int nWeight = 0;
+    };
+
+    const PLContribDef& m_Kernel;
+    double m_dScale;
+    std::array<Entry, std::size_t{1} << kIndexBits> m_Seen;
+};
 
 // Addition and multiplication that wrap: only kernels of other makers ever leave 32 bits.
 int WrapAdd(int a, int b) {
@@ -43,10 +73,9 @@ void Normalise(int* pWeights, int nCount, int nTotal) {
     pWeights[nCount - 1] = static_cast<int>(256u - static_cast<unsigned int>(nSum));
 }
 
-// Fills record nPosition. dSupport is the window's half-width in source positions, dScale the
-// factor from source positions to kernel arguments.
-void FillRecord(const PLContribDef& kernel, const LineContribType& table, unsigned int nPosition,
-                int nInLength, double dRatio, double dSupport, double dScale) {
+// Fills record nPosition. dSupport is the window's half-width in source positions.
+void FillRecord(Weights& weights, const LineContribType& table, unsigned int nPosition,
+                int nInLength, double dRatio, double dSupport) {
     const double dCentre = (nPosition + 0.5) / dRatio - 0.5;
     int nLeft = ClampToInt(std::floor(dCentre - dSupport), 0, INT_MAX - 1);
     int nRight = ClampToInt(std::ceil(dCentre + dSupport), -1, nInLength - 1);
@@ -68,7 +97,7 @@ void FillRecord(const PLContribDef& kernel, const LineContribType& table, unsign
     record.nRight = nRight;
     int nTotal = 0;
     for (int i = nLeft; i <= nRight; ++i) {
-        const int nWeight = CutWeight(kernel.Filter((dCentre - i) * dScale) * dScale * 256.0);
+        const int nWeight = weights.At(dCentre - i);
         record.pWeights[i - nLeft] = nWeight;
         nTotal = WrapAdd(nTotal, nWeight);
     }
@@ -129,9 +158,9 @@ Contributions CalcContributions(const PLContribDef& kernel, unsigned int nOutLen
     // A table without records can do without a window that fits.
     const unsigned int nWindow = bFits ? static_cast<unsigned int>(dWindow) : 1;
     Contributions table(AllocContributions(nOutLength, nWindow));
+    Weights weights(kernel, dScale);
     for (unsigned int nPosition = 0; table != nullptr && nPosition < nOutLength; ++nPosition) {
-        FillRecord(kernel, *table, nPosition, static_cast<int>(nInLength), dRatio, dSupport,
-                   dScale);
+        FillRecord(weights, *table, nPosition, static_cast<int>(nInLength), dRatio, dSupport);
     }
     return table;
 }

@@ -15,7 +15,7 @@ class IKELEX_API PLContribDef {
     explicit PLContribDef(double dWidth);
     virtual ~PLContribDef();
 
-    // The kernel's value at x.
+    // The kernel's value at x, and of x alone: a table may ask once for arguments that repeat.
     virtual double Filter(double x) const = 0;
 
     double m_dWidth;  // the half-width
