@@ -92,9 +92,12 @@ KEL_TARGET inline void SumPixel(const HorizontalBand& band, std::size_t x, __m25
         }
     }
     for (unsigned int k = 0; k < 3; ++k) {
-        // A division by 256 that cuts towards zero: 255 more for negative sums.
-        const __m256i sign = _mm256_srli_epi32(_mm256_srai_epi32(sums[k], 31), 24);
-        pSums[k] = _mm256_add_epi32(sums[k], sign);
+        pSums[k] = sums[k];
+        if (!band.bUnsigned16) {
+            // A division by 256 that cuts towards zero: 255 more for negative sums.
+            const __m256i sign = _mm256_srli_epi32(_mm256_srai_epi32(sums[k], 31), 24);
+            pSums[k] = _mm256_add_epi32(sums[k], sign);
+        }
     }
 }
 

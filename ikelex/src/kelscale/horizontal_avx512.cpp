@@ -105,9 +105,12 @@ KEL_TARGET inline void SumPixel(const HorizontalBand& band, std::size_t x, __m51
         }
     }
     for (unsigned int k = 0; k < 3; ++k) {
-        // A division by 256 that cuts towards zero: 255 more for negative sums.
-        const __m512i sign = _mm512_srli_epi32(_mm512_srai_epi32(sums[k], 31), 24);
-        pSums[k] = _mm512_add_epi32(sums[k], sign);
+        pSums[k] = sums[k];
+        if (!band.bUnsigned16) {
+            // A division by 256 that cuts towards zero: 255 more for negative sums.
+            const __m512i sign = _mm512_srli_epi32(_mm512_srai_epi32(sums[k], 31), 24);
+            pSums[k] = _mm512_add_epi32(sums[k], sign);
+        }
     }
 }
 

@@ -86,6 +86,48 @@ int TakePiece(int& nWeight, int nRoom) {
     return nPiece;
 }
 
+// PlanColumns of unsigned bytes, for weights of 0 to 256.
+bool PlanPairs(const LineContribType& table, PassPlan& plan) {
+    return MakePlan(table, plan, [](const PixelContribType& record, auto fnSink) {
+        unsigned int nSteps = 0;
+        int nLast = 0;
+        for (int i = record.nLeft; i <= record.nRight; ++i) {
+            int nWeight = record.pWeights[i - record.nLeft];
+            while (nWeight != 0) {
+                const int nPiece = std::min(nWeight, 255);
+                fnSink(i, nPiece);
+                nWeight -= nPiece;
+                nLast = i;
+                ++nSteps;
+            }
+        }
+        if (nSteps % 2 != 0) {
+            fnSink(nLast, 0);
+        }
+    });
+}
+
+// PlanColumns of signed bytes.
+bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan) {
+    return MakePlan(table, plan, [nPairLimit](const PixelContribType& record, auto fnSink) {
+        unsigned int nSteps = 0;
+        int nRoom = nPairLimit;
+        int nLast = 0;
+        for (int i = record.nLeft; i <= record.nRight; ++i) {
+            int nWeight = record.pWeights[i - record.nLeft];
+            while (nWeight != 0) {
+                const int nPiece = TakePiece(nWeight, nRoom);
+                fnSink(i, nPiece);
+                nLast = i;
+                nRoom = ++nSteps % 2 == 0 ? nPairLimit : nPairLimit - std::abs(nPiece);
+            }
+        }
+        for (; nSteps % 4 != 0; ++nSteps) {
+            fnSink(nLast, 0);
+        }
+    });
+}
+
 }  // namespace
 
 bool PlanTaps(const LineContribType& table, PassPlan& plan) {
@@ -122,24 +164,8 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
     });
 }
 
-bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan) {
-    return MakePlan(table, plan, [nPairLimit](const PixelContribType& record, auto fnSink) {
-        unsigned int nSteps = 0;
-        int nRoom = nPairLimit;
-        int nLast = 0;
-        for (int i = record.nLeft; i <= record.nRight; ++i) {
-            int nWeight = record.pWeights[i - record.nLeft];
-            while (nWeight != 0) {
-                const int nPiece = TakePiece(nWeight, nRoom);
-                fnSink(i, nPiece);
-                nLast = i;
-                nRoom = ++nSteps % 2 == 0 ? nPairLimit : nPairLimit - std::abs(nPiece);
-            }
-        }
-        for (; nSteps % 4 != 0; ++nSteps) {
-            fnSink(nLast, 0);
-        }
-    });
+bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
+    return IsUnsigned16(table) ? PlanPairs(table, plan) : PlanFours(table, nPairLimit, plan);
 }
 
 bool IsCopy(const LineContribType& table, unsigned int nInLength) {

@@ -38,9 +38,10 @@ bool PlanTaps(const LineContribType& table, PassPlan& plan);
 // signed bytes, the first in the lowest bits. A group whose weights do not fit is repeated.
 bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan);
 
-// A step is a source position and a signed byte. Positions whose weight does not fit are repeated;
-// each record is padded with weights of 0 to a multiple of four steps.
-bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan);
+// A step is a source position and one byte of weight. Positions whose weight does not fit are
+// repeated; each record is padded with weights of 0. Where the plan is bUnsigned16 the bytes are
+// unsigned and come in pairs; else they are signed and come in fours.
+bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan);
 
 // True when every record consists of its own position with the weight 256: the pass is a copy.
 bool IsCopy(const LineContribType& table, unsigned int nInLength);

@@ -62,11 +62,11 @@ bool VerticalPass::Prepare(const LineContribType& table, std::size_t nRowBytes, 
 #if defined(__x86_64__)
         case CpuLevel::kAvx512:
             m_pfnColumns = ScaleColumns_Avx512;
-            bPlanned = PlanFours(table, kNoPairLimit, m_Plan);
+            bPlanned = PlanColumns(table, kNoPairLimit, m_Plan);
             break;
         case CpuLevel::kAvx2:
             m_pfnColumns = ScaleColumns_Avx2;
-            bPlanned = PlanFours(table, kPairLimit, m_Plan);
+            bPlanned = PlanColumns(table, kPairLimit, m_Plan);
             break;
 #endif
         default:

@@ -23,8 +23,8 @@ struct VerticalRow {
     std::size_t nBytes;
 };
 
-// Plans: PlanTaps for the portable form, PlanFours with kPairLimit for AVX2, with kNoPairLimit for
-// AVX-512.
+// Plans: PlanTaps for the portable form, PlanColumns with kPairLimit for AVX2, with kNoPairLimit
+// for AVX-512.
 void ScaleColumns_Portable(const VerticalRow& row);
 #if defined(__x86_64__)
 void ScaleColumns_Avx2(const VerticalRow& row);

@@ -1,12 +1,17 @@
-// The vertical pass for AVX2: 32 columns at a time, four source rows a step.
+// The vertical pass for AVX2: 32 columns at a time.
 //
-// Assumes the plan of PlanFours with kPairLimit: signed bytes, the number of steps a multiple of
-// four, each pair of weights at most 128 together. Exact, because vpmaddubsw then stays within 255
-// x 128 = 32,640 and never saturates, and the rest is added in 32 bits. ScaleColumns_Portable
-// defines the bytes.
+// Assumes the plan of PlanColumns with kPairLimit. Pairs of unsigned bytes, two source rows at a
+// time: exact, because p x w = (p - 128) x w + 128 x w. Of weights that sum to 256 at most,
+// vpmaddubsw gets sums of the first kind between -32,768 and 32,512 and never saturates; those of
+// the second kind are in the start value, and the whole, 65,408 at most, fits 16 bits unsigned.
+// Fours of signed bytes, each pair of weights at most 128 together, four source rows at a time:
+// exact, because vpmaddubsw then stays within 255 x 128 = 32,640 and never saturates, and the rest
+// is added in 32 bits. ScaleColumns_Portable defines the bytes.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
+
+#include <algorithm>
 
 #include "vertical.h"
 
@@ -18,6 +23,37 @@ namespace {
 
 KEL_TARGET inline __m256i Load(const unsigned char* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+KEL_TARGET inline void Store(unsigned char* p, __m256i v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+}
+
+// Where the sums of a row's pairs begin: half a 256th, and 128 times each weight.
+KEL_TARGET inline __m256i StartOfPairs(const VerticalRow& row) {
+    int nWeights = 0;
+    for (unsigned int s = 0; s < row.nSteps; ++s) {
+        nWeights += row.pSteps[s].nWeights;
+    }
+    return _mm256_set1_epi16(static_cast<short>(128 + 128 * nWeights));
+}
+
+// The 32 columns from nAt on, as pairs.
+KEL_TARGET inline void SumPairs(const VerticalRow& row, __m256i start, std::size_t nAt) {
+    const __m256i flip = _mm256_set1_epi8(-128);  // p to p - 128
+    __m256i low = start;
+    __m256i high = start;
+    for (unsigned int s = 0; s < row.nSteps; s += 2) {
+        const __m256i weights = _mm256_set1_epi16(
+            static_cast<short>(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8));
+        const __m256i a = _mm256_xor_si256(flip, Load(row.ppIn[s] + nAt));
+        const __m256i b = _mm256_xor_si256(flip, Load(row.ppIn[s + 1] + nAt));
+        low = _mm256_add_epi16(low, _mm256_maddubs_epi16(weights, _mm256_unpacklo_epi8(a, b)));
+        high = _mm256_add_epi16(high, _mm256_maddubs_epi16(weights, _mm256_unpackhi_epi8(a, b)));
+    }
+    // The pack undoes the order of the lanes and never saturates.
+    Store(row.pOut + nAt,
+          _mm256_packus_epi16(_mm256_srli_epi16(low, 8), _mm256_srli_epi16(high, 8)));
 }
 
 // Four weights as the bytes of one word, in every lane.
@@ -39,8 +75,8 @@ KEL_TARGET inline __m256i Bytes(__m256i sums) {
     return _mm256_and_si256(quotient, _mm256_set1_epi32(255));
 }
 
-// The 32 columns from nAt on.
-KEL_TARGET inline void SumColumns(const VerticalRow& row, std::size_t nAt) {
+// The 32 columns from nAt on, as fours.
+KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt) {
     __m256i sums[4];
     sums[0] = sums[1] = sums[2] = sums[3] = _mm256_set1_epi32(128);
     for (unsigned int s = 0; s < row.nSteps; s += 4) {
@@ -62,7 +98,7 @@ KEL_TARGET inline void SumColumns(const VerticalRow& row, std::size_t nAt) {
     // Bytes in 32-bit lanes: neither pack ever saturates.
     const __m256i low = _mm256_packus_epi32(Bytes(sums[0]), Bytes(sums[1]));
     const __m256i high = _mm256_packus_epi32(Bytes(sums[2]), Bytes(sums[3]));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.pOut + nAt), _mm256_packus_epi16(low, high));
+    Store(row.pOut + nAt, _mm256_packus_epi16(low, high));
 }
 
 KEL_TARGET void ScaleColumns(const VerticalRow& row) {
@@ -70,13 +106,15 @@ KEL_TARGET void ScaleColumns(const VerticalRow& row) {
         ScaleColumns_Portable(row);
         return;
     }
-    std::size_t nAt = 0;
-    for (; nAt + 32 <= row.nBytes; nAt += 32) {
-        SumColumns(row, nAt);
-    }
-    // The last columns overlap the ones before: the same bytes once more.
-    if (nAt < row.nBytes) {
-        SumColumns(row, row.nBytes - 32);
+    const __m256i start = StartOfPairs(row);
+    for (std::size_t nFrom = 0; nFrom < row.nBytes; nFrom += 32) {
+        // The last columns overlap the ones before: the same bytes once more.
+        const std::size_t nAt = std::min(nFrom, row.nBytes - 32);
+        if (row.bUnsigned16) {
+            SumPairs(row, start, nAt);
+        } else {
+            SumFours(row, nAt);
+        }
     }
 }
 

@@ -1,8 +1,11 @@
-// The vertical pass for AVX-512 with VNNI: 64 columns at a time, four source rows a step.
+// The vertical pass for AVX-512 with VNNI: 64 columns at a time.
 //
-// Assumes the plan of PlanFours: signed bytes, the number of steps a multiple of four. Exact,
-// because vpdpbusd adds the four products to a 32-bit lane without saturation.
-// ScaleColumns_Portable defines the bytes.
+// Assumes the plan of PlanColumns. Pairs of unsigned bytes, two source rows at a time: exact,
+// because p x w = (p - 128) x w + 128 x w. Of weights that sum to 256 at most, vpmaddubsw gets
+// sums of the first kind between -32,768 and 32,512 and never saturates; those of the second kind
+// are in the start value, and the whole, 65,408 at most, fits 16 bits unsigned. Fours of signed
+// bytes, four source rows at a time: exact, because vpdpbusd adds the four products to a 32-bit
+// lane without saturation. ScaleColumns_Portable defines the bytes.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
@@ -21,6 +24,36 @@ namespace kel {
 
 namespace {
 
+// Where the sums of a row's pairs begin: half a 256th, and 128 times each weight.
+KEL_TARGET inline __m512i StartOfPairs(const VerticalRow& row) {
+    int nWeights = 0;
+    for (unsigned int s = 0; s < row.nSteps; ++s) {
+        nWeights += row.pSteps[s].nWeights;
+    }
+    return _mm512_set1_epi16(static_cast<short>(128 + 128 * nWeights));
+}
+
+// The columns from nAt on that the mask names, at most 64, as pairs.
+KEL_TARGET inline void SumPairs(const VerticalRow& row, __m512i start, std::size_t nAt,
+                                __mmask64 nMask) {
+    const __m512i flip = _mm512_set1_epi8(-128);  // p to p - 128
+    __m512i low = start;
+    __m512i high = start;
+    for (unsigned int s = 0; s < row.nSteps; s += 2) {
+        const __m512i weights = _mm512_set1_epi16(
+            static_cast<short>(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8));
+        const __m512i a = _mm512_xor_si512(flip, _mm512_maskz_loadu_epi8(nMask, row.ppIn[s] + nAt));
+        const __m512i b =
+            _mm512_xor_si512(flip, _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 1] + nAt));
+        low = _mm512_add_epi16(low, _mm512_maddubs_epi16(weights, _mm512_unpacklo_epi8(a, b)));
+        high = _mm512_add_epi16(high, _mm512_maddubs_epi16(weights, _mm512_unpackhi_epi8(a, b)));
+    }
+    // The pack undoes the order of the lanes and never saturates.
+    _mm512_mask_storeu_epi8(
+        row.pOut + nAt, nMask,
+        _mm512_packus_epi16(_mm512_srli_epi16(low, 8), _mm512_srli_epi16(high, 8)));
+}
+
 // Four weights as the bytes of one word, in every lane.
 KEL_TARGET inline __m512i PackWeights(const PlanStep* pSteps) {
     return _mm512_set1_epi32((pSteps[0].nWeights & 255) | (pSteps[1].nWeights & 255) << 8 |
@@ -34,8 +67,8 @@ KEL_TARGET inline __m512i Bytes(__m512i sums) {
     return _mm512_and_si512(quotient, _mm512_set1_epi32(255));
 }
 
-// The columns from nAt on that the mask names, at most 64.
-KEL_TARGET inline void SumColumns(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
+// The columns from nAt on that the mask names, at most 64, as fours.
+KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
     __m512i sums[4];
     sums[0] = sums[1] = sums[2] = sums[3] = _mm512_set1_epi32(128);
     for (unsigned int s = 0; s < row.nSteps; s += 4) {
@@ -61,12 +94,16 @@ KEL_TARGET inline void SumColumns(const VerticalRow& row, std::size_t nAt, __mma
 }
 
 KEL_TARGET void ScaleColumns(const VerticalRow& row) {
-    std::size_t nAt = 0;
-    for (; nAt + 64 <= row.nBytes; nAt += 64) {
-        SumColumns(row, nAt, ~__mmask64{0});
-    }
-    if (nAt < row.nBytes) {
-        SumColumns(row, nAt, ~__mmask64{0} >> (64 - (row.nBytes - nAt)));
+    constexpr __mmask64 kAll = ~__mmask64{0};
+    const __m512i start = StartOfPairs(row);
+    for (std::size_t nAt = 0; nAt < row.nBytes; nAt += 64) {
+        const std::size_t nLeft = row.nBytes - nAt;
+        const __mmask64 nMask = nLeft < 64 ? kAll >> (64 - nLeft) : kAll;
+        if (row.bUnsigned16) {
+            SumPairs(row, start, nAt, nMask);
+        } else {
+            SumFours(row, nAt, nMask);
+        }
     }
 }
 
