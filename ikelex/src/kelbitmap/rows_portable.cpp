@@ -82,8 +82,13 @@ void Expand24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixel
 
 void Palette8(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
               std::size_t nPixels) {
-    for (; nPixels >= 4; nPixels -= 4, pSrc += 4, pDst += 12) {
-        StoreFourColors(pWords[pSrc[0]], pWords[pSrc[1]], pWords[pSrc[2]], pWords[pSrc[3]], pDst);
+    // A word is stored whole, and the next overwrites its last byte; that of a step's last word
+    // needs one pixel more.
+    for (; nPixels > 4; nPixels -= 4, pSrc += 4, pDst += 12) {
+        const std::uint32_t nIndices = LoadWord(pSrc);
+        for (int i = 0; i < 4; ++i) {
+            std::memcpy(pDst + 3 * i, &pWords[nIndices >> 8 * i & 0xFF], 4);
+        }
     }
     for (; nPixels > 0; --nPixels, ++pSrc, pDst += 3) {
         StoreColor(pWords[*pSrc], pDst);
