@@ -33,9 +33,7 @@ void FillColorWords(const tagKelRGBQUAD* pPalette, int nCount, bool bReverse, st
     const int nValid = std::min(nCount, nEntries);
     for (int i = 0; i < nValid; ++i) {
         const auto nEntry = std::bit_cast<std::uint32_t>(pPalette[i]);
-        const std::uint32_t nReversed =
-            (nEntry >> 16 & 0xFF) | (nEntry & 0xFF00) | (nEntry & 0xFF) << 16;
-        pWords[i] = bReverse ? nReversed : nEntry & 0xFFFFFF;
+        pWords[i] = bReverse ? __builtin_bswap32(nEntry) >> 8 : nEntry & 0xFFFFFF;
     }
     std::fill(pWords + nValid, pWords + nEntries, pWords[nValid - 1]);
 }

@@ -57,28 +57,43 @@ KEL_AVX2 void Store32(Byte* p, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
 }
 
-// ---- 24 bits reversed: 16 pixels in three vectors. Output byte j comes from input byte
-// 3 * (j / 3) + 2 - j % 3, at most two bytes away, so each output takes from its neighbours too.
+// ---- 24 bits reversed: 16 pixels are three vectors of 16 bytes. Output byte j comes from input
+// byte 3 * (j / 3) + 2 - j % 3, at most two bytes away, so each output takes from its neighbours
+// too. A step does 32 pixels, the second 16 in the upper halves.
 template <int kOut, int kIn>
-constexpr Lanes<16> kReverse = MakeLanes<16>([](int i) {
-    const int j = 16 * kOut + i;
+constexpr Lanes<32> kReverse = MakeLanes<32>([](int i) {
+    const int j = 16 * kOut + i % 16;
     const int nFrom = 3 * (j / 3) + 2 - j % 3 - 16 * kIn;
     return nFrom >= 0 && nFrom < 16 ? nFrom : kNone;
 });
 
+KEL_AVX2 __m256i LoadHalves(const Byte* pLow, const Byte* pHigh) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(pLow)), Load16(pHigh), 1);
+}
+
+KEL_AVX2 void StoreHalves(Byte* pLow, Byte* pHigh, __m256i v) {
+    Store16(pLow, _mm256_castsi256_si128(v));
+    Store16(pHigh, _mm256_extracti128_si256(v, 1));
+}
+
 KEL_AVX2 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
-    const __m128i s00 = Load(kReverse<0, 0>), s01 = Load(kReverse<0, 1>);
-    const __m128i s10 = Load(kReverse<1, 0>), s11 = Load(kReverse<1, 1>),
+    const __m256i s00 = Load(kReverse<0, 0>), s01 = Load(kReverse<0, 1>);
+    const __m256i s10 = Load(kReverse<1, 0>), s11 = Load(kReverse<1, 1>),
                   s12 = Load(kReverse<1, 2>);
-    const __m128i s21 = Load(kReverse<2, 1>), s22 = Load(kReverse<2, 2>);
-    for (; nPixels >= 16; nPixels -= 16, pSrc += 48, pDst += 48) {
+    const __m256i s21 = Load(kReverse<2, 1>), s22 = Load(kReverse<2, 2>);
+    for (; nPixels >= 32; nPixels -= 32, pSrc += 96, pDst += 96) {
         // All of a block is read before any of it is written: in place is allowed.
-        const __m128i a = Load16(pSrc), b = Load16(pSrc + 16), c = Load16(pSrc + 32);
-        Store16(pDst, _mm_or_si128(_mm_shuffle_epi8(a, s00), _mm_shuffle_epi8(b, s01)));
-        Store16(pDst + 16,
-                _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(a, s10), _mm_shuffle_epi8(b, s11)),
-                             _mm_shuffle_epi8(c, s12)));
-        Store16(pDst + 32, _mm_or_si128(_mm_shuffle_epi8(b, s21), _mm_shuffle_epi8(c, s22)));
+        const __m256i a = LoadHalves(pSrc, pSrc + 48);
+        const __m256i b = LoadHalves(pSrc + 16, pSrc + 64);
+        const __m256i c = LoadHalves(pSrc + 32, pSrc + 80);
+        StoreHalves(pDst, pDst + 48,
+                    _mm256_or_si256(_mm256_shuffle_epi8(a, s00), _mm256_shuffle_epi8(b, s01)));
+        StoreHalves(pDst + 16, pDst + 64,
+                    _mm256_or_si256(
+                        _mm256_or_si256(_mm256_shuffle_epi8(a, s10), _mm256_shuffle_epi8(b, s11)),
+                        _mm256_shuffle_epi8(c, s12)));
+        StoreHalves(pDst + 32, pDst + 80,
+                    _mm256_or_si256(_mm256_shuffle_epi8(b, s21), _mm256_shuffle_epi8(c, s22)));
     }
     kRowsPortable.pfnReverse24(pSrc, pDst, nPixels);
 }
@@ -115,11 +130,29 @@ constexpr Lanes<32> kExpand =
 KEL_AVX2 void Expand24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     const __m256i shuffle = Load(kExpand);
     for (; nPixels >= 10; nPixels -= 8, pSrc += 24, pDst += 32) {
-        const __m256i packed =
-            _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(pSrc)), Load16(pSrc + 12), 1);
-        Store32(pDst, _mm256_shuffle_epi8(packed, shuffle));
+        Store32(pDst, _mm256_shuffle_epi8(LoadHalves(pSrc, pSrc + 12), shuffle));
     }
     kRowsPortable.pfnExpand24(pSrc, pDst, nPixels);
+}
+
+// ---- 8 bits: four words looked up one by one, packed to 12 bytes at once. Gathers are slower, and
+// so are stores of single words. 16 bytes are stored for 12: the last of a step's four stores ends
+// 4 bytes behind the step, so steps run from 18 pixels on.
+KEL_AVX2 __m128i LookUpFour(const Byte* pSrc, const std::uint32_t* pWords) {
+    const auto nIndices = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_loadu_si32(pSrc)));
+    const auto word = [=](int i) { return static_cast<int>(pWords[nIndices >> 8 * i & 0xFF]); };
+    return _mm_setr_epi32(word(0), word(1), word(2), word(3));
+}
+
+KEL_AVX2 void Palette8(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst,
+                       std::size_t nPixels) {
+    const __m128i shuffle = _mm256_castsi256_si128(Load(kPack<false>));
+    for (; nPixels >= 18; nPixels -= 16, pSrc += 16, pDst += 48) {
+        for (int i = 0; i < 4; ++i) {
+            Store16(pDst + 12 * i, _mm_shuffle_epi8(LookUpFour(pSrc + 4 * i, pWords), shuffle));
+        }
+    }
+    kRowsPortable.pfnPalette8(pSrc, pWords, pDst, nPixels);
 }
 
 // ---- 4 bits: the sixteen bytes of a channel are one shuffle's table. The three channels of 16
@@ -247,11 +280,6 @@ KEL_AVX2 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
         StorePacked(_mm256_or_si256(c01, c2), shuffle, pDst);
     }
     kRowsPortable.pfnFields32(pSrc, fields, pDst, nPixels);
-}
-
-// A gather is no faster than four plain look-ups: 8-bit palettes stay with the portable function.
-void Palette8(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst, std::size_t nPixels) {
-    kRowsPortable.pfnPalette8(pSrc, pWords, pDst, nPixels);
 }
 
 }  // namespace

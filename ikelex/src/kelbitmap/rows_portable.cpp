@@ -82,8 +82,13 @@ void Expand24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixel
 
 void Palette8(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
               std::size_t nPixels) {
-    for (; nPixels >= 4; nPixels -= 4, pSrc += 4, pDst += 12) {
-        StoreFourColors(pWords[pSrc[0]], pWords[pSrc[1]], pWords[pSrc[2]], pWords[pSrc[3]], pDst);
+    // A word is stored whole, and the next overwrites its last byte; that of a step's last word
+    // needs one pixel more.
+    for (; nPixels > 4; nPixels -= 4, pSrc += 4, pDst += 12) {
+        const std::uint32_t nIndices = LoadWord(pSrc);
+        for (int i = 0; i < 4; ++i) {
+            std::memcpy(pDst + 3 * i, &pWords[nIndices >> 8 * i & 0xFF], 4);
+        }
     }
     for (; nPixels > 0; --nPixels, ++pSrc, pDst += 3) {
         StoreColor(pWords[*pSrc], pDst);
@@ -123,31 +128,73 @@ std::uint32_t Channel(std::uint32_t nPixel, const ChannelField& field, int nByte
     return ((nPixel & field.nMask) >> field.nRight << field.nLeft & 0xFF) << (8 * nByte);
 }
 
-// In two steps, so that the first has no order between its pixels and compiles to vectors.
+template <typename Lane>
+using Lanes __attribute__((vector_size(16))) = Lane;
+using Halves = Lanes<std::uint16_t>;
+using Words = Lanes<std::uint32_t>;
+using Pairs = Lanes<std::uint64_t>;
+
+// A channel of several pixels, one in each lane, at byte nByte of the lane: the formula with three
+// operations. The mask holds back beforehand what nLeft would shift out of the channel's byte, so
+// nothing is to be cut off behind it.
+template <typename Lane>
+struct LaneField {
+    Lane nMask, nRight, nLeft;
+
+    LaneField(const ChannelField& field, int nByte) : nMask(0), nRight(0), nLeft(0) {
+        constexpr int kLaneBits = 8 * sizeof(Lane);
+        if (field.nRight < kLaneBits) {  // else nothing of the pixel remains
+            nMask = static_cast<Lane>(field.nMask & 0xFFU >> field.nLeft << field.nRight);
+            nRight = static_cast<Lane>(field.nRight);
+            nLeft = static_cast<Lane>(field.nLeft + 8 * nByte);
+        }
+    }
+    Lanes<Lane> Of(Lanes<Lane> pixels) const { return (pixels & nMask) >> nRight << nLeft; }
+};
+
+// Four colour words become twelve bytes; two zeros are written behind them.
+void StoreColors(Words colors, unsigned char* pDst) {
+    const Pairs wide = reinterpret_cast<Pairs>(colors);
+    const Pairs packed = (wide & 0xFFFFFF) | (wide & 0xFFFFFF00000000) >> 8;
+    const std::uint64_t nFirst = packed[0], nLast = packed[1];
+    std::memcpy(pDst, &nFirst, sizeof nFirst);
+    std::memcpy(pDst + 6, &nLast, sizeof nLast);
+}
+
+// The channels of one vector of pixels. Lanes of 32 bits are colour words when joined. In lanes of
+// 16 bits the first two channels are the low half of a colour word and the third is the high half.
+void StoreChannels(Words c0, Words c1, Words c2, unsigned char* pDst) {
+    StoreColors(c0 | c1 | c2, pDst);
+}
+void StoreChannels(Halves c0, Halves c1, Halves c2, unsigned char* pDst) {
+    const Halves c01 = c0 | c1;
+    StoreColors(reinterpret_cast<Words>(__builtin_shufflevector(c01, c2, 0, 8, 1, 9, 2, 10, 3, 11)),
+                pDst);
+    StoreColors(
+        reinterpret_cast<Words>(__builtin_shufflevector(c01, c2, 4, 12, 5, 13, 6, 14, 7, 15)),
+        pDst + 12);
+}
+
 template <typename Word>
 void Fields(const unsigned char* pSrc, const PixelFields& fields, unsigned char* pDst,
             std::size_t nPixels) {
-    constexpr std::size_t kBlock = 64;
-    const PixelFields held = fields;  // nothing written below can change it
-    while (nPixels > 0) {
-        const std::size_t nStep = nPixels < kBlock ? nPixels : kBlock;
-        Word aPixels[kBlock];
-        std::uint32_t aColors[kBlock];
-        std::memcpy(aPixels, pSrc, nStep * sizeof(Word));
-        for (std::size_t i = 0; i < nStep; ++i) {
-            aColors[i] = Channel(aPixels[i], held.aChannels[0], 0) |
-                         Channel(aPixels[i], held.aChannels[1], 1) |
-                         Channel(aPixels[i], held.aChannels[2], 2);
-        }
-        std::size_t i = 0;
-        for (; i + 4 <= nStep; i += 4, pDst += 12) {
-            StoreFourColors(aColors[i], aColors[i + 1], aColors[i + 2], aColors[i + 3], pDst);
-        }
-        for (; i < nStep; ++i, pDst += 3) {
-            StoreColor(aColors[i], pDst);
-        }
-        pSrc += nStep * sizeof(Word);
-        nPixels -= nStep;
+    const LaneField<Word> first(fields.aChannels[0], 0);
+    const LaneField<Word> second(fields.aChannels[1], 1);
+    const LaneField<Word> third(fields.aChannels[2], sizeof(Word) == 2 ? 0 : 2);
+    constexpr std::size_t kStep = 16 / sizeof(Word);
+    // The two zeros behind the last bytes of a step need one pixel more.
+    for (; nPixels > kStep; nPixels -= kStep, pSrc += 16, pDst += 3 * kStep) {
+        Lanes<Word> pixels;
+        std::memcpy(&pixels, pSrc, sizeof pixels);
+        StoreChannels(first.Of(pixels), second.Of(pixels), third.Of(pixels), pDst);
+    }
+    for (; nPixels > 0; --nPixels, pSrc += sizeof(Word), pDst += 3) {
+        Word nPixel;
+        std::memcpy(&nPixel, pSrc, sizeof nPixel);
+        StoreColor(Channel(nPixel, fields.aChannels[0], 0) |
+                       Channel(nPixel, fields.aChannels[1], 1) |
+                       Channel(nPixel, fields.aChannels[2], 2),
+                   pDst);
     }
 }
 
