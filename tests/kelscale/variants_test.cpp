@@ -23,18 +23,19 @@ std::vector<CpuLevel> Levels() {
     return levels;
 }
 
-enum class Weights { kUnit, kSumTo256, kWild };
+enum class Weights { kUnit, kSumTo256, kWild, kNarrow };
 
 // Records of random place and length, 0 included. Wild weights take both signs and any size a plan
-// accepts; their sums wrap round the byte.
+// accepts; their sums wrap round the byte. Narrow records fit into 16 signed bytes.
 kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWeights,
                                std::mt19937& random) {
     kel::Contributions table(kel::AllocContributions(nOut, nIn));
     for (unsigned int u = 0; u < nOut; ++u) {
         PixelContribType& record = table->pPixels[u];
         record.nLeft = static_cast<int>(random() % nIn);
-        const int nMost =
-            static_cast<int>(std::min(nIn - static_cast<unsigned>(record.nLeft), 23u));
+        const bool bNarrow = eWeights == Weights::kNarrow;
+        const int nMost = static_cast<int>(
+            std::min(nIn - static_cast<unsigned>(record.nLeft), bNarrow ? 16u : 23u));
         const int nCount = static_cast<int>(random() % static_cast<unsigned>(nMost + 1));
         record.nRight = record.nLeft + nCount - 1;
         int nLeft = 256;
@@ -44,6 +45,7 @@ kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWei
             if (eWeights != Weights::kWild) {
                 const int nMiddle = eWeights == Weights::kUnit ? 0 : std::min(nRandom % 150, nLeft);
                 nWeight = j == nCount - 1 ? nLeft : nMiddle;
+                nWeight = bNarrow ? std::min(nWeight, 127) : nWeight;
                 nLeft -= nWeight;
             }
             record.pWeights[j] = nWeight;
@@ -55,13 +57,15 @@ kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWei
 TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
     std::mt19937 random(5);
     for (const CpuLevel eLevel : Levels()) {
-        for (unsigned int nIn = 1; nIn <= 70; ++nIn) {
-            const unsigned int nOut = 1 + static_cast<unsigned>(random() % 70);
-            const auto eWeights = static_cast<Weights>(nIn % 3);
+        for (unsigned int n = 1; n <= 70; ++n) {
+            const auto eWeights = static_cast<Weights>(n % 4);
+            const bool bNarrow = eWeights == Weights::kNarrow;
+            const unsigned int nIn = bNarrow ? 8 * n : n;
+            const unsigned int nOut = bNarrow ? n : 1 + static_cast<unsigned>(random() % 70);
             const kel::Contributions table = RandomTable(nOut, nIn, eWeights, random);
             kel::HorizontalPass pass;
             ASSERT_TRUE(pass.Prepare(*table, nIn, eLevel));
-            for (const unsigned int nRows : {1u, 7u, pass.BandRows()}) {
+            for (const unsigned int nRows : {1u, std::min(7u, pass.BandRows()), pass.BandRows()}) {
                 const std::size_t nSkew = random() % 64;
                 RowPicture in(nIn, nRows, nSkew);
                 in.Fill(nIn);

@@ -186,6 +186,18 @@ bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
     m_nInWidth = nInWidth;
     m_nOutWidth = static_cast<unsigned int>(table.nLineLength);
     int nPairLimit = 0;  // of groups
+#if defined(__x86_64__)
+    // Below this ratio a pixel's own reading costs more than turning does.
+    constexpr unsigned int kNarrowRatio = 8;
+    if (eLevel == CpuLevel::kAvx512 && nInWidth / kNarrowRatio >= m_nOutWidth) {
+        m_pWindows = PlanNarrowWindows(table, nInWidth);
+        if (m_pWindows != nullptr) {
+            m_nBandRows = 1;
+            m_pfnBand = ScaleNarrow_Avx512;
+            return true;
+        }
+    }
+#endif
     // One choice per pass, the best level first.
     switch (eLevel) {
 #if defined(__x86_64__)
@@ -210,6 +222,7 @@ bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
         m_pScratch.reset(new (std::nothrow) unsigned char[nScratch]);
     }
     if (m_pScratch == nullptr) {
+        m_pfnBand = nullptr;
         m_nBandRows = 1;
         return false;
     }
@@ -218,7 +231,7 @@ bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
 
 void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
                          unsigned int nRows, unsigned int nAhead) const {
-    if (m_pScratch == nullptr) {
+    if (m_pfnBand == nullptr) {
         ScaleRowPlain(*ppIn, *ppOut, m_nOutWidth, *m_pTable);
         return;
     }
@@ -229,8 +242,8 @@ void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const*
         out[i] = ppOut[std::min(i, nRows - 1)];
     }
     RowsAhead ahead(ppIn + nRows, std::min(nAhead, m_nBandRows), 3 * m_nInWidth, m_nOutWidth);
-    m_pfnBand({m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16, in, out, m_nInWidth,
-               m_nOutWidth, m_pScratch.get(), &ahead});
+    m_pfnBand({m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16, m_pWindows.get(), in,
+               out, m_nInWidth, m_nOutWidth, m_pScratch.get(), &ahead});
 }
 
 }  // namespace kel

@@ -39,6 +39,7 @@ struct HorizontalBand {
     const unsigned int* pStart;  // the plan
     const PlanStep* pSteps;
     bool bUnsigned16;
+    const NarrowWindow* pWindows;  // instead of a plan, for ScaleNarrow
     const unsigned char* const* ppIn;
     unsigned char* const* ppOut;
     std::size_t nInWidth;
@@ -58,6 +59,9 @@ void ScaleBand_Portable(const HorizontalBand& band);
 #if defined(__x86_64__)
 void ScaleBand_Avx2(const HorizontalBand& band);
 void ScaleBand_Avx512(const HorizontalBand& band);
+
+// One row at a time, from windows instead of a plan and without scratch.
+void ScaleNarrow_Avx512(const HorizontalBand& band);
 #endif
 
 // The pass at one level: plan, scratch and loop.
@@ -77,6 +81,7 @@ class HorizontalPass {
   private:
     const LineContribType* m_pTable = nullptr;
     PassPlan m_Plan;
+    std::unique_ptr<NarrowWindow[]> m_pWindows;
     std::unique_ptr<unsigned char[]> m_pScratch;
     std::size_t m_nInWidth = 0;
     unsigned int m_nOutWidth = 0;

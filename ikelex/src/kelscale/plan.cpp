@@ -168,6 +168,41 @@ bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
     return IsUnsigned16(table) ? PlanPairs(table, plan) : PlanFours(table, nPairLimit, plan);
 }
 
+std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
+                                                  unsigned int nInLength) {
+    constexpr int kPositions = sizeof NarrowWindow::weights;
+    if (nInLength < kPositions || nInLength > INT_MAX || !IsUnsigned16(table)) {
+        return nullptr;
+    }
+    const std::size_t nWindows = (static_cast<std::size_t>(table.nLineLength) + 15) / 16 * 16;
+    std::unique_ptr<NarrowWindow[]> windows(new (std::nothrow) NarrowWindow[nWindows]());
+    for (int i = 0; windows != nullptr && i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        int nBegin = record.nLeft;
+        int nEnd = record.nRight + 1;
+        while (nBegin < nEnd && record.pWeights[nBegin - record.nLeft] == 0) {
+            ++nBegin;
+        }
+        while (nBegin < nEnd && record.pWeights[nEnd - 1 - record.nLeft] == 0) {
+            --nEnd;
+        }
+        // A window never reaches beyond the row's end.
+        const int nFirst = std::min(nBegin, static_cast<int>(nInLength) - kPositions);
+        if (nEnd - nFirst > kPositions) {
+            return nullptr;
+        }
+        windows[i].nFirst = nFirst;
+        for (int j = nBegin; j < nEnd; ++j) {
+            const int nWeight = record.pWeights[j - record.nLeft];
+            if (nWeight > SCHAR_MAX) {
+                return nullptr;
+            }
+            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
+        }
+    }
+    return windows;
+}
+
 bool IsCopy(const LineContribType& table, unsigned int nInLength) {
     if (static_cast<unsigned int>(table.nLineLength) != nInLength) {
         return false;

@@ -43,6 +43,18 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan);
 // unsigned and come in pairs; else they are signed and come in fours.
 bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan);
 
+// The weights of a record that reads few pixels: those of 16 neighbouring source positions.
+struct NarrowWindow {
+    int nFirst;
+    signed char weights[16];
+};
+
+// Makes a window of each record, and empty ones up to a multiple of 16. Null when a record does not
+// fit into its window, a weight into its byte or 16 pixels into the row, when a weight is below 0
+// or a record's sum above 256, or without memory.
+std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
+                                                  unsigned int nInLength);
+
 // True when every record consists of its own position with the weight 256: the pass is a copy.
 bool IsCopy(const LineContribType& table, unsigned int nInLength);
 
