@@ -26,7 +26,7 @@ std::vector<CpuLevel> Levels() {
 enum class Weights { kUnit, kSumTo256, kWild, kNarrow };
 
 // Records of random place and length, 0 included. Wild weights take both signs and any size a plan
-// accepts; their sums wrap round the byte. Narrow records fit into 16 signed bytes.
+// accepts; their sums wrap round the byte. Narrow records are short, of small weights.
 kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWeights,
                                std::mt19937& random) {
     kel::Contributions table(kel::AllocContributions(nOut, nIn));
@@ -45,7 +45,7 @@ kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWei
             if (eWeights != Weights::kWild) {
                 const int nMiddle = eWeights == Weights::kUnit ? 0 : std::min(nRandom % 150, nLeft);
                 nWeight = j == nCount - 1 ? nLeft : nMiddle;
-                nWeight = bNarrow ? std::min(nWeight, 127) : nWeight;
+                nWeight = bNarrow ? nWeight % 32 : nWeight;
                 nLeft -= nWeight;
             }
             record.pWeights[j] = nWeight;

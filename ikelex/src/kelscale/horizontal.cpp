@@ -187,13 +187,13 @@ bool HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
     m_nOutWidth = static_cast<unsigned int>(table.nLineLength);
     int nPairLimit = 0;  // of groups
 #if defined(__x86_64__)
-    // Below this ratio a pixel's own reading costs more than turning does.
+    // Below this ratio what each output pixel costs by itself is more than turning.
     constexpr unsigned int kNarrowRatio = 8;
-    if (eLevel == CpuLevel::kAvx512 && nInWidth / kNarrowRatio >= m_nOutWidth) {
+    if (eLevel >= CpuLevel::kAvx2 && nInWidth / kNarrowRatio >= m_nOutWidth) {
         m_pWindows = PlanNarrowWindows(table, nInWidth);
         if (m_pWindows != nullptr) {
             m_nBandRows = 1;
-            m_pfnBand = ScaleNarrow_Avx512;
+            m_pfnBand = eLevel >= CpuLevel::kAvx512 ? ScaleNarrow_Avx512 : ScaleNarrow_Avx2;
             return true;
         }
     }

@@ -61,6 +61,7 @@ void ScaleBand_Avx2(const HorizontalBand& band);
 void ScaleBand_Avx512(const HorizontalBand& band);
 
 // One row at a time, from windows instead of a plan and without scratch.
+void ScaleNarrow_Avx2(const HorizontalBand& band);
 void ScaleNarrow_Avx512(const HorizontalBand& band);
 #endif
 

@@ -192,12 +192,15 @@ std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
             return nullptr;
         }
         windows[i].nFirst = nFirst;
+        int sums[4] = {};
         for (int j = nBegin; j < nEnd; ++j) {
             const int nWeight = record.pWeights[j - record.nLeft];
-            if (nWeight > SCHAR_MAX) {
+            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
+            int& nSum = sums[(j - nFirst) % 8 / 2];
+            nSum += nWeight;
+            if (nSum >= kPairLimit) {
                 return nullptr;
             }
-            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
         }
     }
     return windows;

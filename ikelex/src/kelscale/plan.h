@@ -49,9 +49,10 @@ struct NarrowWindow {
     signed char weights[16];
 };
 
-// Makes a window of each record, and empty ones up to a multiple of 16. Null when a record does not
-// fit into its window, a weight into its byte or 16 pixels into the row, when a weight is below 0
-// or a record's sum above 256, or without memory.
+// Makes a window of each record, and empty ones up to a multiple of 16. Null without memory, or
+// when a record does not fit into its window or 16 pixels into the row, when a weight is below 0, a
+// record's sum above 256, or that of the positions k, k + 1, k + 8 and k + 9 above kPairLimit - 1,
+// which a signed byte holds.
 std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
                                                   unsigned int nInLength);
 
