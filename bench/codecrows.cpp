@@ -3,8 +3,10 @@
 #include <platform/vamarchivefile.h>
 #include <platform/vamarchivememory.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -129,6 +131,38 @@ void AddPng(std::vector<Row>& rows, Size size) {
     }
 }
 
+// What libpng itself takes for the exchange of the channels.
+void AddPngLimit(std::vector<Row>& rows, Size size) {
+    rows.push_back({"limit: libpng, " + size.Text() + ", blue first", "libpng", 0, [size] {
+                        auto pFile = Shared(Saved(*MakeScene(size, 24), KEL_IMAGE_PNG));
+                        return Pair{[pFile] {
+                                        return Seconds([&] {
+                                            plain::DecodePng(*pFile, [](png_structp p, png_infop) {
+                                                png_set_bgr(p);
+                                            });
+                                        });
+                                    },
+                                    [pFile] { return Seconds([&] { plain::DecodePng(*pFile); }); }};
+                    }});
+}
+
+// Writes the bytes to a new file, in blocks that go through a buffer of that size, or in one piece.
+double WriteFile(const std::string& strPath, const plain::Bytes& bytes, std::size_t nBlock = 0) {
+    return Seconds([&] {
+        std::FILE* pFile = std::fopen(strPath.c_str(), "w+b");
+        std::vector<unsigned char> buffer(nBlock);
+        std::size_t nDone = nBlock == 0 ? std::fwrite(bytes.data(), 1, bytes.size(), pFile) : 0;
+        for (std::size_t nCount = 1; nBlock != 0 && nCount != 0; nDone += nCount) {
+            nCount = std::min(nBlock, bytes.size() - nDone);
+            std::memcpy(buffer.data(), bytes.data() + nDone, nCount);
+            nCount = std::fwrite(buffer.data(), 1, nCount, pFile);
+        }
+        if (nDone != bytes.size() || std::fclose(pFile) != 0) {
+            std::exit(1);
+        }
+    });
+}
+
 void AddBmp(std::vector<Row>& rows, Size size) {
     rows.push_back({"open BMP " + size.Text() + ", 24 bits", "fread, fresh buffer", 0.60, [size] {
                         const plain::Bytes bytes = Saved(*MakeScene(size, 24), KEL_IMAGE_BMP);
@@ -163,16 +197,13 @@ void AddBmp(std::vector<Row>& rows, Size size) {
                                     Check(pImage->Save(pPath->c_str(), KEL_IMAGE_BMP, nullptr));
                                 });
                             },
-                            [pBytes, pPath] {
-                                return Seconds([&] {
-                                    std::FILE* pFile = std::fopen(pPath->c_str(), "w+b");
-                                    if (std::fwrite(pBytes->data(), 1, pBytes->size(), pFile) !=
-                                        pBytes->size()) {
-                                        std::exit(1);
-                                    }
-                                    std::fclose(pFile);
-                                });
-                            }};
+                            [pBytes, pPath] { return WriteFile(*pPath, *pBytes); }};
+                    }});
+    rows.push_back({"limit: write " + size.Text() + " in blocks", "fwrite", 0, [size] {
+                        auto pBytes = Shared(Saved(*MakeScene(size, 24), KEL_IMAGE_BMP));
+                        auto pPath = TemporaryFile({}, "ikelex-bench-blocks.bmp");
+                        return Pair{[=] { return WriteFile(*pPath, *pBytes, 512 * 1024); },
+                                    [=] { return WriteFile(*pPath, *pBytes); }};
                     }});
 }
 
@@ -181,6 +212,7 @@ void AddBmp(std::vector<Row>& rows, Size size) {
 void AddCodecRows(std::vector<Row>& rows, const Options& options) {
     AddJpeg(rows, options.Large());
     AddPng(rows, options.Hd());
+    AddPngLimit(rows, options.Hd());
     AddBmp(rows, options.Large());
 }
 

@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <thread>
 
+#include "plaincodecs.h"
 #include "suite.h"
 
 extern char** environ;
@@ -87,6 +89,18 @@ void OneJob(const plain::Bytes& file) {
     }
 }
 
+// The job in two threads at once, and in one.
+Pair TwoAndOne(const std::function<void()>& fnJob) {
+    return {[fnJob] {
+                return Seconds([&] {
+                    std::thread other(fnJob);
+                    fnJob();
+                    other.join();
+                });
+            },
+            [fnJob] { return Seconds(fnJob); }};
+}
+
 }  // namespace
 
 void AddProcessRows(std::vector<Row>& rows, const Options& options) {
@@ -117,14 +131,12 @@ void AddProcessRows(std::vector<Row>& rows, const Options& options) {
     rows.push_back({"two threads, one picture each", "one thread, one picture", 2 / 1.9, [large] {
                         auto pFile = std::make_shared<plain::Bytes>(
                             Saved(*MakeScene(large, 24), KEL_IMAGE_JPEG));
-                        return Pair{[=] {
-                                        return Seconds([&] {
-                                            std::thread other([&] { OneJob(*pFile); });
-                                            OneJob(*pFile);
-                                            other.join();
-                                        });
-                                    },
-                                    [=] { return Seconds([&] { OneJob(*pFile); }); }};
+                        return TwoAndOne([pFile] { OneJob(*pFile); });
+                    }});
+    rows.push_back({"limit: libjpeg, two threads", "one thread", 0, [large] {
+                        auto pFile = std::make_shared<plain::Bytes>(
+                            Saved(*MakeScene(large, 24), KEL_IMAGE_JPEG));
+                        return TwoAndOne([pFile] { plain::DecodeJpeg(*pFile); });
                     }});
 }
 
