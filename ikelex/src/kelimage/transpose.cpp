@@ -23,7 +23,7 @@ constexpr int PanelWidth(int nBytes) {
     return kPanelBytes / nBytes / kBlock * kBlock;
 }
 constexpr int TileHeight(int nBytes) {
-    return 512 / nBytes / kBlock * kBlock;
+    return 384 / nBytes / kBlock * kBlock;
 }
 
 // Destinations over this size leave the nearer caches before they are used: their lines are better
@@ -84,23 +84,24 @@ struct Tile {
     int nHeight;
 };
 
-// The tiles of a picture in their order. The last tile of a panel takes the rows that would not
-// fill a block.
+// The tiles of a picture in their order: from the right panel to the left, since the last rows of a
+// destination cleared just now are likelier to be in the caches than its first. The last tile of a
+// panel takes the rows that would not fill a block.
 class Tiles {
   public:
     Tiles(int nBytes, const Transposition& work)
         : m_nPanelWidth(PanelWidth(nBytes)), m_nTileHeight(TileHeight(nBytes)), m_work(work) {}
 
-    Tile First() const { return At(0, 0); }
+    Tile First() const { return At((m_work.nWidth - 1) / m_nPanelWidth * m_nPanelWidth, 0); }
     // Without rows behind the last one.
     Tile Behind(const Tile& tile) const {
         const int nY = tile.nY + tile.nHeight;
-        return nY < m_work.nHeight ? At(tile.nX, nY) : At(tile.nX + m_nPanelWidth, 0);
+        return nY < m_work.nHeight ? At(tile.nX, nY) : At(tile.nX - m_nPanelWidth, 0);
     }
 
   private:
     Tile At(int nX, int nY) const {
-        const int nRows = nX < m_work.nWidth ? m_work.nHeight - nY : 0;
+        const int nRows = nX >= 0 ? m_work.nHeight - nY : 0;
         return {nX, nY, std::min(m_nPanelWidth, m_work.nWidth - nX),
                 nRows < m_nTileHeight + kBlock ? nRows : m_nTileHeight};
     }
@@ -128,13 +129,18 @@ class TileTransposer {
           m_pRows(pScratch),
           m_pKept(pScratch + kBlock * m_nPitch) {}
 
-    // Fetches the next tile ahead, row after row as it lies in memory: tiles have more rows than
-    // the processor foresees streams.
+    // Fetches the next tile ahead, row after row as it lies in memory, a share with each row that
+    // goes out: tiles have more rows than the processor foresees streams.
     void Transpose(const Tile& tile, const Tile& next) const {
-        const int nBlocks = (tile.nWidth + kBlock - 1) / kBlock;
-        for (int i = 0; i < nBlocks; ++i) {
-            Prefetch(next, next.nHeight * i / nBlocks, next.nHeight * (i + 1) / nBlocks);
-            TransposeColumns(tile, i);
+        const int nColumns = (tile.nWidth + kBlock - 1) / kBlock * kBlock;
+        for (int i = 0; i < nColumns; ++i) {
+            // The last columns of the picture may overlap those before them.
+            const int nX = std::min(tile.nX + i / kBlock * kBlock, m_work.nWidth - kBlock);
+            if (i % kBlock == 0) {
+                TransposeColumns(tile, nX);
+            }
+            Prefetch(next, next.nHeight * i / nColumns, next.nHeight * (i + 1) / nColumns);
+            CopyRow(tile, nX, i);
         }
     }
 
@@ -155,38 +161,35 @@ class TileTransposer {
         }
     }
 
-    // The columns of one block. The last ones of the picture may overlap those before them.
-    void TransposeColumns(const Tile& tile, int nBlock) const {
-        const int nX = std::min(tile.nX + nBlock * kBlock, m_work.nWidth - kBlock);
-        const Transposition part = PartOf(m_work, m_nBytes, nX, tile.nY, kBlock, tile.nHeight);
-        Transposition rows = part;
-        rows.pDst = m_pRows + kLine;
-        rows.nDstStride = m_nPitch;
-        rows.nHeight = tile.nHeight / kBlock * kBlock;
-        m_pfnBlocks(rows);
-        if (rows.nHeight < tile.nHeight) {
-            m_pfnBlocks(PartOf(rows, m_nBytes, 0, tile.nHeight - kBlock, kBlock, kBlock));
-        }
-        for (int i = 0; i < kBlock; ++i) {
-            CopyRow(tile, part.pDst + i * part.nDstStride, m_pRows + i * m_nPitch,
-                    m_pKept + (nBlock * kBlock + i) * kLine);
+    // Puts 16 columns of a tile, from nX on, into the rows of the buffer.
+    void TransposeColumns(const Tile& tile, int nX) const {
+        Transposition part = PartOf(m_work, m_nBytes, nX, tile.nY, kBlock, tile.nHeight);
+        part.nHeight = tile.nHeight / kBlock * kBlock;
+        part.pDst = m_pRows + kLine;
+        part.nDstStride = m_nPitch;
+        m_pfnBlocks(part);
+        if (part.nHeight < tile.nHeight) {
+            m_pfnBlocks(PartOf(part, m_nBytes, 0, tile.nHeight - kBlock, kBlock, kBlock));
         }
     }
 
-    // Copies a row of the buffer to pTo up to its last whole line, and what the tile above kept
-    // before it.
-    void CopyRow(const Tile& tile, unsigned char* pTo, unsigned char* pRow,
-                 unsigned char* pKept) const {
+    // Copies the row of a tile's column out, from what the tile above kept of it up to its last
+    // whole line. nX is the first column in the buffer.
+    void CopyRow(const Tile& tile, int nX, int nColumn) const {
+        unsigned char* const pRow = m_pRows + nColumn % kBlock * m_nPitch;
+        unsigned char* const pKept = m_pKept + std::int64_t{nColumn} * kLine;
+        unsigned char* const pTo =
+            PartOf(m_work, m_nBytes, nX + nColumn % kBlock, tile.nY, 1, tile.nHeight).pDst;
         const std::int64_t nCount = std::int64_t{tile.nHeight} * m_nBytes;
-        const std::int64_t nBefore = tile.nY > 0 ? BytesInLine(pTo) : 0;
         const bool bLast = tile.nY + tile.nHeight == m_work.nHeight;
-        const std::int64_t nBehind = bLast ? 0 : BytesInLine(pTo + nCount);
-        if (tile.nY > 0) {
+        const std::int64_t nAbove = tile.nY > 0 ? BytesInLine(pTo) : 0;
+        const std::int64_t nBelow = bLast ? 0 : BytesInLine(pTo + nCount);
+        if (nAbove > 0) {
             std::memcpy(pRow, pKept, kLine);
         }
-        CopyOut(pTo - nBefore, pRow + kLine - nBefore,
-                static_cast<std::size_t>(nBefore + nCount - nBehind), m_bStream);
-        if (!bLast) {
+        CopyOut(pTo - nAbove, pRow + kLine - nAbove,
+                static_cast<std::size_t>(nAbove + nCount - nBelow), m_bStream);
+        if (nBelow > 0) {
             std::memcpy(pKept, pRow + nCount, kLine);
         }
     }
