@@ -57,12 +57,13 @@ void TransposeSquare(const unsigned char* pSrc, std::int64_t nSrcStride, unsigne
     }
 }
 
+// Along the rows first: their lines are fetched but once.
 template <typename Vector>
 void TransposeSquares(const Transposition& work) {
     constexpr int kLanes = sizeof(Vector) / sizeof(Vector{}[0]);
     constexpr int kBytes = sizeof(Vector{}[0]);
-    for (int nX = 0; nX < work.nWidth; nX += kLanes) {
-        for (int nY = 0; nY < work.nHeight; nY += kLanes) {
+    for (int nY = 0; nY < work.nHeight; nY += kLanes) {
+        for (int nX = 0; nX < work.nWidth; nX += kLanes) {
             TransposeSquare<Vector>(work.pSrc + nY * work.nSrcStride + nX * kBytes, work.nSrcStride,
                                     work.pDst + nX * work.nDstStride + nY * kBytes,
                                     work.nDstStride);
