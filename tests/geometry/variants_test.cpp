@@ -11,7 +11,7 @@ using support::Bytes;
 using support::RandomRows;
 using support::Rows;
 
-// Sizes around blocks and strips, odd alignments, guard bytes.
+// Sizes around blocks and tiles, odd alignments, guard bytes.
 TEST(GeometryVariants, TranspositionsEqualThePlainLoop) {
     const int sizes[][2] = {{16, 16}, {17, 16},   {18, 33},  {80, 15},  {81, 47},   {64, 70},
                             {65, 70}, {145, 300}, {30, 530}, {66, 257}, {70, 1100}, {1300, 1101}};

@@ -13,30 +13,28 @@ namespace kel {
 
 namespace {
 
-// A strip's columns and rows. The small buffer then takes at most 72 KiB and stays in the second
-// level cache together with the source lines of the strip.
-constexpr int kStripWidth = 64;
-constexpr int StripHeight(int nBytes) {
-    return nBytes <= 2 ? 512 : 256;
-}
-// The rows of a cache line, in whole blocks. A strip transposes so many rows of the next one as
-// well: the destination lines that begin in the one and end in the other then leave in one piece.
 constexpr int kLine = 64;
-constexpr int RowsOfLine(int nBytes) {
-    return (kLine / nBytes + 15) / 16 * 16;
+constexpr int kBlock = 16;
+
+// The work goes down panels of columns, tile after tile: so many bytes of so many source rows that
+// each destination row gets kTileBytes. A tile and the next one, which is fetched meanwhile, take
+// 288 KiB each at 8 bits, less at others, and stay in the second level cache together.
+constexpr int kPanelBytes = 768;
+constexpr int kTileBytes = 384;
+constexpr int PanelWidth(int nBytes) {
+    return kPanelBytes / nBytes / kBlock * kBlock;
 }
-static_assert(RowsOfLine(3) * 3 >= kLine);
-// Bytes between the rows of the small buffer, so that they do not all fall into the same cache
-// sets.
-constexpr int kStripGap = 64;
+constexpr int TileHeight(int nBytes) {
+    return kTileBytes / nBytes / kBlock * kBlock;
+}
 
 // Destinations over this size leave the nearer caches before they are used: their lines are better
 // written past the caches, which need not fetch them first.
 constexpr std::int64_t kStreamingSize = std::int64_t{4} << 20;
 
-// How far the next cache line is.
-std::size_t BytesToLine(const unsigned char* p) {
-    return (kLine - reinterpret_cast<std::uintptr_t>(p) % kLine) % kLine;
+// How far p lies behind the start of its cache line.
+std::int64_t BytesInLine(const unsigned char* p) {
+    return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(p) % kLine);
 }
 
 // Copies bytes of the small buffer to the destination; whole cache lines past the caches if asked
@@ -48,7 +46,7 @@ void CopyOut(unsigned char* pTo, const unsigned char* pFrom, std::size_t nCount,
         std::memcpy(pTo, pFrom, nCount);
         return;
     }
-    std::size_t nDone = std::min(nCount, BytesToLine(pTo));
+    std::size_t nDone = std::min(nCount, static_cast<std::size_t>(-BytesInLine(pTo) & (kLine - 1)));
     std::memcpy(pTo, pFrom, nDone);
     for (; nDone + kLine <= nCount; nDone += kLine) {
         for (std::size_t k = nDone; k < nDone + kLine; k += 16) {
@@ -69,20 +67,6 @@ void FinishStreaming() {
 #endif
 }
 
-// Fetches ahead the source lines of the strip right of this one, a share of its rows with each
-// column: the processor does not foresee as many streams.
-void PrefetchNextStrip(int nBytes, const Transposition& strip, int nColumn) {
-    const int nRows = StripHeight(nBytes) / kStripWidth;
-    for (int nRow = nColumn * nRows; nRow < std::min((nColumn + 1) * nRows, strip.nHeight);
-         ++nRow) {
-        const unsigned char* const pNext =
-            strip.pSrc + nRow * strip.nSrcStride + std::int64_t{kStripWidth} * nBytes;
-        for (int k = 0; k < nBytes; ++k) {
-            __builtin_prefetch(pNext + 64 * k);
-        }
-    }
-}
-
 // The rectangle of work that starts at column nX, row nY.
 Transposition PartOf(const Transposition& work, int nBytes, int nX, int nY, int nWidth,
                      int nHeight) {
@@ -94,6 +78,134 @@ Transposition PartOf(const Transposition& work, int nBytes, int nX, int nY, int 
             work.nDstStride};
 }
 
+// A rectangle of the source.
+struct Tile {
+    int nX;
+    int nY;
+    int nWidth;
+    int nHeight;
+};
+
+// The tiles of a picture in their order: from the right panel to the left, since the last rows of a
+// destination cleared just now are likelier to be in the caches than its first. The last tile of a
+// panel takes the rows that would not fill a block.
+class Tiles {
+  public:
+    Tiles(int nBytes, const Transposition& work)
+        : m_nPanelWidth(PanelWidth(nBytes)), m_nTileHeight(TileHeight(nBytes)), m_work(work) {}
+
+    Tile First() const { return At((m_work.nWidth - 1) / m_nPanelWidth * m_nPanelWidth, 0); }
+    // Without rows behind the last one.
+    Tile Behind(const Tile& tile) const {
+        const int nY = tile.nY + tile.nHeight;
+        return nY < m_work.nHeight ? At(tile.nX, nY) : At(tile.nX - m_nPanelWidth, 0);
+    }
+
+  private:
+    Tile At(int nX, int nY) const {
+        const int nRows = nX >= 0 ? m_work.nHeight - nY : 0;
+        return {nX, nY, std::min(m_nPanelWidth, m_work.nWidth - nX),
+                nRows < m_nTileHeight + kBlock ? nRows : m_nTileHeight};
+    }
+
+    int m_nPanelWidth;
+    int m_nTileHeight;
+    const Transposition& m_work;
+};
+
+// Transposes a tile, 16 columns at a time, in a small buffer, and copies its rows out as whole
+// cache lines: what does not fill a line is kept for the tile below.
+class TileTransposer {
+  public:
+    static std::int64_t ScratchSize(int nBytes) {
+        return kBlock * Pitch(nBytes) + std::int64_t{PanelWidth(nBytes)} * kLine;
+    }
+
+    TileTransposer(TransposeBlocks pfnBlocks, int nBytes, const Transposition& work,
+                   unsigned char* pScratch)
+        : m_pfnBlocks(pfnBlocks),
+          m_nBytes(nBytes),
+          m_nPitch(Pitch(nBytes)),
+          m_bStream(work.nDstStride * work.nWidth > kStreamingSize),
+          m_work(work),
+          m_pRows(pScratch),
+          m_pKept(pScratch + kBlock * m_nPitch) {}
+
+    // Fetches the next tile ahead, row after row as it lies in memory, a share with each row that
+    // goes out: tiles have more rows than the processor foresees streams.
+    void Transpose(const Tile& tile, const Tile& next) const {
+        const int nColumns = (tile.nWidth + kBlock - 1) / kBlock * kBlock;
+        for (int i = 0; i < nColumns; ++i) {
+            // The last columns of the picture may overlap those before them.
+            const int nX = std::min(tile.nX + i / kBlock * kBlock, m_work.nWidth - kBlock);
+            if (i % kBlock == 0) {
+                TransposeColumns(tile, nX);
+            }
+            Prefetch(next, next.nHeight * i / nColumns, next.nHeight * (i + 1) / nColumns);
+            CopyRow(tile, nX, i);
+        }
+    }
+
+  private:
+    // A row takes what is kept from above, the tile's bytes, and what blocks write behind them.
+    static std::int64_t Pitch(int nBytes) {
+        const std::int64_t nRow = std::int64_t{TileHeight(nBytes) + kBlock} * nBytes + kBehindRow;
+        return kLine + (nRow + kLine - 1) / kLine * kLine;
+    }
+
+    // Into the second level cache: the first has no room for as much.
+    void Prefetch(const Tile& tile, int nFirst, int nBehind) const {
+        for (int i = nFirst; i < nBehind; ++i) {
+            const unsigned char* const pRow =
+                PartOf(m_work, m_nBytes, tile.nX, tile.nY + i, 0, 0).pSrc;
+            for (int k = 0; k < tile.nWidth * m_nBytes; k += kLine) {
+                __builtin_prefetch(pRow + k, 0, 2);
+            }
+        }
+    }
+
+    // Puts 16 columns of a tile, from nX on, into the rows of the buffer.
+    void TransposeColumns(const Tile& tile, int nX) const {
+        Transposition part = PartOf(m_work, m_nBytes, nX, tile.nY, kBlock, tile.nHeight);
+        part.nHeight = tile.nHeight / kBlock * kBlock;
+        part.pDst = m_pRows + kLine;
+        part.nDstStride = m_nPitch;
+        m_pfnBlocks(part);
+        if (part.nHeight < tile.nHeight) {
+            m_pfnBlocks(PartOf(part, m_nBytes, 0, tile.nHeight - kBlock, kBlock, kBlock));
+        }
+    }
+
+    // Copies the row of a tile's column out, from what the tile above kept of it up to its last
+    // whole line. nX is the first column in the buffer.
+    void CopyRow(const Tile& tile, int nX, int nColumn) const {
+        unsigned char* const pRow = m_pRows + nColumn % kBlock * m_nPitch;
+        unsigned char* const pKept = m_pKept + std::int64_t{nColumn} * kLine;
+        unsigned char* const pTo =
+            PartOf(m_work, m_nBytes, nX + nColumn % kBlock, tile.nY, 1, tile.nHeight).pDst;
+        const std::int64_t nCount = std::int64_t{tile.nHeight} * m_nBytes;
+        const bool bLast = tile.nY + tile.nHeight == m_work.nHeight;
+        const std::int64_t nAbove = tile.nY > 0 ? BytesInLine(pTo) : 0;
+        const std::int64_t nBelow = bLast ? 0 : BytesInLine(pTo + nCount);
+        if (nAbove > 0) {
+            std::memcpy(pRow, pKept, kLine);
+        }
+        CopyOut(pTo - nAbove, pRow + kLine - nAbove,
+                static_cast<std::size_t>(nAbove + nCount - nBelow), m_bStream);
+        if (nBelow > 0) {
+            std::memcpy(pKept, pRow + nCount, kLine);
+        }
+    }
+
+    TransposeBlocks m_pfnBlocks;
+    int m_nBytes;
+    std::int64_t m_nPitch;
+    bool m_bStream;
+    const Transposition& m_work;
+    unsigned char* m_pRows;
+    unsigned char* m_pKept;
+};
+
 }  // namespace
 
 TransposeBlocks ChooseTransposeBlocks([[maybe_unused]] CpuLevel eLevel, int nBytes) {
@@ -104,61 +216,30 @@ TransposeBlocks ChooseTransposeBlocks([[maybe_unused]] CpuLevel eLevel, int nByt
     if (eLevel >= CpuLevel::kAvx2 && nBytes == 3) {
         return TransposeBlocks3Avx2;
     }
+    if (eLevel >= CpuLevel::kAvx2 && nBytes == 1) {
+        return TransposeBlocks1Avx2;
+    }
 #endif
     return PortableTransposeBlocks(nBytes);
 }
 
 void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work) {
-    // Blocks may read one byte behind a row of theirs, so they leave out the last column.
-    const int nBlocksWidth = (work.nWidth - 1) / 16 * 16;
-    const int nBlocksHeight = work.nHeight / 16 * 16;
-    const int nStripHeight = StripHeight(nBytes);
-    std::unique_ptr<unsigned char[]> pStrip;
-    std::int64_t nPitch = 0;
-    if (nBytes >= 1 && nBytes <= 4 && nBlocksWidth > 0 && nBlocksHeight > 0) {
-        nPitch = std::int64_t{nStripHeight + RowsOfLine(nBytes)} * nBytes + kStripGap;
-        pStrip = NewScratch(kStripWidth * nPitch);
-    }
-    if (pStrip == nullptr) {
+    const bool bBlocks =
+        nBytes >= 1 && nBytes <= 4 && work.nWidth >= kBlock && work.nHeight >= kBlock;
+    const auto pScratch = bBlocks ? NewScratch(TileTransposer::ScratchSize(nBytes)) : nullptr;
+    if (pScratch == nullptr) {
         TransposePixelsPlain(nBytes, work);
         return;
     }
-    const TransposeBlocks pfnBlocks = ChooseTransposeBlocks(eLevel, nBytes);
-    const bool bStream = work.nDstStride * work.nWidth > kStreamingSize;
-    // Strip after strip along the same rows, whose pages then stay in reach.
-    for (int nY = 0, nHeight = 0; nY < nBlocksHeight; nY += nHeight) {
-        const int nBehind = nBlocksHeight - nY - nStripHeight - RowsOfLine(nBytes);
-        nHeight = nBehind > 0 ? nStripHeight : nBlocksHeight - nY;
-        const int nRows = nBehind > 0 ? nHeight + RowsOfLine(nBytes) : nHeight;
-        for (int nX = 0; nX < nBlocksWidth; nX += kStripWidth) {
-            const int nWidth = std::min(kStripWidth, nBlocksWidth - nX);
-            const Transposition part = PartOf(work, nBytes, nX, nY, nWidth, nRows);
-            Transposition strip = part;
-            strip.pDst = pStrip.get();
-            strip.nDstStride = nPitch;
-            pfnBlocks(strip);
-            const bool bNext = nX + 2 * kStripWidth <= work.nWidth;
-            for (int i = 0; i < nWidth; ++i) {
-                if (bNext) {
-                    PrefetchNextStrip(nBytes, part, i);
-                }
-                // The strip above wrote the line this one's first row falls into; the line its last
-                // row falls into goes out whole.
-                unsigned char* const pTo = part.pDst + i * part.nDstStride;
-                unsigned char* const pEnd = pTo + std::int64_t{nHeight} * nBytes;
-                const std::size_t nFrom = nY > 0 ? BytesToLine(pTo) : 0;
-                const std::size_t nTo = nBehind > 0 ? BytesToLine(pEnd) : 0;
-                CopyOut(pTo + nFrom, strip.pDst + i * nPitch + nFrom,
-                        static_cast<std::size_t>(pEnd - pTo) + nTo - nFrom, bStream);
-            }
-        }
+    const TileTransposer transposer(ChooseTransposeBlocks(eLevel, nBytes), nBytes, work,
+                                    pScratch.get());
+    const Tiles tiles(nBytes, work);
+    for (Tile tile = tiles.First(); tile.nHeight > 0;) {
+        const Tile next = tiles.Behind(tile);
+        transposer.Transpose(tile, next);
+        tile = next;
     }
     FinishStreaming();
-    // What does not fill a block: the columns on the right, then the rows below the blocks.
-    TransposePixelsPlain(
-        nBytes, PartOf(work, nBytes, nBlocksWidth, 0, work.nWidth - nBlocksWidth, work.nHeight));
-    TransposePixelsPlain(
-        nBytes, PartOf(work, nBytes, 0, nBlocksHeight, nBlocksWidth, work.nHeight - nBlocksHeight));
 }
 
 void TransposePixelsPlain(int nBytes, const Transposition& work) {

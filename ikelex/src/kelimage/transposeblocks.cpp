@@ -57,12 +57,13 @@ void TransposeSquare(const unsigned char* pSrc, std::int64_t nSrcStride, unsigne
     }
 }
 
+// Along the rows first: their lines are fetched but once.
 template <typename Vector>
 void TransposeSquares(const Transposition& work) {
     constexpr int kLanes = sizeof(Vector) / sizeof(Vector{}[0]);
     constexpr int kBytes = sizeof(Vector{}[0]);
-    for (int nX = 0; nX < work.nWidth; nX += kLanes) {
-        for (int nY = 0; nY < work.nHeight; nY += kLanes) {
+    for (int nY = 0; nY < work.nHeight; nY += kLanes) {
+        for (int nX = 0; nX < work.nWidth; nX += kLanes) {
             TransposeSquare<Vector>(work.pSrc + nY * work.nSrcStride + nX * kBytes, work.nSrcStride,
                                     work.pDst + nX * work.nDstStride + nY * kBytes,
                                     work.nDstStride);
@@ -70,19 +71,29 @@ void TransposeSquares(const Transposition& work) {
     }
 }
 
-// Moves 4 bytes a pixel: the fourth is overwritten by the next pixel of the destination row. 16
-// rows at a time, whose lines are then fetched but once.
+// Moves a column of 16 pixels of 3 bytes, kMove (3 or 4) bytes a pixel: a fourth is overwritten by
+// the next pixel of the destination row.
+template <int kMove>
+void MoveTriples(const unsigned char* pFrom, std::int64_t nStride, unsigned char* pTo) {
+    for (int i = 0; i < 16; ++i) {
+        std::memcpy(pTo, pFrom, kMove);
+        pFrom += nStride;
+        pTo += 3;
+    }
+}
+
+// 16 rows at a time, whose lines are then fetched but once. Behind the last column lies no fourth
+// byte.
 void TransposeTriples(const Transposition& work) {
-    for (int nBlock = 0; nBlock < work.nHeight; nBlock += 16) {
-        for (int nX = 0; nX < work.nWidth; ++nX) {
-            const unsigned char* pFrom = work.pSrc + nBlock * work.nSrcStride + nX * 3;
-            unsigned char* pTo = work.pDst + nX * work.nDstStride + nBlock * 3;
-            for (int i = 0; i < 16; ++i) {
-                std::memcpy(pTo, pFrom, 4);
-                pFrom += work.nSrcStride;
-                pTo += 3;
-            }
+    for (int nY = 0; nY < work.nHeight; nY += 16) {
+        const unsigned char* pFrom = work.pSrc + nY * work.nSrcStride;
+        unsigned char* pTo = work.pDst + nY * 3;
+        for (int nX = 1; nX < work.nWidth; ++nX) {
+            MoveTriples<4>(pFrom, work.nSrcStride, pTo);
+            pFrom += 3;
+            pTo += work.nDstStride;
         }
+        MoveTriples<3>(pFrom, work.nSrcStride, pTo);
     }
 }
 

@@ -1,6 +1,9 @@
-// Blocks of 3-byte pixels with AVX2: pixels become 32-bit words, 8 rows of 8 words are interleaved
-// in parts until they are columns. Only moves: exact by nature; the portable form defines the
-// result.
+// Blocks of 1-byte and 3-byte pixels with AVX2. Only moves: exact by nature; the portable form
+// defines the result.
+//
+// Bytes: each half of a vector takes 16 pixels of a row of its own; the rows are interleaved in
+// both halves at once until they are columns. Triples become 32-bit words, of which 8 rows of 8 are
+// interleaved.
 #if defined(__x86_64__)
 
 #include <immintrin.h>
@@ -55,7 +58,53 @@ KEL_INLINE_AVX2 void StorePixels(unsigned char* p, __m256i words) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12), _mm256_extracti128_si256(packed, 1));
 }
 
+// 16 pixels of a row and of the one 16 rows below.
+KEL_INLINE_AVX2 __m256i LoadHalves(const unsigned char* p, std::int64_t nStride) {
+    const auto* const pUpper = reinterpret_cast<const __m128i*>(p);
+    const auto* const pLower = reinterpret_cast<const __m128i*>(p + 16 * nStride);
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(pUpper)),
+                                   _mm_loadu_si128(pLower), 1);
+}
+
+// 16 columns of 32 rows. Interleaving row i with row i + 8, for all i, four times, turns the rows
+// of each half into columns.
+KEL_INLINE_AVX2 void TransposeBytes(const unsigned char* pSrc, std::int64_t nSrcStride,
+                                    unsigned char* pDst, std::int64_t nDstStride) {
+    __m256i rows[16];
+    for (int i = 0; i < 16; ++i) {
+        rows[i] = LoadHalves(pSrc + i * nSrcStride, nSrcStride);
+    }
+    for (int nStep = 0; nStep < 4; ++nStep) {
+        __m256i next[16];
+        for (int i = 0; i < 8; ++i) {
+            next[2 * i] = _mm256_unpacklo_epi8(rows[i], rows[i + 8]);
+            next[2 * i + 1] = _mm256_unpackhi_epi8(rows[i], rows[i + 8]);
+        }
+        for (int i = 0; i < 16; ++i) {
+            rows[i] = next[i];
+        }
+    }
+    for (int i = 0; i < 16; ++i) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst + i * nDstStride), rows[i]);
+    }
+}
+
 }  // namespace
+
+KEL_TARGET_AVX2 void TransposeBlocks1Avx2(const Transposition& work) {
+    const int nDouble = work.nHeight / 32 * 32;
+    for (int nX = 0; nX < work.nWidth; nX += 16) {
+        for (int nY = 0; nY < nDouble; nY += 32) {
+            TransposeBytes(work.pSrc + nY * work.nSrcStride + nX, work.nSrcStride,
+                           work.pDst + nX * work.nDstStride + nY, work.nDstStride);
+        }
+    }
+    Transposition rest = work;
+    rest.pSrc += nDouble * work.nSrcStride;
+    rest.pDst += nDouble;
+    rest.nHeight -= nDouble;
+    PortableTransposeBlocks(1)(rest);
+}
 
 KEL_TARGET_AVX2 void TransposeBlocks3Avx2(const Transposition& work) {
     for (int nY = 0; nY < work.nHeight; nY += 8) {
