@@ -2,8 +2,12 @@
 #ifndef KELSCALE_ROWPICTURE_H
 #define KELSCALE_ROWPICTURE_H
 
+#include <sys/mman.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <random>
+#include <string_view>
 #include <vector>
 
 #include "kelscale/kelscale.h"
@@ -14,14 +18,25 @@ class RowPicture {
     static constexpr unsigned char kGuard = 0xA5;
     static constexpr std::size_t kGuards = 64;
 
-    // Every byte, the guards too, starts as kGuard; nSkew moves the first pixel off alignment.
+    // Every byte starts as kGuard. Guard bytes lie between the rows, nSkew of them to move the rows
+    // off alignment; behind the last row lies a page that ends whoever touches it.
     RowPicture(unsigned int nWidth, unsigned int nHeight, std::size_t nSkew = 0)
         : m_nRowBytes(std::size_t{3} * nWidth),
-          m_Bytes(nSkew + nHeight * (m_nRowBytes + kGuards), kGuard) {
+          m_nSize(nHeight * (m_nRowBytes + kGuards + nSkew)),
+          m_nMapped((m_nSize + kPage - 1) / kPage * kPage + kPage),
+          m_pMapped(static_cast<unsigned char*>(mmap(nullptr, m_nMapped, PROT_READ | PROT_WRITE,
+                                                     MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+          m_pEnd(m_pMapped + m_nMapped - kPage) {
+        std::fill(m_pMapped, m_pEnd, kGuard);
+        mprotect(m_pEnd, kPage, PROT_NONE);
         for (std::size_t y = 0; y < nHeight; ++y) {
-            m_Rows.push_back(m_Bytes.data() + nSkew + y * (m_nRowBytes + kGuards));
+            const std::size_t nBehind = nHeight - 1 - y;
+            m_Rows.push_back(m_pEnd - m_nRowBytes - nBehind * (m_nRowBytes + kGuards + nSkew));
         }
     }
+    ~RowPicture() { munmap(m_pMapped, m_nMapped); }
+    RowPicture(const RowPicture&) = delete;
+    RowPicture& operator=(const RowPicture&) = delete;
 
     // Random pixels, runs of black and white among them: edges that overshoot.
     void Fill(unsigned int nSeed) {
@@ -36,11 +51,19 @@ class RowPicture {
 
     unsigned char** Rows() { return m_Rows.data(); }
     Pixel** Pixels() { return reinterpret_cast<Pixel**>(m_Rows.data()); }
-    const std::vector<unsigned char>& Bytes() const { return m_Bytes; }
+    // All bytes, guards included.
+    std::string_view Bytes() const {
+        return {reinterpret_cast<const char*>(m_pEnd - m_nSize), m_nSize};
+    }
 
   private:
+    static constexpr std::size_t kPage = 65536;  // of any system
+
     std::size_t m_nRowBytes;
-    std::vector<unsigned char> m_Bytes;
+    std::size_t m_nSize;
+    std::size_t m_nMapped;
+    unsigned char* m_pMapped;
+    unsigned char* m_pEnd;
     std::vector<unsigned char*> m_Rows;
 };
 

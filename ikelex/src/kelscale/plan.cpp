@@ -171,12 +171,13 @@ bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
 std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
                                                   unsigned int nInLength) {
     constexpr int kPositions = sizeof NarrowWindow::weights;
-    if (nInLength < kPositions || nInLength > INT_MAX || !IsUnsigned16(table)) {
+    if (nInLength < kPositions || nInLength > INT_MAX) {
         return nullptr;
     }
-    const std::size_t nWindows = (static_cast<std::size_t>(table.nLineLength) + 15) / 16 * 16;
-    std::unique_ptr<NarrowWindow[]> windows(new (std::nothrow) NarrowWindow[nWindows]());
-    for (int i = 0; windows != nullptr && i < table.nLineLength; ++i) {
+    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    std::unique_ptr<NarrowWindow[]> windows(new (std::nothrow)
+                                                NarrowWindow[(nRecords + 15) / 16 * 16]());
+    for (std::size_t i = 0; windows != nullptr && i < nRecords; ++i) {
         const PixelContribType& record = table.pPixels[i];
         int nBegin = record.nLeft;
         int nEnd = record.nRight + 1;
@@ -192,15 +193,16 @@ std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
             return nullptr;
         }
         windows[i].nFirst = nFirst;
+        int nTotal = 0;
         int sums[4] = {};
         for (int j = nBegin; j < nEnd; ++j) {
             const int nWeight = record.pWeights[j - record.nLeft];
-            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
             int& nSum = sums[(j - nFirst) % 8 / 2];
-            nSum += nWeight;
-            if (nSum >= kPairLimit) {
+            if (nWeight < 0 || nWeight >= kPairLimit || (nSum += nWeight) >= kPairLimit ||
+                (nTotal += nWeight) > 256) {
                 return nullptr;
             }
+            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
         }
     }
     return windows;
