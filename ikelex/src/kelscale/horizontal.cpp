@@ -168,7 +168,9 @@ void ScaleBand_Portable(const HorizontalBand& band) {
     for (std::size_t x = 0; x < band.nOutWidth; x += 8) {
         const std::size_t nPixels = std::min<std::size_t>(8, band.nOutWidth - x);
         for (std::size_t i = 0; i < nPixels; ++i) {
-            band.pAhead->FetchShare();
+            if (i % 4 == 0) {
+                band.pAhead->FetchShare();
+            }
             pfnSum(band, x + i, block + i * kPixelLanes);
         }
         std::size_t b = 0;
@@ -241,7 +243,8 @@ void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const*
         in[i] = ppIn[std::min(i, nRows - 1)];
         out[i] = ppOut[std::min(i, nRows - 1)];
     }
-    RowsAhead ahead(ppIn + nRows, std::min(nAhead, m_nBandRows), 3 * m_nInWidth, m_nOutWidth);
+    RowsAhead ahead(ppIn + nRows, std::min(nAhead, m_nBandRows), 3 * m_nInWidth,
+                    (m_nOutWidth + 3) / 4);
     m_pfnBand({m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16, m_pWindows.get(), in,
                out, m_nInWidth, m_nOutWidth, m_pScratch.get(), &ahead});
 }

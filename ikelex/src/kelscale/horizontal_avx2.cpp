@@ -111,57 +111,56 @@ KEL_TARGET inline __m256i PackBytes(const __m256i* p) {
     return _mm256_or_si256(_mm256_or_si256(b0, b1), _mm256_or_si256(b2, b3));
 }
 
+// The 12 bytes of each row of four output pixels, as words.
+KEL_TARGET inline void SumFour(const HorizontalBand& band, std::size_t x, __m256i* pWords) {
+    __m256i sums[12];  // in registers
+    SumPixel(band, x, sums);
+    SumPixel(band, x + 1, sums + 3);
+    SumPixel(band, x + 2, sums + 6);
+    SumPixel(band, x + 3, sums + 9);
+    pWords[0] = PackBytes(sums);
+    pWords[1] = PackBytes(sums + 4);
+    pWords[2] = PackBytes(sums + 8);
+}
+
 KEL_TARGET inline void Store16(unsigned char* p, __m128i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
-// Turns 16 pixels back: 48 bytes to each row.
-KEL_TARGET inline void TurnOut(const __m256i* pSums, unsigned char* const* ppOut,
-                               std::size_t nOffset) {
+// Turns the words of 16 pixels back: 48 bytes to each row.
+KEL_TARGET inline void TurnOut(__m256i* pWords, unsigned char* const* ppOut, std::size_t nOffset) {
     for (unsigned int k = 0; k < 3; ++k) {
-        __m256i words[4];
-        for (unsigned int i = 0; i < 4; ++i) {
-            words[i] = PackBytes(pSums + 16 * k + 4 * i);
-        }
-        TransposeWords(words);
+        TransposeWords(pWords + 4 * k);
         for (unsigned int i = 0; i < 4; ++i) {
             const std::size_t nAt = nOffset + 16 * k;
-            Store16(ppOut[i] + nAt, _mm256_castsi256_si128(words[i]));
-            Store16(ppOut[4 + i] + nAt, _mm256_extracti128_si256(words[i], 1));
+            Store16(ppOut[i] + nAt, _mm256_castsi256_si128(pWords[4 * k + i]));
+            Store16(ppOut[4 + i] + nAt, _mm256_extracti128_si256(pWords[4 * k + i], 1));
         }
     }
 }
 
 KEL_TARGET void ScaleBand(const HorizontalBand& band) {
     TurnIn(band);
-    __m256i sums[48];
-    std::size_t x = 0;
-    for (; x + 16 <= band.nOutWidth; x += 16) {
-        for (unsigned int i = 0; i < 16; ++i) {
+    for (std::size_t x = 0; x < band.nOutWidth; x += 16) {
+        __m256i words[12];
+        for (unsigned int i = 0; i < 4; ++i) {
             band.pAhead->FetchShare();
-            SumPixel(band, x + i, sums + 3 * i);
+            SumFour(band, x + 4 * i, words + 3 * i);
         }
-        TurnOut(sums, band.ppOut, 3 * x);
-    }
-    if (x == band.nOutWidth) {
-        return;
-    }
-    // The last pixels go through a copy: nothing behind a row is written.
-    const std::size_t nPixels = band.nOutWidth - x;
-    for (unsigned int i = 0; i < 48; ++i) {
-        sums[i] = _mm256_setzero_si256();
-    }
-    for (std::size_t i = 0; i < nPixels; ++i) {
-        SumPixel(band, x + i, sums + 3 * i);
-    }
-    unsigned char tail[kRows][48];
-    unsigned char* rows[kRows];
-    for (unsigned int r = 0; r < kRows; ++r) {
-        rows[r] = tail[r];
-    }
-    TurnOut(sums, rows, 0);
-    for (unsigned int r = 0; r < kRows; ++r) {
-        __builtin_memcpy(band.ppOut[r] + 3 * x, tail[r], 3 * nPixels);
+        if (x + 16 <= band.nOutWidth) {
+            TurnOut(words, band.ppOut, 3 * x);
+        } else {
+            // The last pixels go through a copy: nothing behind a row is written.
+            unsigned char tail[kRows][48];
+            unsigned char* rows[kRows];
+            for (unsigned int r = 0; r < kRows; ++r) {
+                rows[r] = tail[r];
+            }
+            TurnOut(words, rows, 0);
+            for (unsigned int r = 0; r < kRows; ++r) {
+                __builtin_memcpy(band.ppOut[r] + 3 * x, tail[r], 3 * (band.nOutWidth - x));
+            }
+        }
     }
 }
 

@@ -51,7 +51,8 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
         return false;
     }
     const auto nRecords = static_cast<std::size_t>(table.nLineLength);
-    plan.pStart.reset(new (std::nothrow) unsigned int[nRecords + 1]);
+    const std::size_t nPadded = (nRecords + 15) / 16 * 16;
+    plan.pStart.reset(new (std::nothrow) unsigned int[nPadded + 1]);
     if (plan.pStart == nullptr) {
         return false;
     }
@@ -65,7 +66,7 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
             return false;
         }
     }
-    plan.pStart[nRecords] = static_cast<unsigned int>(nSteps);
+    std::fill(&plan.pStart[nRecords], &plan.pStart[nPadded] + 1, static_cast<unsigned int>(nSteps));
     plan.pSteps.reset(new (std::nothrow) PlanStep[nSteps]);
     if (plan.pSteps == nullptr) {
         return false;

@@ -14,7 +14,8 @@ struct PlanStep {
     int nWeights;
 };
 
-// The steps of record i are pSteps[pStart[i]] up to pSteps[pStart[i + 1]].
+// The steps of record i are pSteps[pStart[i]] up to pSteps[pStart[i + 1]]. Up to a multiple of 16,
+// records without steps follow.
 struct PassPlan {
     std::unique_ptr<unsigned int[]> pStart;
     std::unique_ptr<PlanStep[]> pSteps;
