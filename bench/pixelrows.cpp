@@ -92,31 +92,6 @@ Pair NewPicturePair(Size size, int nBits) {
             }};
 }
 
-// What no operation that looks at every pixel can go below.
-Pair ReadOncePair(Size size) {
-    const SharedImage pImage = MakeScene(size, 24);
-    auto pTarget = std::make_shared<plain::Bytes>(pImage->GetBmpDataSize());
-    return {[=] {
-                return Seconds([&] {
-                    const unsigned char* const pBits = pImage->GetBits();
-                    const std::size_t nWords = pTarget->size() / 8;
-                    std::uint64_t nSum = 0;
-                    for (std::size_t i = 0; i < nWords; i++) {
-                        std::uint64_t nWord;
-                        std::memcpy(&nWord, pBits + 8 * i, 8);
-                        nSum += nWord;
-                    }
-                    Use(&nSum);
-                });
-            },
-            [=] {
-                return Seconds([&] {
-                    std::memcpy(pTarget->data(), pImage->GetBits(), pTarget->size());
-                    Use(pTarget->data());
-                });
-            }};
-}
-
 Pair RowPair(Size size, int nBits) {
     const SharedImage pImage = MakeScene(size, nBits);
     auto pLine = std::make_shared<plain::Bytes>(Stride(24, size.nWidth));
@@ -154,6 +129,41 @@ Pair RowPair(Size size, int nBits) {
                     }
                 });
             }};
+}
+
+// What no operation that looks at every pixel can go below, beside the plain rows.
+Pair ReadOncePair(Size size, int nBits) {
+    const SharedImage pImage = MakeScene(size, nBits);
+    return {[=] {
+                return Seconds([&] {
+                    const unsigned char* const pBits = pImage->GetBits();
+                    const std::size_t nWords =
+                        static_cast<std::size_t>(pImage->GetBmpDataSize()) / 8;
+                    std::uint64_t nSum = 0;
+                    for (std::size_t i = 0; i < nWords; i++) {
+                        std::uint64_t nWord;
+                        std::memcpy(&nWord, pBits + 8 * i, 8);
+                        nSum += nWord;
+                    }
+                    Use(&nSum);
+                });
+            },
+            RowPair(size, nBits).yardstick};
+}
+
+// What no operation with a result of the picture's size in a new buffer can go below: copying it,
+// beside the plain transposition.
+Pair CopyPair(Size size, int nBits) {
+    const SharedImage pImage = MakeScene(size, nBits);
+    return {[=] {
+                return Seconds([&] {
+                    CKelImage image;
+                    std::memcpy(image.Create(size.nWidth, size.nHeight, nBits), pImage->GetBits(),
+                                pImage->GetBmpDataSize());
+                    Use(image.GetBits());
+                });
+            },
+            TransposePair(size, nBits).yardstick};
 }
 
 Pair DepthPair(Size size) {
@@ -208,8 +218,14 @@ void AddPixelRows(std::vector<Row>& rows, const Options& options) {
         rows.push_back({"limit: new " + large.Text() + ", " + std::to_string(nBits) + " bits",
                         "memset of warm memory", 0, [=] { return NewPicturePair(large, nBits); }});
     }
-    rows.push_back({"limit: read " + large.Text() + " once", "memcpy of the picture", 0,
-                    [=] { return ReadOncePair(large); }});
+    for (const int nBits : {8, 24, 32}) {
+        rows.push_back({"limit: copy " + large.Text() + ", " + std::to_string(nBits) + " bits",
+                        "plain transposition", 0, [=] { return CopyPair(large, nBits); }});
+    }
+    for (const int nBits : {24, 32}) {
+        rows.push_back({"limit: read " + large.Text() + ", " + std::to_string(nBits) + " bits",
+                        "plain rows", 0, [=] { return ReadOncePair(large, nBits); }});
+    }
 }
 
 }  // namespace bench
