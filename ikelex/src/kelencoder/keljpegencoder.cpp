@@ -38,8 +38,29 @@ int ValueAs(const CVamVariant& variant) {
     return static_cast<int>(n);
 }
 
-// Passes every row to libjpeg, top row first. A row the image cannot convert (none can when the
-// height is negative) goes as it stands in the buffer: black.
+// Asks libjpeg to take blue, green, red where it can and the image stores them: the same samples in
+// another order.
+bool AskForBgr([[maybe_unused]] jpeg_compress_struct* pInfo, [[maybe_unused]] CKelImage* pImage) {
+#if defined(JCS_EXTENSIONS)
+    if (pImage->GetBitsPerPixel() == 24 && pImage->GetHeight() > 0 &&
+        pImage->GetLineArray() != nullptr) {
+        pInfo->in_color_space = JCS_EXT_BGR;
+        return true;
+    }
+#endif
+    return false;
+}
+
+// Passes the image's own rows to libjpeg, as many at a time as it takes.
+void WriteStoredRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
+    while (pInfo->next_scanline < pInfo->image_height) {
+        jpeg_write_scanlines(pInfo, pImage->GetLineArray() + pInfo->next_scanline,
+                             pInfo->image_height - pInfo->next_scanline);
+    }
+}
+
+// Passes every row to libjpeg, converted, top row first. A row the image cannot convert (none can
+// when the height is negative) goes as it stands in the buffer: black.
 KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
     const std::unique_ptr<unsigned char[]> pRow(pImage->CreateLine24());
     if (pRow == nullptr) {
@@ -63,14 +84,17 @@ KelResult Encode(jpeg_compress_struct* pInfo, int nQuality, CKelImage* pImage) {
     pInfo->image_height = pImage->GetHeight() < 0 ? 0u - nHeight : nHeight;
     pInfo->input_components = 3;
     pInfo->in_color_space = JCS_RGB;
+    const bool bStored = AskForBgr(pInfo, pImage);
     jpeg_set_defaults(pInfo);
     jpeg_set_quality(pInfo, nQuality, TRUE);
     jpeg_start_compress(pInfo, TRUE);
-    const KelResult nResult = WriteRows(pInfo, pImage);
-    if (nResult == KEL_OK) {
-        jpeg_finish_compress(pInfo);
+    if (bStored) {
+        WriteStoredRows(pInfo, pImage);
+    } else if (const KelResult nResult = WriteRows(pInfo, pImage); nResult != KEL_OK) {
+        return nResult;
     }
-    return nResult;
+    jpeg_finish_compress(pInfo);
+    return KEL_OK;
 }
 
 }  // namespace
