@@ -131,21 +131,6 @@ void AddPng(std::vector<Row>& rows, Size size) {
     }
 }
 
-// What libpng itself takes for the exchange of the channels.
-void AddPngLimit(std::vector<Row>& rows, Size size) {
-    rows.push_back({"limit: libpng, " + size.Text() + ", blue first", "libpng", 0, [size] {
-                        auto pFile = Shared(Saved(*MakeScene(size, 24), KEL_IMAGE_PNG));
-                        return Pair{[pFile] {
-                                        return Seconds([&] {
-                                            plain::DecodePng(*pFile, [](png_structp p, png_infop) {
-                                                png_set_bgr(p);
-                                            });
-                                        });
-                                    },
-                                    [pFile] { return Seconds([&] { plain::DecodePng(*pFile); }); }};
-                    }});
-}
-
 // Writes the bytes to a new file, in blocks that go through a buffer of that size, or in one piece.
 double WriteFile(const std::string& strPath, const plain::Bytes& bytes, std::size_t nBlock = 0) {
     return Seconds([&] {
@@ -212,7 +197,6 @@ void AddBmp(std::vector<Row>& rows, Size size) {
 void AddCodecRows(std::vector<Row>& rows, const Options& options) {
     AddJpeg(rows, options.Large());
     AddPng(rows, options.Hd());
-    AddPngLimit(rows, options.Hd());
     AddBmp(rows, options.Large());
 }
 

@@ -1,6 +1,6 @@
-// Measuring and printing. Each row's two sides run in random turn (Google Benchmark's
-// interleaving), once per repetition, so that whatever else the machine does hits both; the medians
-// are compared.
+// Measuring and printing. A repetition runs both sides of a row, one right after the other and in
+// turn first, so that whatever else the machine does hits both; the ratio is the median of the
+// repetitions' ratios.
 #include "suite.h"
 
 #include <benchmark/benchmark.h>
@@ -13,21 +13,11 @@ namespace bench {
 
 namespace {
 
-// Collects the seconds of each repetition, by benchmark name.
-class Collector : public benchmark::BenchmarkReporter {
+// Google Benchmark's own lines are not wanted.
+class Silence : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context&) override { return true; }
-    void ReportRuns(const std::vector<::benchmark::BenchmarkReporter::Run>& runs) override {
-        for (const auto& run : runs) {
-            if (run.run_type != Run::RT_Iteration)
-                continue;
-            const bool bOurs = run.benchmark_name().find("/ours/") != std::string::npos;
-            (bOurs ? ours : yardstick).push_back(run.real_accumulated_time);
-        }
-    }
-
-    std::vector<double> ours;
-    std::vector<double> yardstick;
+    void ReportRuns(const std::vector<Run>&) override {}
 };
 
 // The value at a share of the sorted values.
@@ -38,39 +28,42 @@ double Quantile(std::vector<double> values, double dShare) {
 
 struct Measured {
     const Row* pRow;
-    double dOurs, dYardstick, dRatio, dLow, dHigh;  // seconds; ratio and its quartiles
+    double dOurs, dYardstick;    // seconds, medians
+    double dRatio, dLow, dHigh;  // median and quartiles
     bool Met() const { return pRow->dTarget == 0 || dRatio <= pRow->dTarget; }
 };
 
-void Register(const std::string& strName, const Side& side, int nRepetitions) {
-    benchmark::RegisterBenchmark(strName.c_str(),
-                                 [side](benchmark::State& state) {
-                                     for (auto _ : state)
-                                         state.SetIterationTime(side());
-                                 })
-        ->UseManualTime()
-        ->Iterations(1)
-        ->Repetitions(nRepetitions);
-}
-
 Measured Measure(const Row& row, int nRepetitions) {
-    Collector collector;
+    std::vector<double> ours, yardstick, ratios;
     {
         const Pair pair = row.make();
         pair.ours();  // once unmeasured: caches, pages, the processor's clock
         pair.yardstick();
-        Register("row/ours", pair.ours, nRepetitions);
-        Register("row/yardstick", pair.yardstick, nRepetitions);
-        benchmark::RunSpecifiedBenchmarks(&collector, std::string("row/"));
+        const auto repetition = [&](benchmark::State& state) {
+            for (auto _ : state) {
+                const bool bOursFirst = ours.size() % 2 == 0;
+                const double dFirst = bOursFirst ? pair.ours() : pair.yardstick();
+                const double dSecond = bOursFirst ? pair.yardstick() : pair.ours();
+                ours.push_back(bOursFirst ? dFirst : dSecond);
+                yardstick.push_back(bOursFirst ? dSecond : dFirst);
+                ratios.push_back(ours.back() / yardstick.back());
+                state.SetIterationTime(ours.back());
+            }
+        };
+        benchmark::RegisterBenchmark("row", repetition)
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Repetitions(nRepetitions);
+        Silence silence;
+        benchmark::RunSpecifiedBenchmarks(&silence);
         benchmark::ClearRegisteredBenchmarks();
     }
-    const double dYardstick = Quantile(collector.yardstick, 0.5);
     return {&row,
-            Quantile(collector.ours, 0.5),
-            dYardstick,
-            Quantile(collector.ours, 0.5) / dYardstick,
-            Quantile(collector.ours, 0.25) / dYardstick,
-            Quantile(collector.ours, 0.75) / dYardstick};
+            Quantile(ours, 0.5),
+            Quantile(yardstick, 0.5),
+            Quantile(ratios, 0.5),
+            Quantile(ratios, 0.25),
+            Quantile(ratios, 0.75)};
 }
 
 void Print(const Measured& m) {
@@ -134,15 +127,12 @@ int Run(int argc, char** argv, const char* pszTitle,
                      argv[0]);
         return 2;
     }
-    char szInterleave[] = "--benchmark_enable_random_interleaving=true";
-    char* arguments[] = {argv[0], szInterleave, nullptr};
-    int nArguments = 2;
-    benchmark::Initialize(&nArguments, arguments);
+    int nArguments = 1;
+    benchmark::Initialize(&nArguments, argv);
 
     std::vector<Row> rows;
     addRows(rows, options);
-    std::printf("%s; medians of %d runs of each side in random turn\n\n", pszTitle,
-                options.nRepetitions);
+    std::printf("%s; medians of %d runs of both sides in turn\n\n", pszTitle, options.nRepetitions);
     std::printf("%-46s %9s %9s  %-28s %6s  %-6s\n", "work", "ours ms", "other ms", "other", "ratio",
                 "target");
     std::vector<Measured> all;

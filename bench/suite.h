@@ -29,7 +29,7 @@ struct Row {
 
 struct Options {
     bool bQuick = false;    // small pictures and few repetitions: does everything still run?
-    int nRepetitions = 15;  // of each side, in random turn
+    int nRepetitions = 15;  // of both sides, in turn
     std::string strOnly;    // rows whose work contains this text
     std::string strJson;    // also write the results to this file
     Size Large() const { return bQuick ? Size{400, 300} : Size{4000, 3000}; }
