@@ -151,6 +151,24 @@ Pair ReadOncePair(Size size, int nBits) {
             RowPair(size, nBits).yardstick};
 }
 
+// The three copies that exchange two rows, for all rows, beside one copy of the picture.
+Pair ExchangePair(Size size) {
+    const SharedImage pImage = MakeScene(size, 24);
+    auto pScratch = std::make_shared<plain::Bytes>(Stride(24, size.nWidth));
+    return {[=] {
+                return Seconds([&] {
+                    for (int y = 0; y < size.nHeight / 2; y++) {
+                        unsigned char* const pTop = pImage->GetLineArray()[y];
+                        unsigned char* const pBottom = pImage->GetLineArray()[size.nHeight - 1 - y];
+                        std::memcpy(pScratch->data(), pTop, pScratch->size());
+                        std::memcpy(pTop, pBottom, pScratch->size());
+                        std::memcpy(pBottom, pScratch->data(), pScratch->size());
+                    }
+                });
+            },
+            MirrorPair(size).yardstick};
+}
+
 // What no operation with a result of the picture's size in a new buffer can go below: copying it,
 // beside the plain transposition.
 Pair CopyPair(Size size, int nBits) {
@@ -222,6 +240,8 @@ void AddPixelRows(std::vector<Row>& rows, const Options& options) {
         rows.push_back({"limit: copy " + large.Text() + ", " + std::to_string(nBits) + " bits",
                         "plain transposition", 0, [=] { return CopyPair(large, nBits); }});
     }
+    rows.push_back({"limit: exchange the rows of " + large.Text(), "memcpy of the picture", 0,
+                    [=] { return ExchangePair(large); }});
     for (const int nBits : {24, 32}) {
         rows.push_back({"limit: read " + large.Text() + ", " + std::to_string(nBits) + " bits",
                         "plain rows", 0, [=] { return ReadOncePair(large, nBits); }});
