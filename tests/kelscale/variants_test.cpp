@@ -45,7 +45,9 @@ kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWei
             if (eWeights != Weights::kWild) {
                 const int nMiddle = eWeights == Weights::kUnit ? 0 : std::min(nRandom % 150, nLeft);
                 nWeight = j == nCount - 1 ? nLeft : nMiddle;
-                nWeight = bNarrow ? nWeight % (nOut % 8 == 7 ? 128 : 32) : nWeight;
+                if (bNarrow) {  // in some tables too much for a window, or for a byte
+                    nWeight = nOut % 16 == 3 ? 31 : nWeight % (nOut % 16 == 7 ? 128 : 32);
+                }
                 nLeft -= nWeight;
             }
             record.pWeights[j] = nWeight;

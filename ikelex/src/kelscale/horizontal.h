@@ -45,7 +45,7 @@ struct HorizontalBand {
     std::size_t nInWidth;
     std::size_t nOutWidth;
     unsigned char* pScratch;  // the width rounded up to 16 pixels, times the band's rows
-    RowsAhead* pAhead;        // gives a share to every four output pixels
+    RowsAhead* pAhead;        // a share with every four output pixels of a ScaleBand
 };
 
 inline constexpr unsigned int kBandRowsPortable = 32;
