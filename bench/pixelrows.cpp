@@ -63,8 +63,7 @@ Pair TransposePair(Size size, int nBits) {
             }};
 }
 
-Pair MirrorPair(Size size) {
-    const SharedImage pImage = MakeScene(size, 24);
+Pair MirrorPair(const SharedImage& pImage) {
     auto pTarget = std::make_shared<plain::Bytes>(pImage->GetBmpDataSize());
     return {[=] { return Seconds([&] { pImage->Mirror(0); }); },
             [=] {
@@ -92,8 +91,7 @@ Pair NewPicturePair(Size size, int nBits) {
             }};
 }
 
-Pair RowPair(Size size, int nBits) {
-    const SharedImage pImage = MakeScene(size, nBits);
+Pair RowPair(const SharedImage& pImage, Size size, int nBits) {
     auto pLine = std::make_shared<plain::Bytes>(Stride(24, size.nWidth));
     return {[=] {
                 return Seconds([&] {
@@ -148,7 +146,7 @@ Pair ReadOncePair(Size size, int nBits) {
                     Use(&nSum);
                 });
             },
-            RowPair(size, nBits).yardstick};
+            RowPair(pImage, size, nBits).yardstick};
 }
 
 // The three copies that exchange two rows, for all rows, beside one copy of the picture.
@@ -166,7 +164,7 @@ Pair ExchangePair(Size size) {
                     }
                 });
             },
-            MirrorPair(size).yardstick};
+            MirrorPair(pImage).yardstick};
 }
 
 // What no operation with a result of the picture's size in a new buffer can go below: copying it,
@@ -224,11 +222,13 @@ void AddPixelRows(std::vector<Row>& rows, const Options& options) {
                         [=] { return TransposePair(large, depth.nBits); }});
     }
     rows.push_back({"mirror " + large.Text() + ", 24 bits", "memcpy of the picture", 0.70,
-                    [=] { return MirrorPair(large); }});
+                    [=] { return MirrorPair(MakeScene(large, 24)); }});
     for (const Depth depth :
          {Depth{24, 0.25}, Depth{32, 0.28}, Depth{8, 0.22}, Depth{16, 0.20}, Depth{1, 0.10}}) {
         rows.push_back({"rows to 24 bits " + large.Text() + ", from " + std::to_string(depth.nBits),
-                        "plain loop", depth.dTarget, [=] { return RowPair(large, depth.nBits); }});
+                        "plain loop", depth.dTarget, [=] {
+                            return RowPair(MakeScene(large, depth.nBits), large, depth.nBits);
+                        }});
     }
     rows.push_back({"24 to 32 bits in place " + large.Text(), "memcpy of the result", 2.4,
                     [=] { return DepthPair(large); }});
