@@ -240,7 +240,7 @@ void AddPixelRows(std::vector<Row>& rows, const Options& options) {
         rows.push_back({"limit: copy " + large.Text() + ", " + std::to_string(nBits) + " bits",
                         "plain transposition", 0, [=] { return CopyPair(large, nBits); }});
     }
-    rows.push_back({"limit: exchange the rows of " + large.Text(), "memcpy of the picture", 0,
+    rows.push_back({"limit: exchange rows, " + large.Text(), "memcpy of the picture", 0,
                     [=] { return ExchangePair(large); }});
     for (const int nBits : {24, 32}) {
         rows.push_back({"limit: read " + large.Text() + ", " + std::to_string(nBits) + " bits",

@@ -42,7 +42,8 @@ def plot(rows, title, path):
                    f'<text x="{x(tick):.0f}" y="{height - 6}" text-anchor="middle">{tick}</text>')
     for i, row in enumerate(rows):
         y = 34 + i * (BAR + GAP)
-        colour = "#3a7d44" if row["met"] else "#c8553d"
+        limit = row["work"].startswith("limit")
+        colour = "#999" if limit else "#3a7d44" if row["met"] else "#c8553d"
         name = row["work"].strip() + ("" if row["target"] else f" / {row['yardstick']}")
         out.append(f'<text x="{LEFT - 6}" y="{y + 10}" text-anchor="end">{html.escape(name)}</text>'
                    f'<rect x="{LEFT}" y="{y}" width="{x(row["ratio"]) - LEFT:.1f}" height="{BAR}" '
