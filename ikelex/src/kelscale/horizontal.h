@@ -4,6 +4,9 @@
 // then takes the same steps of the plan, and the sums are turned back. Sums are exact (16 bits
 // unsigned where a plan allows it, else 32 bits), so that neither order nor grouping can change a
 // byte: ScaleRowPlain of passes.h defines all of them.
+//
+// Where a source is much wider than its target and each output pixel reads few neighbours, turning
+// costs more than the sums: such rows are scaled one by one (horizontalnarrow_*.cpp).
 #ifndef KELSCALE_HORIZONTAL_H
 #define KELSCALE_HORIZONTAL_H
 
