@@ -151,7 +151,12 @@ TEST_F(ArchiveFile, SurvivesInterruptedAndShortSystemCalls) {
     setitimer(ITIMER_REAL, &ticking, nullptr);
     Bytes received(sent.size());
     EXPECT_EQ(7u, file.Read(received.data(), 7));
-    usleep(5000);  // the pipe fills
+    sigset_t alarm;
+    sigemptyset(&alarm);
+    sigaddset(&alarm, SIGALRM);
+    pthread_sigmask(SIG_BLOCK, &alarm, nullptr);  // the writer's turn
+    usleep(5000);                                 // the pipe fills
+    pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
     EXPECT_EQ(399994u, file.Read(received.data() + 7, 399994));
     writer.join();
     setitimer(ITIMER_REAL, &still, nullptr);
