@@ -96,10 +96,13 @@ void VerticalPass::Run(unsigned int y, const unsigned char* const* ppIn,
                        unsigned char* pOut) const {
     const PlanStep* pSteps = &m_Plan.pSteps[m_Plan.pStart[y]];
     const unsigned int nSteps = m_Plan.pStart[y + 1] - m_Plan.pStart[y];
+    int nWeights = 0;
     for (unsigned int s = 0; s < nSteps; ++s) {
         m_ppSources[s] = ppIn[pSteps[s].nIndex];
+        nWeights += pSteps[s].nWeights;
     }
-    m_pfnColumns({m_ppSources.get(), pSteps, nSteps, m_Plan.bUnsigned16, pOut, m_nRowBytes});
+    m_pfnColumns(
+        {m_ppSources.get(), pSteps, nSteps, nWeights, m_Plan.bUnsigned16, pOut, m_nRowBytes});
 }
 
 }  // namespace kel

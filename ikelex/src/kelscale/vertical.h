@@ -18,6 +18,7 @@ struct VerticalRow {
     const unsigned char* const* ppIn;
     const PlanStep* pSteps;
     unsigned int nSteps;
+    int nWeights;  // the sum of the steps' weights
     bool bUnsigned16;
     unsigned char* pOut;
     std::size_t nBytes;

@@ -29,18 +29,11 @@ KEL_TARGET inline void Store(unsigned char* p, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
 }
 
-// Where the sums of a row's pairs begin: half a 256th, and 128 times each weight.
-KEL_TARGET inline __m256i StartOfPairs(const VerticalRow& row) {
-    int nWeights = 0;
-    for (unsigned int s = 0; s < row.nSteps; ++s) {
-        nWeights += row.pSteps[s].nWeights;
-    }
-    return _mm256_set1_epi16(static_cast<short>(128 + 128 * nWeights));
-}
-
 // The 32 columns from nAt on, as pairs.
-KEL_TARGET inline void SumPairs(const VerticalRow& row, __m256i start, std::size_t nAt) {
+KEL_TARGET inline void SumPairs(const VerticalRow& row, std::size_t nAt) {
     const __m256i flip = _mm256_set1_epi8(-128);  // p to p - 128
+    // Half a 256th, and 128 times each weight.
+    const __m256i start = _mm256_set1_epi16(static_cast<short>(128 + 128 * row.nWeights));
     __m256i low = start;
     __m256i high = start;
     for (unsigned int s = 0; s < row.nSteps; s += 2) {
@@ -106,12 +99,11 @@ KEL_TARGET void ScaleColumns(const VerticalRow& row) {
         ScaleColumns_Portable(row);
         return;
     }
-    const __m256i start = StartOfPairs(row);
     for (std::size_t nFrom = 0; nFrom < row.nBytes; nFrom += 32) {
         // The last columns overlap the ones before: the same bytes once more.
         const std::size_t nAt = std::min(nFrom, row.nBytes - 32);
         if (row.bUnsigned16) {
-            SumPairs(row, start, nAt);
+            SumPairs(row, nAt);
         } else {
             SumFours(row, nAt);
         }

@@ -24,19 +24,11 @@ namespace kel {
 
 namespace {
 
-// Where the sums of a row's pairs begin: half a 256th, and 128 times each weight.
-KEL_TARGET inline __m512i StartOfPairs(const VerticalRow& row) {
-    int nWeights = 0;
-    for (unsigned int s = 0; s < row.nSteps; ++s) {
-        nWeights += row.pSteps[s].nWeights;
-    }
-    return _mm512_set1_epi16(static_cast<short>(128 + 128 * nWeights));
-}
-
 // The columns from nAt on that the mask names, at most 64, as pairs.
-KEL_TARGET inline void SumPairs(const VerticalRow& row, __m512i start, std::size_t nAt,
-                                __mmask64 nMask) {
+KEL_TARGET inline void SumPairs(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
     const __m512i flip = _mm512_set1_epi8(-128);  // p to p - 128
+    // Half a 256th, and 128 times each weight.
+    const __m512i start = _mm512_set1_epi16(static_cast<short>(128 + 128 * row.nWeights));
     __m512i low = start;
     __m512i high = start;
     for (unsigned int s = 0; s < row.nSteps; s += 2) {
@@ -95,12 +87,11 @@ KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask
 
 KEL_TARGET void ScaleColumns(const VerticalRow& row) {
     constexpr __mmask64 kAll = ~__mmask64{0};
-    const __m512i start = StartOfPairs(row);
     for (std::size_t nAt = 0; nAt < row.nBytes; nAt += 64) {
         const std::size_t nLeft = row.nBytes - nAt;
         const __mmask64 nMask = nLeft < 64 ? kAll >> (64 - nLeft) : kAll;
         if (row.bUnsigned16) {
-            SumPairs(row, start, nAt, nMask);
+            SumPairs(row, nAt, nMask);
         } else {
             SumFours(row, nAt, nMask);
         }
