@@ -79,54 +79,14 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
     return true;
 }
 
-// The part of nWeight that one signed byte may carry when its pair has nRoom left.
-int TakePiece(int& nWeight, int nRoom) {
-    const int nLimit = std::min(nRoom, 127);
+constexpr int kSignedByte = 127;
+constexpr int kUnsignedByte = 255;
+
+// Takes a part of nWeight, no further from 0 than nLimit.
+int TakePiece(int& nWeight, int nLimit) {
     const int nPiece = std::clamp(nWeight, -nLimit, nLimit);
     nWeight -= nPiece;
     return nPiece;
-}
-
-// PlanColumns of unsigned bytes, for weights of 0 to 256.
-bool PlanPairs(const LineContribType& table, PassPlan& plan) {
-    return MakePlan(table, plan, [](const PixelContribType& record, auto fnSink) {
-        unsigned int nSteps = 0;
-        int nLast = 0;
-        for (int i = record.nLeft; i <= record.nRight; ++i) {
-            int nWeight = record.pWeights[i - record.nLeft];
-            while (nWeight != 0) {
-                const int nPiece = std::min(nWeight, 255);
-                fnSink(i, nPiece);
-                nWeight -= nPiece;
-                nLast = i;
-                ++nSteps;
-            }
-        }
-        if (nSteps % 2 != 0) {
-            fnSink(nLast, 0);
-        }
-    });
-}
-
-// PlanColumns of signed bytes.
-bool PlanFours(const LineContribType& table, int nPairLimit, PassPlan& plan) {
-    return MakePlan(table, plan, [nPairLimit](const PixelContribType& record, auto fnSink) {
-        unsigned int nSteps = 0;
-        int nRoom = nPairLimit;
-        int nLast = 0;
-        for (int i = record.nLeft; i <= record.nRight; ++i) {
-            int nWeight = record.pWeights[i - record.nLeft];
-            while (nWeight != 0) {
-                const int nPiece = TakePiece(nWeight, nRoom);
-                fnSink(i, nPiece);
-                nLast = i;
-                nRoom = ++nSteps % 2 == 0 ? nPairLimit : nPairLimit - std::abs(nPiece);
-            }
-        }
-        for (; nSteps % 4 != 0; ++nSteps) {
-            fnSink(nLast, 0);
-        }
-    });
 }
 
 }  // namespace
@@ -154,8 +114,9 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
             while ((weights[0] | weights[1] | weights[2] | weights[3]) != 0) {
                 unsigned int nPacked = 0;
                 for (int k = 0; k < 4; k += 2) {
-                    const int nFirst = TakePiece(weights[k], nPairLimit);
-                    const int nSecond = TakePiece(weights[k + 1], nPairLimit - std::abs(nFirst));
+                    const int nFirst = TakePiece(weights[k], std::min(nPairLimit, kSignedByte));
+                    const int nRoom = std::min(nPairLimit - std::abs(nFirst), kSignedByte);
+                    const int nSecond = TakePiece(weights[k + 1], nRoom);
                     nPacked |= static_cast<unsigned int>(nFirst & 255) << (8 * k) |
                                static_cast<unsigned int>(nSecond & 255) << (8 * k + 8);
                 }
@@ -166,7 +127,27 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
 }
 
 bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
-    return IsUnsigned16(table) ? PlanPairs(table, plan) : PlanFours(table, nPairLimit, plan);
+    const bool bUnsigned = IsUnsigned16(table);
+    const int nByteLimit = bUnsigned ? kUnsignedByte : kSignedByte;
+    const int nLimit = bUnsigned ? 2 * kUnsignedByte : nPairLimit;  // of a pair
+    const unsigned int nMultiple = bUnsigned ? 2 : 4;
+    return MakePlan(table, plan, [=](const PixelContribType& record, auto fnSink) {
+        unsigned int nSteps = 0;
+        int nRoom = nLimit;
+        int nLast = 0;
+        for (int i = record.nLeft; i <= record.nRight; ++i) {
+            int nWeight = record.pWeights[i - record.nLeft];
+            while (nWeight != 0) {
+                const int nPiece = TakePiece(nWeight, std::min(nRoom, nByteLimit));
+                fnSink(i, nPiece);
+                nLast = i;
+                nRoom = ++nSteps % 2 == 0 ? nLimit : nLimit - std::abs(nPiece);
+            }
+        }
+        for (; nSteps % nMultiple != 0; ++nSteps) {
+            fnSink(nLast, 0);
+        }
+    });
 }
 
 std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
