@@ -1,3 +1,4 @@
+// The bounded fill, alone in its file so that a program can replace it at link time.
 #include <platform/securemem.h>
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// The one sink of the process and its default, which prints to standard error.
 #include "tracesink.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// VamTrace: a printf-style line, with "%$s" taken for "%s".
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>

@@ -1,10 +1,11 @@
+// The tagged values. How the machine stores a value decides the bytes of the field.
 #include <platform/vamvariant.h>
 
 #include <cstring>
 
 namespace {
 
-// The 8-byte field with value's own bytes first and zeros behind.
+// The 8-byte field with value's own bytes first, then zeros.
 template <typename Value>
 unsigned long long Pack(const Value& value) {
     unsigned long long nPacked = 0;

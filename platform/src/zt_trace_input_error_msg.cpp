@@ -1,3 +1,4 @@
+// Input errors, alone in a file so that a program can replace the function at link time.
 #include "tracesink.h"
 
 void zt_trace_input_error_msg(int /*nReserved*/, const char* pszText) {

@@ -1,3 +1,4 @@
+// The level of the process, alone in a file so that a program can replace it at link time.
 #include <platform/vamtrace.h>
 
 #include <atomic>

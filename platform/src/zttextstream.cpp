@@ -1,3 +1,4 @@
+// The text stream of trace lines. It cuts what does not fit, and numbers appear in decimal.
 #include <platform/vamtrace.h>
 
 #include <cstdio>

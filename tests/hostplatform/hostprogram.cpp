@@ -44,6 +44,12 @@ int main() {
     items[0].strName.Overwrite('x');
     EXPECT(GetParameter(copy, "quality") == &copy.pItems[0].varValue);
     DestroyParameters(copy);
+    {
+        CKelParameterMgr manager;
+        EXPECT(manager.SetParameters(&params) == 1);
+        g_bThrow = true;
+    }
+    EXPECT(!g_bThrow);
 
     EXPECT(image.Open("none/host.bmp") == KEL_ERR_FILE);
     EXPECT(image.Save("none/host.bmp", KEL_IMAGE_BMP, nullptr) == KEL_ERR_FILE);

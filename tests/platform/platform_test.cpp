@@ -1,3 +1,4 @@
+// Strings, memory streams, trace lines and the sink.
 #include <gtest/gtest.h>
 #include <platform/vamplatform.h>
 
@@ -14,6 +15,39 @@ namespace {
 
 using support::RecordingTrace;
 using support::TraceLine;
+
+TEST(String, CopiesHoldTheirOwnText) {
+    CVamString text("quality"), assigned("old"), cloned("old");
+    {
+        const CVamString source(text);
+        assigned = source;
+        cloned.Clone(source);
+        EXPECT_STREQ("quality", CVamString(source).GetText());
+        EXPECT_NE(source.GetText(), assigned.GetText());
+        EXPECT_NE(source.GetText(), cloned.GetText());
+    }
+    CVamString& self = text;
+    text = self;
+    text.Clone(self);
+    for (const CVamString* pText : {&text, &assigned, &cloned}) {
+        EXPECT_STREQ("quality", pText->GetText());
+        EXPECT_TRUE(pText->Match("quality"));
+        for (const char* pszOther :
+             {"Quality", "qualit", "quality ", "", static_cast<const char*>(nullptr)}) {
+            EXPECT_FALSE(pText->Match(pszOther));
+        }
+    }
+    text = CVamString();
+    for (const CVamString& empty : {text, CVamString(""), CVamString(nullptr)}) {
+        EXPECT_STREQ("", empty.GetText());
+        EXPECT_TRUE(empty.Match(""));
+        EXPECT_FALSE(empty.Match(nullptr));
+    }
+    // A copy that fails for want of memory leaves the old text.
+    const support::AllocFaults faults(1);
+    EXPECT_THROW(assigned = CVamString(cloned), std::bad_alloc);
+    EXPECT_STREQ("quality", assigned.GetText());
+}
 
 TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
     const unsigned char bytes[3] = {1, 2, 3};
@@ -38,11 +72,12 @@ TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
 
 TEST(TextStream, CutsWhatDoesNotFitAndTakesNoMemory) {
     const std::string strLong(700, 'x');
+    const std::string strNumbers = "-21474836484294967295" + std::to_string(~0ul);
     const support::AllocFaults faults(1, true);
     ZT_Text_Stream stream(1024, 32);
-    stream << strLong.c_str() << -2147483647 - 1 << 4294967295u << 18446744073709551615ul
+    stream << strLong.c_str() << -2147483647 - 1 << 4294967295u << ~0ul
            << static_cast<const char*>(nullptr);
-    EXPECT_EQ(0, std::strcmp(stream.GetText() + 700, "-2147483648429496729518446744073709551615"));
+    EXPECT_EQ(strNumbers, stream.GetText() + 700);
     stream << strLong.c_str() << 5;
     EXPECT_EQ(1023u, std::strlen(stream.GetText()));
     EXPECT_FALSE(faults.Fired());
@@ -54,11 +89,15 @@ TEST(VamTrace, UnderstandsDollarStringsAndCutsLongFormatsBetweenConversions) {
     VamTrace("png: %$s, %s, %%$s %5d%%", pszForeign, "two", 42);
     const std::string strFormat = std::string(1000, 'a') + "%$s" + std::string(19, 'b') + "%d%d";
     VamTrace(strFormat.c_str(), "", 1, 2);
+    VamTrace((std::string(1022, 'a') + "%d").c_str(), 7);
     VamTrace("open %-08.3l");
     VamTrace(nullptr);
+    zt_trace_write(0, nullptr, 0);
+    zt_trace_input_error_msg(0, nullptr);
     EXPECT_EQ((std::vector<TraceLine>{
                   {ZT_TRACE_VAM, 0, "png: %s%n%d, two, %$s    42%"},
                   {ZT_TRACE_VAM, 0, std::string(1000, 'a') + std::string(19, 'b') + "1"},
+                  {ZT_TRACE_VAM, 0, std::string(1022, 'a')},
                   {ZT_TRACE_VAM, 0, "open "}}),
               trace.Lines());
 }

@@ -1,34 +1,35 @@
-// CVamArchive: the byte stream through which the library reads and writes pictures.
+/// @file
+/// CVamArchive: the byte stream through which the library reads and writes pictures.
 #ifndef PLATFORM_VAMARCHIVE_H
 #define PLATFORM_VAMARCHIVE_H
 
 #include <cstddef>
 
-// An abstract byte stream with a current position. The library calls exactly these five operations,
-// on the caller's thread. A host derives its own streams from this class.
+/// An abstract byte stream with a current position. The library calls exactly these five
+/// operations, on the caller's thread. A host derives its own streams from this class.
 class CVamArchive {
   public:
     virtual ~CVamArchive();
 
-    // Reads up to nCount bytes from the current position into pBuffer and advances the position by
-    // the number of bytes returned. A short count or 0 means the end of the data. A count above
-    // nCount is an error of the stream and is taken as "nothing arrived".
+    /// Reads up to nCount bytes from the current position into pBuffer and advances the position by
+    /// the number of bytes returned. A short count or 0 means the end of the data. A count above
+    /// nCount is an error of the stream and is taken as "nothing arrived".
     virtual unsigned int Read(void* pBuffer, unsigned int nCount) = 0;
 
-    // Writes nCount bytes at the current position, overwriting or appending, and advances the
-    // position. Returns the number of bytes written; the library does not look at it.
+    /// Writes nCount bytes at the current position, overwriting or appending, and advances the
+    /// position. Returns the number of bytes written; the library does not look at it.
     virtual unsigned int Write(const void* pBuffer, unsigned int nCount) = 0;
 
-    // Moves the position. Origin 0 counts from the start, 1 from the current position, 2 from the
-    // end; the library passes only 0, with positions below 2^32. Returns whether it moved; the
-    // library does not look at it.
+    /// Moves the position. Origin 0 counts from the start, 1 from the current position, 2 from the
+    /// end; the library passes only 0, with positions below 2^32. Returns whether it moved; the
+    /// library does not look at it.
     virtual bool Seek(long long nPosition, int nOrigin) = 0;
 
-    // The current position from the start; the library keeps the low 32 bits.
+    /// The current position from the start; the library keeps the low 32 bits.
     virtual long long GetPosition() = 0;
 
-    // Pushes buffered output to the medium. Returns whether that worked; the library does not look
-    // at it.
+    /// Pushes buffered output to the medium. Returns whether that worked; the library does not look
+    /// at it.
     virtual bool Flush() = 0;
 };
 

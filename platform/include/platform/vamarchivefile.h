@@ -1,4 +1,5 @@
-// CVamArchiveFile: a byte stream over a file.
+/// @file
+/// CVamArchiveFile: a byte stream over a file.
 #ifndef PLATFORM_VAMARCHIVEFILE_H
 #define PLATFORM_VAMARCHIVEFILE_H
 
@@ -6,67 +7,51 @@
 
 #include <cstdio>
 
-// A stream over a file, with 64-bit positions. Reads and writes of any size survive interrupted and
-// short system calls, and may follow each other without a Seek between them. Allocates nothing
-// beyond the handle. Not copyable.
+/// A stream over a file, with 64-bit positions. Reads and writes of any size survive interrupted
+/// and short system calls, and may follow each other without a Seek between them. Not copyable.
 class CVamArchiveFile : public CVamArchive {
   public:
-    // A closed file object: the handle is null.
+    /// A closed file object: the handle is null. Throws std::bad_alloc when there is no memory for
+    /// its private parts.
     CVamArchiveFile();
 
-    // Closes the file if it is open.
+    /// Closes the file if it is open.
     ~CVamArchiveFile() override;
 
     CVamArchiveFile(const CVamArchiveFile&) = delete;
     CVamArchiveFile& operator=(const CVamArchiveFile&) = delete;
 
-    // Opens pszPath (UTF-8) in the usual stream-open notation: "rb" reads, "w+b" creates or
-    // truncates and reads and writes. A file that was open is closed first. On failure, also when
-    // the path names a directory, the handle stays null and false is returned.
+    /// Opens pszPath (UTF-8) in the usual stream-open notation: "rb" reads, "w+b" creates or
+    /// truncates and reads and writes. A file that was open is closed first. Others may read the
+    /// file meanwhile, and child processes do not inherit it. On failure, also when the path names
+    /// a directory, the handle stays null and false is returned.
     bool Open(const char* pszPath, const char* pszMode);
 
-    // Closes the file. Returns true when nothing failed since Open: every write, flush and the
-    // close itself went through. Closing a closed file reports the same again.
+    /// Closes the file. Returns true when nothing failed since Open: every write, flush and the
+    /// close itself went through. Closing a closed file reports the same again.
     bool Close();
 
-    // The open file, or null. Its position is the object's own affair; to use it, Flush or Seek
-    // first.
+    /// The open file, or null. Its position is the object's own affair; to use it, Flush or Seek
+    /// first.
     std::FILE* GetHandle() const;
 
-    // True once a write, a flush or the close has failed since Open. Written bytes wait in a
-    // buffer, so that a failure may show only at a later call: ask after Flush or Close. It stays
-    // set until the next Open, so that a host can save through its own archive object and ask
-    // afterwards.
+    /// True once a write, a flush or the close has failed since Open. Written bytes wait in a
+    /// buffer, so that a failure may show only at a later call: ask after Flush or Close. It stays
+    /// set until the next Open, so that a host can save through its own archive object and ask
+    /// afterwards.
     bool HasFailed() const;
 
-    // After a failure the bytes that waited are gone; later writes are still tried.
+    /// After a failure the bytes that waited are gone; later writes are still tried.
     unsigned int Read(void* pBuffer, unsigned int nCount) override;
     unsigned int Write(const void* pBuffer, unsigned int nCount) override;
     bool Seek(long long nPosition, int nOrigin) override;
-    // -1 for a closed file and for one without positions, such as a pipe.
+    /// -1 for a closed file and for one without positions, such as a pipe.
     long long GetPosition() override;
     bool Flush() override;
 
   private:
-    int Descriptor() const;
-    bool StartReading();
-    bool StartWriting();
-    bool WritePending();
-    void GrowBuffer();
-
-    std::FILE* m_pFile;
-    bool m_bWritable;
-    bool m_bFailed;
-    // The bytes from m_nNext to m_nEnd of the buffer lie between the descriptor's position and the
-    // stream's: read ahead and not yet asked for, or, with m_bWriting, taken and not yet written.
-    bool m_bWriting;
-    unsigned int m_nNext;
-    unsigned int m_nEnd;
-    // The buffer is the small one inside, or, once a stream has written more than that holds, a
-    // large one of its own: each call into the system costs as much as copying some 20 KiB.
-    unsigned char* m_pBuffer;
-    unsigned int m_nRoom;
-    unsigned char m_Small[16384];
+    struct State;
+    State* m_pState;  // never null
 };
 
 #endif  // PLATFORM_VAMARCHIVEFILE_H

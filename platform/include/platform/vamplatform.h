@@ -1,8 +1,9 @@
-// The whole platform layer: streams, strings, variants, tracing, bounded memory functions.
-//
-// The library asks its host for these (CVamArchiveMemory left out) and for nothing else, and
-// includes this header alone. A host that has its own supplies a header of this name with the same
-// operations, and names the target that carries it in IKELEX_PLATFORM_TARGET (docs/embedding.md).
+/// @file
+/// The whole platform layer: streams, strings, variants, tracing, bounded memory functions.
+///
+/// The library asks its host for these (CVamArchiveMemory left out) and for nothing else, and
+/// includes this header alone. A host that has its own supplies a header of this name with the same
+/// operations, and names the target that carries it in IKELEX_PLATFORM_TARGET (docs/embedding.md).
 #ifndef PLATFORM_VAMPLATFORM_H
 #define PLATFORM_VAMPLATFORM_H
 

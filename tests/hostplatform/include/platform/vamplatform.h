@@ -10,11 +10,13 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 
 inline int g_nForeignCalls = 0;  // calls of operations the library does not know
 inline std::string g_strTrace;   // every line, each with its level and a newline
 inline int g_nTraceLevel = 0;
 inline int g_nSecureResult = 0;
+inline bool g_bThrow = false;  // the next value that ends throws
 
 class CVamArchive {
   public:
@@ -79,7 +81,14 @@ enum { VAM_FLOAT = 10, VAM_DOUBLE = 11 };
 
 class CVamVariant {
   public:
-    virtual ~CVamVariant() = default;
+    virtual ~CVamVariant() noexcept(false) {
+        if (std::exchange(g_bThrow, false)) {
+            throw 1;
+        }
+    }
+    CVamVariant() = default;
+    CVamVariant(const CVamVariant&) = default;
+    CVamVariant& operator=(const CVamVariant&) = default;
     void Clone(const CVamVariant& other) { *this = other; }
 
     union {
