@@ -1,3 +1,4 @@
+// The sink may run on any thread; it keeps what it receives under a lock.
 #include "support/recordingtrace.h"
 
 #include "support/allocfaults.h"

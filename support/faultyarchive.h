@@ -3,7 +3,8 @@
 #define SUPPORT_FAULTYARCHIVE_H
 
 #include <platform/vamarchivememory.h>
-#include <vector>
+
+#include "support/rows.h"
 
 namespace support {
 
@@ -27,7 +28,7 @@ class FaultyArchive : public CVamArchiveMemory {
   public:
     FaultyArchive() = default;
     // Reads the caller's bytes in place; they must outlive this object.
-    explicit FaultyArchive(const std::vector<unsigned char>& bytes);
+    explicit FaultyArchive(const Bytes& bytes);
 
     // The nCall-th call of eOp from now on (1 is the next) fails, and with bForEver every later
     // one.

@@ -26,6 +26,13 @@ class SecureFaults : Scoped {
     int m_nSeen = 0;
 };
 
+/// While it lives, memset_s of this thread reports 34 and does nothing. One at a time.
+class IdleMemset : Scoped {
+  public:
+    IdleMemset();
+    ~IdleMemset();
+};
+
 }  // namespace support
 
 #endif  // SUPPORT_SECUREFAULTS_H

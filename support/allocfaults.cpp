@@ -1,3 +1,4 @@
+// The replaced operators: malloc and free, with the faults of the calling thread before them.
 #include "support/allocfaults.h"
 
 #include <cstdlib>
@@ -14,18 +15,27 @@ thread_local int t_nPauses = 0;
 thread_local int t_nFill = -1;
 thread_local LiveBlocks t_Live;
 
+#ifdef _WIN32
+void* AllocateAligned(std::size_t nBytes, std::size_t nAlignment) {
+    return _aligned_malloc(nBytes, nAlignment);
+}
+constexpr auto kFreeAligned = &_aligned_free;
+#else
+void* AllocateAligned(std::size_t nBytes, std::size_t nAlignment) {
+    void* pBlock = nullptr;
+    return posix_memalign(&pBlock, nAlignment, nBytes) == 0 ? pBlock : nullptr;
+}
+constexpr auto kFreeAligned = &std::free;
+#endif
+
 void* Allocate(std::size_t nSize, std::size_t nAlignment, long LiveBlocks::*pCounter) noexcept {
     const bool bActive = t_nPauses == 0;
     if (bActive && t_pFaults != nullptr && t_pFaults->NextFails()) {
         return nullptr;
     }
     const std::size_t nBytes = nSize == 0 ? 1 : nSize;
-    void* pBlock = nullptr;
-    if (nAlignment == 0) {
-        pBlock = std::malloc(nBytes);
-    } else if (posix_memalign(&pBlock, nAlignment, nBytes) != 0) {
-        pBlock = nullptr;
-    }
+    void* const pBlock =
+        nAlignment == 0 ? std::malloc(nBytes) : AllocateAligned(nBytes, nAlignment);
     if (pBlock != nullptr) {
         ++(t_Live.*pCounter);
         if (bActive && t_nFill >= 0) {
@@ -42,10 +52,10 @@ void* AllocateOrThrow(std::size_t nSize, std::size_t nAlignment, long LiveBlocks
     throw std::bad_alloc();
 }
 
-void Release(void* pBlock, long LiveBlocks::*pCounter) noexcept {
+void Release(void* pBlock, long LiveBlocks::*pCounter, void (*pfnFree)(void*)) noexcept {
     if (pBlock != nullptr) {
         --(t_Live.*pCounter);
-        std::free(pBlock);
+        pfnFree(pBlock);
     }
 }
 
@@ -94,6 +104,7 @@ LiveBlocks CountLiveBlocks() {
 using support::Allocate;
 using support::AllocateOrThrow;
 using support::kArrays;
+using support::kFreeAligned;
 using support::kSingles;
 using support::Release;
 using Size = std::size_t;
@@ -109,12 +120,18 @@ using NoThrow = std::nothrow_t;
     void* operator new KIND(Size n, Align a, const NoThrow&) noexcept {                           \
         return Allocate(n, Size(a), counter);                                                     \
     }                                                                                             \
-    void operator delete KIND(void* p) noexcept { Release(p, counter); }                          \
-    void operator delete KIND(void* p, Size) noexcept { Release(p, counter); }                    \
-    void operator delete KIND(void* p, const NoThrow&) noexcept { Release(p, counter); }          \
-    void operator delete KIND(void* p, Align) noexcept { Release(p, counter); }                   \
-    void operator delete KIND(void* p, Size, Align) noexcept { Release(p, counter); }             \
-    void operator delete KIND(void* p, Align, const NoThrow&) noexcept { Release(p, counter); }
+    void operator delete KIND(void* p) noexcept { Release(p, counter, &std::free); }              \
+    void operator delete KIND(void* p, Size) noexcept { Release(p, counter, &std::free); }        \
+    void operator delete KIND(void* p, const NoThrow&) noexcept {                                 \
+        Release(p, counter, &std::free);                                                          \
+    }                                                                                             \
+    void operator delete KIND(void* p, Align) noexcept { Release(p, counter, kFreeAligned); }     \
+    void operator delete KIND(void* p, Size, Align) noexcept {                                    \
+        Release(p, counter, kFreeAligned);                                                        \
+    }                                                                                             \
+    void operator delete KIND(void* p, Align, const NoThrow&) noexcept {                          \
+        Release(p, counter, kFreeAligned);                                                        \
+    }
 // clang-format on
 
 SUPPORT_OPERATORS(, kSingles)

@@ -7,22 +7,9 @@
 #include <vector>
 
 #include "kelimage/kelimage.h"
+#include "support/rows.h"
 
 namespace support {
-
-// A small generator whose sequence is the same everywhere.
-class Random {
-  public:
-    explicit Random(std::uint32_t nSeed) : m_nState(nSeed * 2654435761u + 1) {}
-    std::uint32_t Next();
-    // 0 to nLimit - 1.
-    int Below(int nLimit) { return static_cast<int>(Next() % static_cast<std::uint32_t>(nLimit)); }
-    unsigned char Byte() { return static_cast<unsigned char>(Next() >> 24); }
-    void Fill(unsigned char* p, std::size_t nBytes);
-
-  private:
-    std::uint32_t m_nState;
-};
 
 // A depth, a compression and, for palettes, a number of colours (0: the default of the depth).
 struct Kind {
@@ -40,10 +27,14 @@ std::string Name(const Kind& kind);
 // A caller's bitmap: header block with colour table or masks, and stride x height random pixel
 // bytes (padding too).
 struct Picture {
-    std::vector<unsigned char> block;
-    std::vector<unsigned char> bits;
+    Bytes block;
+    Bytes bits;
 
     BITMAPINFO* Info() { return reinterpret_cast<BITMAPINFO*>(block.data()); }
+    const unsigned char* Row(int nRow) {
+        const BITMAPINFOHEADER& header = Info()->bmiHeader;
+        return bits.data() + nRow * kel::RowStride(header.biBitCount, header.biWidth);
+    }
 };
 
 Picture MakePicture(const Kind& kind, int nWidth, int nHeight, std::uint32_t nSeed);

@@ -1,3 +1,4 @@
+// A call counts first; then it fails or goes to the memory archive.
 #include "support/faultyarchive.h"
 
 #include <limits>
@@ -6,8 +7,7 @@
 
 namespace support {
 
-FaultyArchive::FaultyArchive(const std::vector<unsigned char>& bytes)
-    : CVamArchiveMemory(bytes.data(), bytes.size()) {}
+FaultyArchive::FaultyArchive(const Bytes& bytes) : CVamArchiveMemory(bytes.data(), bytes.size()) {}
 
 void FaultyArchive::FailAt(Op eOp, int nCall, Fault eFault, bool bForEver) {
     m_eOp = eOp;

@@ -1,25 +1,9 @@
+// Pictures as a caller of Open holds them, of every depth and compression.
 #include "support/pictures.h"
 
 #include <cstring>
 
-#include "kelbitmap/strides.h"
-
 namespace support {
-
-std::uint32_t Random::Next() {
-    // xorshift32: never 0 once it is not 0.
-    m_nState = m_nState == 0 ? 1 : m_nState;
-    m_nState ^= m_nState << 13;
-    m_nState ^= m_nState >> 17;
-    m_nState ^= m_nState << 5;
-    return m_nState;
-}
-
-void Random::Fill(unsigned char* p, std::size_t nBytes) {
-    for (std::size_t i = 0; i < nBytes; ++i) {
-        p[i] = Byte();
-    }
-}
 
 const std::vector<Kind>& AllKinds() {
     static const std::vector<Kind> kinds = {
