@@ -1,3 +1,4 @@
+// Lists: copies, look-ups, and what missing memory leaves.
 #include "kelparameters/kelparameters.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
+// Pixel buffers and scratch, and the advice to the system about large ones.
 #include "kelmemory.h"
 
-#include <cstdint>
+#include <limits>
 #include <new>
 
 #ifdef __linux__
@@ -12,31 +13,31 @@ namespace kel {
 namespace {
 
 // From this size on a block holds whole huge pages wherever it starts.
-[[maybe_unused]] constexpr std::size_t kHugePageThreshold = std::size_t{4} << 20;
-// From this size on the C library maps each block afresh. Smaller ones may have been in use before,
-// and then looking for missing pages costs more than it spares.
-[[maybe_unused]] constexpr std::size_t kFreshThreshold = std::size_t{32} << 20;
+[[maybe_unused]] constexpr std::int64_t kHugePageThreshold = 4 << 20;
+// From this size on the C library maps each block afresh. A smaller block may have been in use
+// before. Looking for its missing pages costs more than fetching them early saves.
+[[maybe_unused]] constexpr std::int64_t kFreshThreshold = 32 << 20;
 
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 // Advises the whole small pages between two addresses.
 void Advise(std::uintptr_t nBegin, std::uintptr_t nEnd, int nAdvice) {
     constexpr std::uintptr_t kPage = 4096;
     const std::uintptr_t nFirst = (nBegin + kPage - 1) / kPage * kPage;
-    const std::uintptr_t nBehind = nEnd / kPage * kPage;
-    if (nFirst < nBehind) {
-        madvise(reinterpret_cast<void*>(nFirst), nBehind - nFirst, nAdvice);
+    const std::uintptr_t nLast = nEnd / kPage * kPage;
+    if (nFirst < nLast) {
+        madvise(reinterpret_cast<void*>(nFirst), nLast - nFirst, nAdvice);
     }
 }
 #endif
 
-// Asks for huge pages in a large block. Where all its pages are fresh, those small ones that lie
-// before the first huge page and behind the last are fetched at once: one by one, on first use,
-// they cost many times as much a byte. Hints: their failure changes nothing.
-unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::size_t nSize) {
+// Asks for huge pages in a large block. In a fresh block the small pages before the first huge page
+// and after the last are fetched here. A page fault for each 4 KiB, on first use, costs several
+// times as much per byte. These are hints: their failure changes nothing.
+unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::int64_t nSize) {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     if (pBlock != nullptr && nSize >= kHugePageThreshold) {
         const auto nBegin = reinterpret_cast<std::uintptr_t>(pBlock);
-        const std::uintptr_t nEnd = nBegin + nSize;
+        const std::uintptr_t nEnd = nBegin + static_cast<std::uintptr_t>(nSize);
         Advise(nBegin, nEnd, MADV_HUGEPAGE);
 #ifdef MADV_POPULATE_WRITE
         if (nSize >= kFreshThreshold) {
@@ -52,11 +53,14 @@ unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::size
 
 }  // namespace
 
-unsigned char* NewPixels(std::size_t nSize) {
-    return AdviseHugePages(new unsigned char[nSize], nSize);
+unsigned char* NewPixels(std::int64_t nSize) {
+    if (nSize < 0) {
+        throw std::bad_alloc();
+    }
+    return AdviseHugePages(new unsigned char[static_cast<std::size_t>(nSize)], nSize);
 }
 
-unsigned char* TryNewPixels(std::size_t nSize) {
+unsigned char* TryNewPixels(std::int64_t nSize) {
     try {
         return NewPixels(nSize);
     } catch (const std::bad_alloc&) {
@@ -64,8 +68,16 @@ unsigned char* TryNewPixels(std::size_t nSize) {
     }
 }
 
-unsigned char* NewPixelsNothrow(std::size_t nSize) noexcept {
-    return AdviseHugePages(new (std::nothrow) unsigned char[nSize], nSize);
+unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept {
+    return AdviseHugePages(NewScratch(nSize).release(), nSize);
+}
+
+std::unique_ptr<unsigned char[]> NewScratch(std::int64_t nSize) {
+    if (nSize < 0 || nSize > std::numeric_limits<std::int32_t>::max()) {
+        return nullptr;
+    }
+    return std::unique_ptr<unsigned char[]>(
+        new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)]);
 }
 
 }  // namespace kel

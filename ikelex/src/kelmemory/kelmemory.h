@@ -2,21 +2,26 @@
 #ifndef KELMEMORY_KELMEMORY_H
 #define KELMEMORY_KELMEMORY_H
 
-#include <cstddef>
+#include <cstdint>
+#include <memory>
 
 namespace kel {
 
 // A new uninitialised buffer of nSize bytes from the throwing array new. Large blocks ask the
 // system for huge pages, since touching fresh small pages costs more than most work on them. Throws
-// std::bad_alloc.
-unsigned char* NewPixels(std::size_t nSize);
+// std::bad_alloc, also for a negative size.
+unsigned char* NewPixels(std::int64_t nSize);
 
 // The same with std::bad_alloc caught: null for a failure. Whatever else a host's operator new
 // throws passes on.
-unsigned char* TryNewPixels(std::size_t nSize);
+unsigned char* TryNewPixels(std::int64_t nSize);
 
 // The same from the non-throwing array new: null instead of an exception.
-unsigned char* NewPixelsNothrow(std::size_t nSize) noexcept;
+unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept;
+
+// A scratch buffer of nSize bytes, uninitialised, from the non-throwing array new. Null when it
+// cannot be allocated, or when nSize is below 0 or above 2^31 - 1.
+std::unique_ptr<unsigned char[]> NewScratch(std::int64_t nSize);
 
 }  // namespace kel
 

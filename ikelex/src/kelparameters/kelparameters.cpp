@@ -1,3 +1,5 @@
+// Parameter lists: an array of items that a copy owns. The host's string and variant classes decide
+// what a copy shares.
 #include "kelparameters.h"
 
 #include <memory>
@@ -68,7 +70,7 @@ CKelParameterMgr::~CKelParameterMgr() {
     try {
         DestroyParameters(m_Params);
     } catch (...) {
-        // A host's string or value failed to release; a destructor has nobody to tell.
+        // A host's string or value threw on release. By then the list was empty.
     }
 }
 

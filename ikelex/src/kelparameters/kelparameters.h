@@ -1,27 +1,28 @@
-// CKelParameterMgr: the common root of every reader, writer and filter that takes options.
+/// @file
+/// CKelParameterMgr: the common root of every reader, writer and filter that takes options.
 #ifndef KELPARAMETERS_KELPARAMETERS_H
 #define KELPARAMETERS_KELPARAMETERS_H
 
 #include <ikelex/parameters.h>
 
-// Holds a copy of the caller's parameter list for the length of one call.
+/// Holds a copy of the caller's parameter list for the length of one call.
 class IKELEX_API CKelParameterMgr {
   public:
     CKelParameterMgr();
     CKelParameterMgr(const CKelParameterMgr&) = delete;
     CKelParameterMgr& operator=(const CKelParameterMgr&) = delete;
 
-    // Releases the list; lets no exception escape.
+    /// Releases the list; lets no exception escape.
     virtual ~CKelParameterMgr();
 
-    // Replaces the held list by a copy of pParams. Returns 0 for null (the held list is then
-    // empty), else 1; a copy that cannot be had leaves the held list empty.
+    /// Replaces the held list by a copy of pParams. Returns 0 for null (the held list is then
+    /// empty), else 1; a copy that fails leaves the held list empty.
     virtual int SetParameters(tagKelParameters* pParams);
 
-    // The value of the first item of that name, or null. Valid as long as the list is held.
+    /// The value of the first item of that name, or null. Valid as long as the list is held.
     virtual CVamVariant* GetParameter(const char* pszName);
 
-    tagKelParameters m_Params;  // the held list; empty until SetParameters
+    tagKelParameters m_Params;  ///< the held list; empty until SetParameters
 };
 
 #endif  // KELPARAMETERS_KELPARAMETERS_H

@@ -1,3 +1,4 @@
+// Composes the trace lines. Their texts are fixed: hosts match them.
 #include "keltrace.h"
 
 #include <platform/vamplatform.h>
@@ -10,42 +11,60 @@ namespace {
 constexpr unsigned int kStreamSize = 1024;
 constexpr unsigned int kStreamGrow = 32;
 
-template <typename Value>
-void TraceInvalidValue(const char* pszName, Value value) {
-    ZT_Text_Stream stream(kStreamSize, kStreamGrow);
-    TraceInputError((stream << pszName << " is invalid: " << value).GetText());
-}
-
-}  // namespace
-
-void TraceInputError(const char* pszText) {
+// Composes an input error and writes it to both trace functions.
+template <typename... Parts>
+void TraceParts(const Parts... parts) {
     if (zt_trace_level() < 0) {
         return;
     }
-    zt_trace_write(0, pszText, 0);
-    zt_trace_input_error_msg(0, pszText);
-}
-
-void TraceNull(const char* pszName) {
     ZT_Text_Stream stream(kStreamSize, kStreamGrow);
-    TraceInputError((stream << pszName << " is nullptr").GetText());
+    (stream << ... << parts);
+    zt_trace_write(0, stream.GetText(), 0);
+    zt_trace_input_error_msg(0, stream.GetText());
 }
 
-void TraceInvalid(const char* pszName, unsigned int nValue) {
-    TraceInvalidValue(pszName, nValue);
-}
-
-void TraceInvalid(const char* pszName, int nValue) {
-    TraceInvalidValue(pszName, nValue);
-}
-
-void CheckSecure(const char* pszSource, int nResult, int nLine) {
+// One line at level 1 for a result of memcpy_s or memset_s that is not 0.
+void TraceFailure(const char* pszSource, int nLine, int nResult) {
     if (nResult == 0 || zt_trace_level() < 1) {
         return;
     }
     ZT_Text_Stream stream(kStreamSize, kStreamGrow);
     stream << "[" << pszSource << ";" << nLine << "] secure function return=" << nResult;
     zt_trace_write(1, stream.GetText(), 0);
+}
+
+}  // namespace
+
+void TraceNull(const char* pszName) {
+    TraceParts(pszName, " is nullptr");
+}
+
+void TraceInvalid(const char* pszName, unsigned int nValue) {
+    TraceParts(pszName, " is invalid: ", nValue);
+}
+
+void TraceInvalid(const char* pszName, int nValue) {
+    TraceParts(pszName, " is invalid: ", nValue);
+}
+
+void TraceMessage(const char* pszPrefix, const char* pszMessage) {
+    TraceParts(pszPrefix, pszMessage);
+}
+
+void SecureCopy(const char* pszSource, void* pDst, const void* pSrc, std::int64_t nBytes,
+                int nLine) {
+    SecureCopyInto(pszSource, pDst, nBytes, pSrc, nBytes, nLine);
+}
+
+void SecureCopyInto(const char* pszSource, void* pDst, std::int64_t nRoom, const void* pSrc,
+                    std::int64_t nBytes, int nLine) {
+    const auto nMax = static_cast<std::size_t>(nRoom);
+    TraceFailure(pszSource, nLine, memcpy_s(pDst, nMax, pSrc, static_cast<std::size_t>(nBytes)));
+}
+
+void SecureZero(const char* pszSource, void* pDst, std::int64_t nBytes, int nLine) {
+    const auto nCount = static_cast<std::size_t>(nBytes);
+    TraceFailure(pszSource, nLine, memset_s(pDst, nCount, 0, nCount));
 }
 
 }  // namespace kel

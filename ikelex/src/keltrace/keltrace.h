@@ -1,10 +1,13 @@
-// The library's tracing conventions, written once.
+// The library's tracing conventions, and the bounded memory functions that follow them.
 //
-// Level 0 carries input errors, level 1 failures of the bounded memory functions, level 2 detail
-// lines. A line of level L is produced only when zt_trace_level() is at least L. Nothing here
-// changes a result, allocates or throws.
+// Level 0 carries input errors (each written, then recorded as input error), level 1 failures of
+// the bounded memory functions, level 2 detail lines. A line of level L is composed only when
+// zt_trace_level() is at least L. A failed copy or fill is traced as "[" source ";" line "] secure
+// function return=" code, and the caller goes on as if it had succeeded.
 #ifndef KELTRACE_KELTRACE_H
 #define KELTRACE_KELTRACE_H
+
+#include <cstdint>
 
 namespace kel {
 
@@ -12,7 +15,6 @@ namespace kel {
 inline constexpr const char* kSourceImage = "ikelex/src/kelimage";
 inline constexpr const char* kSourceDecoder = "ikelex/src/keldecoder";
 inline constexpr const char* kSourceEncoder = "ikelex/src/kelencoder";
-inline constexpr const char* kSourceScale = "ikelex/src/kelscale";
 
 // The size of a pixel buffer above which an input error is traced (and the work still done).
 inline constexpr unsigned int kTracedSizeLimit = 50u * 1024 * 1024;
@@ -24,14 +26,19 @@ void TraceNull(const char* pszName);
 void TraceInvalid(const char* pszName, unsigned int nValue);
 void TraceInvalid(const char* pszName, int nValue);
 
-// Input error with a ready text: written at level 0, then recorded as input error.
-void TraceInputError(const char* pszText);
+// Input error: pszPrefix followed by a foreign library's message.
+void TraceMessage(const char* pszPrefix, const char* pszMessage);
 
-// Takes the result of memcpy_s or memset_s. When it is not 0, writes
-// "[" pszSource ";" line "] secure function return=" nResult at level 1. The line is the caller's,
-// so the call stands on the line of the bounded memory function itself:
-//     kel::CheckSecure(kel::kSourceImage, memset_s(p, n, 0, n));
-void CheckSecure(const char* pszSource, int nResult, int nLine = __builtin_LINE());
+// memcpy_s and memset_s with value 0, into a target with room for exactly nBytes. The
+// line in the trace is the caller's.
+void SecureCopy(const char* pszSource, void* pDst, const void* pSrc, std::int64_t nBytes,
+                int nLine = __builtin_LINE());
+void SecureZero(const char* pszSource, void* pDst, std::int64_t nBytes,
+                int nLine = __builtin_LINE());
+
+// The same for a copy into a larger target of nRoom bytes.
+void SecureCopyInto(const char* pszSource, void* pDst, std::int64_t nRoom, const void* pSrc,
+                    std::int64_t nBytes, int nLine = __builtin_LINE());
 
 }  // namespace kel
 

@@ -1,0 +1,92 @@
+// What pixel buffers ask of the system, and the sizes of scratch. madvise below takes the place of
+// the C library's.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+#include "kelmemory/kelmemory.h"
+
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
+namespace {
+
+TEST(Scratch, SizesOutside31BitsAreRefused) {
+    EXPECT_EQ(kel::NewScratch(-1), nullptr);
+    EXPECT_EQ(kel::NewScratch(std::int64_t{1} << 31), nullptr);
+    EXPECT_NE(kel::NewScratch(0), nullptr);
+}
+
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+
+constexpr std::uintptr_t kPage = 4096;
+constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
+
+struct Advice {
+    std::uintptr_t nBegin, nEnd;
+    int nAdvice;
+};
+std::vector<Advice>* g_pAdvices = nullptr;
+
+using New = unsigned char*(std::int64_t);
+
+std::vector<Advice> AdvicesFor(New* pfnNew, std::int64_t nSize, std::uintptr_t* pBlock) {
+    std::vector<Advice> advices;
+    g_pAdvices = &advices;
+    unsigned char* const p = pfnNew(nSize);
+    g_pAdvices = nullptr;
+    *pBlock = reinterpret_cast<std::uintptr_t>(p);
+    delete[] p;
+    return advices;
+}
+
+// Whole pages of the block alone, since other blocks share its first and last page.
+TEST(Pixels, LargeBlocksAskForHugePages) {
+    for (New* const pfnNew :
+         std::initializer_list<New*>{kel::NewPixels, kel::TryNewPixels, kel::NewPixelsNothrow}) {
+        for (const int nMegabytes : {1, 4, 33}) {
+            const std::int64_t nSize = (std::int64_t{nMegabytes} << 20) + 100;
+            std::uintptr_t nBlock = 0;
+            const auto advices = AdvicesFor(pfnNew, nSize, &nBlock);
+            const std::uintptr_t nEnd = nBlock + static_cast<std::uintptr_t>(nSize);
+            const std::uintptr_t nFirstPage = (nBlock + kPage - 1) / kPage * kPage;
+            const std::uintptr_t nLastPage = nEnd / kPage * kPage;
+            ASSERT_EQ(advices.empty(), nMegabytes < 4);
+            EXPECT_TRUE(advices.empty() || advices.front().nAdvice == MADV_HUGEPAGE);
+            for (const Advice& advice : advices) {
+                if (advice.nAdvice == MADV_HUGEPAGE) {
+                    EXPECT_EQ(advice.nBegin, nFirstPage);
+                    EXPECT_EQ(advice.nEnd, nLastPage);
+                    continue;
+                }
+#ifdef MADV_POPULATE_WRITE
+                // The small pages before the first huge page, or those after the last.
+                EXPECT_EQ(advice.nAdvice, MADV_POPULATE_WRITE);
+                EXPECT_GT(nMegabytes, 32);
+                EXPECT_LT(advice.nEnd - advice.nBegin, kHugePage);
+                EXPECT_TRUE((advice.nBegin == nFirstPage && advice.nEnd % kHugePage == 0) ||
+                            (advice.nBegin % kHugePage == 0 && advice.nEnd == nLastPage));
+#else
+                ADD_FAILURE() << advice.nAdvice;
+#endif
+            }
+        }
+    }
+}
+
+#endif
+
+}  // namespace
+
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+extern "C" int madvise(void* pBlock, std::size_t nSize, int nAdvice) noexcept {
+    if (g_pAdvices != nullptr) {
+        const auto nBegin = reinterpret_cast<std::uintptr_t>(pBlock);
+        g_pAdvices->push_back({nBegin, nBegin + nSize, nAdvice});
+    }
+    return 0;
+}
+#endif
