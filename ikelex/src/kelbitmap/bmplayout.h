@@ -1,10 +1,9 @@
-// The layout of a BMP file: sizes and offsets of its headers.
+// The layout of a BMP file, and the sizes and offsets of its headers.
 //
-//   0   file header, 14 bytes: "BM", file size, two reserved words, position of the pixel rows
-//   14  info header: 40 bytes (laid out as BITMAPINFOHEADER) or, from OS/2, 12 bytes
-//       colour table: entries of 4 bytes after the 40-byte header, of 3 bytes after the 12-byte
-//       one, or three 32-bit masks pixel rows, the picture's last row first unless the height is
-//       negative
+//   - file header, 14 bytes: "BM", file size, two reserved words, position of the pixel rows
+//   - info header: 40 bytes (laid out as BITMAPINFOHEADER), or 12 bytes in OS/2 files
+//   - colour table: three 32-bit masks, or entries of 4 bytes (of 3 after a 12-byte header)
+//   - pixel rows, the last row of the picture first unless the height is negative
 //
 // All numbers are little-endian and packed.
 #ifndef KELBITMAP_BMPLAYOUT_H

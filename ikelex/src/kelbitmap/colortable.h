@@ -1,4 +1,4 @@
-// How many entries the colour table behind a header has.
+// How many entries the colour table after a header has.
 #ifndef KELBITMAP_COLORTABLE_H
 #define KELBITMAP_COLORTABLE_H
 
@@ -6,11 +6,11 @@
 
 namespace kel {
 
-// Tables with more entries than this are taken for damage where their memory is not known to exist.
+// Where a table's memory is not known to exist, one with more entries than this counts as damage.
 inline constexpr unsigned int kMaxColorTableEntries = 65536;
 
-// Entries of 4 bytes: palette colours, or three masks. 0 at depths that are none; depths from 32768
-// up are among those. biClrUsed is taken as it is, however large.
+// Entries of 4 bytes: palette colours, or three masks. 0 for an unsupported depth. biClrUsed is
+// taken as it is, however large.
 constexpr unsigned int ColorTableEntries(const BITMAPINFOHEADER& header) {
     switch (header.biBitCount) {
         case 1:

@@ -1,9 +1,10 @@
+// The functions of kelbitmap.h, which the library exports.
 #include "kelbitmap.h"
 
 #include <bit>
 
-#include "../kelcpu/kelcpu.h"
 #include "colortable.h"
+#include "kelcpu/kelcpu.h"
 #include "rows.h"
 
 unsigned int IMG_GetColorTableSize(BITMAPINFOHEADER* pHeader) {
@@ -24,7 +25,7 @@ int MaskToLShift(unsigned int nMask) {
 
 void RGB2BGR(unsigned char* pBuffer, int nCount) {
     if (nCount > 0) {
-        kel::RowFunctionsFor(kel::BestCpuLevel())
+        kel::RowFunctionsFor(kel::BestLevel())
             .pfnReverse24(pBuffer, pBuffer, static_cast<std::size_t>(nCount));
     }
 }

@@ -1,4 +1,4 @@
-// The choice of a variant, and what is computed once per row.
+// What is computed once before the rows: channel fields and colour words.
 #include "rows.h"
 
 #include <algorithm>
@@ -8,23 +8,11 @@
 
 namespace kel {
 
-const RowFunctions& RowFunctionsFor([[maybe_unused]] CpuLevel eLevel) {
-#if defined(__x86_64__)
-    if (eLevel >= CpuLevel::kAvx512) {
-        return kRowsAvx512;
-    }
-    if (eLevel >= CpuLevel::kAvx2) {
-        return kRowsAvx2;
-    }
-#endif
-    return kRowsPortable;
-}
-
 ChannelField FieldOfMask(std::uint32_t nMask) {
     const int nRight = MaskToRShift(nMask);
     const int nLeft = MaskToLShift(nMask);
-    // Two right shifts are one: start and run together span at most 32 bits, so the sum is
-    // below 25.
+    // A negative left shift is a further right shift. Start and run together span at most 32 bits,
+    // so the sum is below 25.
     return nLeft >= 0 ? ChannelField{nMask, nRight, nLeft} : ChannelField{nMask, nRight - nLeft, 0};
 }
 

@@ -1,7 +1,8 @@
-// The row functions for every machine, and the definition of the others.
+// The row functions for every machine. They define the bytes of every variant.
 #include <bit>
 #include <cstring>
 
+#include "kelcpu/shuffle.h"
 #include "rows.h"
 
 namespace kel {
@@ -22,7 +23,7 @@ std::uint32_t LoadWord(const unsigned char* p) {
     return nWord;
 }
 
-// Four colour words (byte 3 is 0) become twelve bytes: two stores instead of twelve.
+// Packs four colour words (byte 3 is 0) into twelve bytes, with two stores instead of twelve.
 void StoreFourColors(std::uint32_t n0, std::uint32_t n1, std::uint32_t n2, std::uint32_t n3,
                      unsigned char* pDst) {
     const std::uint64_t nFirst = n0 | std::uint64_t{n1} << 24 | std::uint64_t{n2} << 48;
@@ -31,19 +32,22 @@ void StoreFourColors(std::uint32_t n0, std::uint32_t n1, std::uint32_t n2, std::
     std::memcpy(pDst + sizeof nFirst, &nLast, sizeof nLast);
 }
 
-// The first three bytes of a word, in turned order, as a colour word; and the last three.
-std::uint32_t TurnFirst(std::uint32_t nWord) {
+// The first three bytes of a word, reversed, as a colour word.
+std::uint32_t ReverseFirst(std::uint32_t nWord) {
     return __builtin_bswap32(nWord) >> 8;
 }
-std::uint32_t TurnLast(std::uint32_t nWord) {
+// The last three.
+std::uint32_t ReverseLast(std::uint32_t nWord) {
     return __builtin_bswap32(nWord) & 0xFFFFFF;
 }
 
-void Reverse24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
+}  // namespace
+
+void portable::Reverse24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
     for (; nPixels >= 4; nPixels -= 4, pSrc += 12, pDst += 12) {
         // All four are read before any is written: in place is allowed.
-        StoreFourColors(TurnFirst(LoadWord(pSrc)), TurnFirst(LoadWord(pSrc + 3)),
-                        TurnFirst(LoadWord(pSrc + 6)), TurnLast(LoadWord(pSrc + 8)), pDst);
+        StoreFourColors(ReverseFirst(LoadWord(pSrc)), ReverseFirst(LoadWord(pSrc + 3)),
+                        ReverseFirst(LoadWord(pSrc + 6)), ReverseLast(LoadWord(pSrc + 8)), pDst);
     }
     for (; nPixels > 0; --nPixels, pSrc += 3, pDst += 3) {
         const unsigned char byFirst = pSrc[0];
@@ -53,10 +57,12 @@ void Reverse24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixe
     }
 }
 
+namespace {
+
 template <bool kReversed>
-void Narrow32(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
+void Pack(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
     const auto color = [](const unsigned char* p) {
-        return kReversed ? TurnFirst(LoadWord(p)) : LoadWord(p) & 0xFFFFFF;
+        return kReversed ? ReverseFirst(LoadWord(p)) : LoadWord(p) & 0xFFFFFF;
     };
     for (; nPixels >= 4; nPixels -= 4, pSrc += 16, pDst += 12) {
         StoreFourColors(color(pSrc), color(pSrc + 4), color(pSrc + 8), color(pSrc + 12), pDst);
@@ -66,7 +72,17 @@ void Narrow32(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixel
     }
 }
 
-void Expand24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
+}  // namespace
+
+void portable::Pack32(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
+    Pack<false>(pSrc, pDst, nPixels);
+}
+
+void portable::PackReverse32(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
+    Pack<true>(pSrc, pDst, nPixels);
+}
+
+void portable::Expand24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
     for (; nPixels >= 4; nPixels -= 4, pSrc += 12, pDst += 16) {
         const std::uint32_t aColors[4] = {LoadWord(pSrc) & 0xFFFFFF, LoadWord(pSrc + 3) & 0xFFFFFF,
                                           LoadWord(pSrc + 6) & 0xFFFFFF, LoadWord(pSrc + 8) >> 8};
@@ -80,10 +96,10 @@ void Expand24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixel
     }
 }
 
-void Palette8(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
-              std::size_t nPixels) {
-    // A word is stored whole, and the next overwrites its last byte; that of a step's last word
-    // needs one pixel more.
+void portable::Palette8(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
+                        std::size_t nPixels) {
+    // A word is stored whole and the next one overwrites its last byte. The last word of a step
+    // therefore needs one more pixel after it.
     for (; nPixels > 4; nPixels -= 4, pSrc += 4, pDst += 12) {
         const std::uint32_t nIndices = LoadWord(pSrc);
         for (int i = 0; i < 4; ++i) {
@@ -95,8 +111,8 @@ void Palette8(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned c
     }
 }
 
-void Palette4(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
-              std::size_t nPixels) {
+void portable::Palette4(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
+                        std::size_t nPixels) {
     for (; nPixels >= 4; nPixels -= 4, pSrc += 2, pDst += 12) {
         StoreFourColors(pWords[pSrc[0] >> 4], pWords[pSrc[0] & 15], pWords[pSrc[1] >> 4],
                         pWords[pSrc[1] & 15], pDst);
@@ -106,8 +122,8 @@ void Palette4(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned c
     }
 }
 
-void Palette1(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
-              std::size_t nPixels) {
+void portable::Palette1(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned char* pDst,
+                        std::size_t nPixels) {
     // The twelve output bytes of each four pixels.
     unsigned char aFour[16][12];
     for (int i = 0; i < 16; ++i) {
@@ -123,6 +139,8 @@ void Palette1(const unsigned char* pSrc, const std::uint32_t* pWords, unsigned c
     }
 }
 
+namespace {
+
 // A channel at its place in a colour word.
 std::uint32_t Channel(std::uint32_t nPixel, const ChannelField& field, int nByte) {
     return ((nPixel & field.nMask) >> field.nRight << field.nLeft & 0xFF) << (8 * nByte);
@@ -134,9 +152,9 @@ using Halves = Lanes<std::uint16_t>;
 using Words = Lanes<std::uint32_t>;
 using Pairs = Lanes<std::uint64_t>;
 
-// A channel of several pixels, one in each lane, at byte nByte of the lane: the formula with three
-// operations. The mask holds back beforehand what nLeft would shift out of the channel's byte, so
-// nothing is to be cut off behind it.
+// A channel of several pixels, one in each lane, at byte nByte of the lane. The mask already
+// removes the bits that nLeft would shift out of the channel's byte, so mask and shifts are all
+// there is.
 template <typename Lane>
 struct LaneField {
     Lane nMask, nRight, nLeft;
@@ -152,7 +170,7 @@ struct LaneField {
     Lanes<Lane> Of(Lanes<Lane> pixels) const { return (pixels & nMask) >> nRight << nLeft; }
 };
 
-// Four colour words become twelve bytes; two zeros are written behind them.
+// Packs four colour words into twelve bytes and writes two zeros after them.
 void StoreColors(Words colors, unsigned char* pDst) {
     const Pairs wide = reinterpret_cast<Pairs>(colors);
     const Pairs packed = (wide & 0xFFFFFF) | (wide & 0xFFFFFF00000000) >> 8;
@@ -161,18 +179,16 @@ void StoreColors(Words colors, unsigned char* pDst) {
     std::memcpy(pDst + 6, &nLast, sizeof nLast);
 }
 
-// The channels of one vector of pixels. Lanes of 32 bits are colour words when joined. In lanes of
+// The channels of one vector of pixels. In lanes of 32 bits they join to colour words. In lanes of
 // 16 bits the first two channels are the low half of a colour word and the third is the high half.
 void StoreChannels(Words c0, Words c1, Words c2, unsigned char* pDst) {
     StoreColors(c0 | c1 | c2, pDst);
 }
 void StoreChannels(Halves c0, Halves c1, Halves c2, unsigned char* pDst) {
     const Halves c01 = c0 | c1;
-    StoreColors(reinterpret_cast<Words>(__builtin_shufflevector(c01, c2, 0, 8, 1, 9, 2, 10, 3, 11)),
-                pDst);
-    StoreColors(
-        reinterpret_cast<Words>(__builtin_shufflevector(c01, c2, 4, 12, 5, 13, 6, 14, 7, 15)),
-        pDst + 12);
+    StoreColors(reinterpret_cast<Words>(KEL_SHUFFLE(c01, c2, 0, 8, 1, 9, 2, 10, 3, 11)), pDst);
+    StoreColors(reinterpret_cast<Words>(KEL_SHUFFLE(c01, c2, 4, 12, 5, 13, 6, 14, 7, 15)),
+                pDst + 12);
 }
 
 template <typename Word>
@@ -182,7 +198,7 @@ void Fields(const unsigned char* pSrc, const PixelFields& fields, unsigned char*
     const LaneField<Word> second(fields.aChannels[1], 1);
     const LaneField<Word> third(fields.aChannels[2], sizeof(Word) == 2 ? 0 : 2);
     constexpr std::size_t kStep = 16 / sizeof(Word);
-    // The two zeros behind the last bytes of a step need one pixel more.
+    // The two zeros after a step need one more pixel there.
     for (; nPixels > kStep; nPixels -= kStep, pSrc += 16, pDst += 3 * kStep) {
         Lanes<Word> pixels;
         std::memcpy(&pixels, pSrc, sizeof pixels);
@@ -200,8 +216,19 @@ void Fields(const unsigned char* pSrc, const PixelFields& fields, unsigned char*
 
 }  // namespace
 
+void portable::Fields16(const unsigned char* pSrc, const PixelFields& fields, unsigned char* pDst,
+                        std::size_t nPixels) {
+    Fields<std::uint16_t>(pSrc, fields, pDst, nPixels);
+}
+
+void portable::Fields32(const unsigned char* pSrc, const PixelFields& fields, unsigned char* pDst,
+                        std::size_t nPixels) {
+    Fields<std::uint32_t>(pSrc, fields, pDst, nPixels);
+}
+
 const RowFunctions kRowsPortable = {
-    Reverse24, Narrow32<false>,       Narrow32<true>,       Expand24, Palette8, Palette4,
-    Palette1,  Fields<std::uint16_t>, Fields<std::uint32_t>};
+    portable::Reverse24, portable::Pack32,   portable::PackReverse32,
+    portable::Expand24,  portable::Palette8, portable::Palette4,
+    portable::Palette1,  portable::Fields16, portable::Fields32};
 
 }  // namespace kel

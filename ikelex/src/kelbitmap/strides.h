@@ -1,4 +1,4 @@
-// Row and picture sizes, overflow-safe.
+// Row and picture sizes in bytes, computed in 64 bits.
 #ifndef KELBITMAP_STRIDES_H
 #define KELBITMAP_STRIDES_H
 
@@ -8,14 +8,14 @@
 namespace kel {
 
 // Bytes of a row of nWidth pixels at nBits bits per pixel, padded to a multiple of 4:
-// ((nBits * nWidth + 31) / 32) * 4, exact in 64 bits (|nBits * nWidth| < 2^48).
+// ((nBits * nWidth + 31) / 32) * 4. Headers hold 16-bit depths and 32-bit widths, so that
+// |nBits * nWidth| < 2^48.
 constexpr std::int64_t RowStride(int nBits, std::int64_t nWidth) {
     return (nBits * nWidth + 31) / 32 * 4;
 }
 
-// Bytes of nHeight such rows, exact (a stride is below 2^46, so the product may exceed 64 bits only
-// for depths no header can hold together with a full height; headers hold 16-bit depths and 31-bit
-// sizes: 2^13 * 2^31 * 2^31 would, hence the saturation).
+// Bytes of nHeight such rows. A depth beyond 32 with a full width and height can exceed 64 bits.
+// The result is then the largest value, which every caller refuses.
 constexpr std::int64_t PictureSize(int nBits, std::int64_t nWidth, std::int64_t nHeight) {
     std::int64_t nSize = 0;
     if (__builtin_mul_overflow(RowStride(nBits, nWidth), nHeight, &nSize)) {

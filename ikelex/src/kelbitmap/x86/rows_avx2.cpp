@@ -1,15 +1,11 @@
-// The row functions for AVX2. rows_portable.cpp defines each of them and does the pixels left over.
+// The row functions for AVX2. rows_portable.cpp defines each of them and does the last pixels.
 //
-// Bytes are only moved, masked and shifted, so the results are exact. Where a step stores a whole
-// vector of which the next step overwrites the end, it runs only while that end lies inside the
-// row.
+// Bytes are only moved, masked and shifted, so the results are exact. Some steps store a whole
+// vector whose end the next step overwrites. They run only while that end lies inside the row.
 #if defined(__x86_64__)
 
-#include <immintrin.h>
-
-#include "rows.h"
-
-#define KEL_AVX2 __attribute__((target("avx2")))
+#include "kelbitmap/rows.h"
+#include "kelcpu/x86.h"
 
 namespace kel {
 
@@ -57,9 +53,9 @@ KEL_AVX2 void Store32(Byte* p, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
 }
 
-// ---- 24 bits reversed: 16 pixels are three vectors of 16 bytes. Output byte j comes from input
-// byte 3 * (j / 3) + 2 - j % 3, at most two bytes away, so each output takes from its neighbours
-// too. A step does 32 pixels, the second 16 in the upper halves.
+// ---- 24 bits reversed. 16 pixels are three vectors of 16 bytes. Output byte j comes from input
+// byte 3 * (j / 3) + 2 - j % 3, at most two bytes away, so an output vector also takes bytes of its
+// neighbours. A step does 32 pixels, the second 16 in the upper halves.
 template <int kOut, int kIn>
 constexpr Lanes<32> kReverse = MakeLanes<32>([](int i) {
     const int j = 16 * kOut + i % 16;
@@ -95,11 +91,11 @@ KEL_AVX2 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
         StoreHalves(pDst + 32, pDst + 80,
                     _mm256_or_si256(_mm256_shuffle_epi8(b, s21), _mm256_shuffle_epi8(c, s22)));
     }
-    kRowsPortable.pfnReverse24(pSrc, pDst, nPixels);
+    portable::Reverse24(pSrc, pDst, nPixels);
 }
 
-// ---- Eight pixels of 32 bits to 24: each half of a vector is packed to 12 bytes, then the halves
-// are joined. 32 bytes are stored, 24 of them count: steps run from 11 pixels on.
+// ---- 32 to 24 bits, eight pixels at a time. Each half of a vector is packed to 12 bytes, then the
+// halves are joined. A step stores 32 bytes of which 24 count, so it needs 11 pixels.
 constexpr std::size_t kPackNeeds = 11;
 
 template <bool kReversed>
@@ -114,16 +110,16 @@ KEL_AVX2 void StorePacked(__m256i pixels, __m256i shuffle, Byte* pDst) {
 }
 
 template <bool kReversed>
-KEL_AVX2 void Narrow32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
+KEL_AVX2 void Pack32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     const __m256i shuffle = Load(kPack<kReversed>);
     for (; nPixels >= kPackNeeds; nPixels -= 8, pSrc += 32, pDst += 24) {
         StorePacked(Load32(pSrc), shuffle, pDst);
     }
-    (kReversed ? kRowsPortable.pfnReverse32 : kRowsPortable.pfnPack32)(pSrc, pDst, nPixels);
+    (kReversed ? portable::PackReverse32 : portable::Pack32)(pSrc, pDst, nPixels);
 }
 
-// ---- Eight pixels of 24 bits to 32: each half takes 12 of 16 loaded bytes, 28 bytes in all: steps
-// run from 10 pixels on.
+// ---- 24 to 32 bits, eight pixels at a time. Each half takes 12 of 16 loaded bytes. A step loads
+// 28 bytes, so it needs 10 pixels.
 constexpr Lanes<32> kExpand =
     MakeLanes<32>([](int i) { return i % 4 == 3 ? kNone : i % 16 / 4 * 3 + i % 4; });
 
@@ -132,12 +128,12 @@ KEL_AVX2 void Expand24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     for (; nPixels >= 10; nPixels -= 8, pSrc += 24, pDst += 32) {
         Store32(pDst, _mm256_shuffle_epi8(LoadHalves(pSrc, pSrc + 12), shuffle));
     }
-    kRowsPortable.pfnExpand24(pSrc, pDst, nPixels);
+    portable::Expand24(pSrc, pDst, nPixels);
 }
 
-// ---- 8 bits: four words looked up one by one, packed to 12 bytes at once. Gathers are slower, and
-// so are stores of single words. 16 bytes are stored for 12: the last of a step's four stores ends
-// 4 bytes behind the step, so steps run from 18 pixels on.
+// ---- 8 bits. Four words are looked up one by one and packed to 12 bytes. Gathers are slower, and
+// so are stores of single words. A store writes 16 bytes for 12, so that the last of a step's four
+// ends 4 bytes after the step. A step therefore needs 18 pixels.
 KEL_AVX2 __m128i LookUpFour(const Byte* pSrc, const std::uint32_t* pWords) {
     const auto nIndices = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_loadu_si32(pSrc)));
     const auto word = [=](int i) { return static_cast<int>(pWords[nIndices >> 8 * i & 0xFF]); };
@@ -152,11 +148,11 @@ KEL_AVX2 void Palette8(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
             Store16(pDst + 12 * i, _mm_shuffle_epi8(LookUpFour(pSrc + 4 * i, pWords), shuffle));
         }
     }
-    kRowsPortable.pfnPalette8(pSrc, pWords, pDst, nPixels);
+    portable::Palette8(pSrc, pWords, pDst, nPixels);
 }
 
-// ---- 4 bits: the sixteen bytes of a channel are one shuffle's table. The three channels of 16
-// pixels are then interleaved: output byte j is channel j % 3 of pixel j / 3.
+// ---- 4 bits. The sixteen bytes of a channel are the table of one shuffle. The three channels of
+// 16 pixels are then interleaved. Output byte j is channel j % 3 of pixel j / 3.
 template <int kOut, int kChannel>
 constexpr Lanes<16> kInterleave = MakeLanes<16>([](int i) {
     const int j = 16 * kOut + i;
@@ -195,11 +191,11 @@ KEL_AVX2 void Palette4(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
         Store16(pDst + 16, Interleave<1>(c0, c1, c2));
         Store16(pDst + 32, Interleave<2>(c0, c1, c2));
     }
-    kRowsPortable.pfnPalette4(pSrc, pWords, pDst, nPixels);
+    portable::Palette4(pSrc, pWords, pDst, nPixels);
 }
 
-// ---- 1 bit: 32 pixels become three vectors. Each output byte looks at the bit of its pixel and
-// takes its channel of one colour or the other.
+// ---- 1 bit. 32 pixels become three vectors. Each output byte tests the bit of its pixel and takes
+// its channel of one colour or the other.
 template <int kOut>
 constexpr Lanes<32> kByteOfPixel = MakeLanes<32>([](int i) { return (32 * kOut + i) / 3 / 8; });
 template <int kOut>
@@ -228,11 +224,11 @@ KEL_AVX2 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
         Store32(pDst + 32, Choose<1>(bits, words0, words1));
         Store32(pDst + 64, Choose<2>(bits, words0, words1));
     }
-    kRowsPortable.pfnPalette1(pSrc, pWords, pDst, nPixels);
+    portable::Palette1(pSrc, pWords, pDst, nPixels);
 }
 
 // ---- Channel fields. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
-// pixel in the formula; the low 8 bits of a channel are the same in lanes of any width.
+// pixel in the formula. The low 8 bits of a channel are the same in lanes of any width.
 KEL_AVX2 __m256i Channel16(__m256i pixels, const ChannelField& field) {
     const __m256i masked =
         _mm256_and_si256(pixels, _mm256_set1_epi16(static_cast<short>(field.nMask)));
@@ -245,7 +241,7 @@ KEL_AVX2 __m256i Channel16(__m256i pixels, const ChannelField& field) {
 KEL_AVX2 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
                        std::size_t nPixels) {
     const __m256i shuffle = Load(kPack<false>);
-    // Two stores at 0 and 24: 56 bytes, 48 of them count.
+    // The two stores at 0 and 24 write 56 bytes of which 48 count.
     for (; nPixels >= 19; nPixels -= 16, pSrc += 32, pDst += 48) {
         const __m256i pixels = Load32(pSrc);
         const __m256i c01 =
@@ -257,7 +253,7 @@ KEL_AVX2 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
         StorePacked(_mm256_permute2x128_si256(low, high, 0x20), shuffle, pDst);
         StorePacked(_mm256_permute2x128_si256(low, high, 0x31), shuffle, pDst + 24);
     }
-    kRowsPortable.pfnFields16(pSrc, fields, pDst, nPixels);
+    portable::Fields16(pSrc, fields, pDst, nPixels);
 }
 
 KEL_AVX2 __m256i Channel32(__m256i pixels, const ChannelField& field) {
@@ -279,13 +275,13 @@ KEL_AVX2 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
         const __m256i c01 = _mm256_or_si256(Channel32(pixels, fields.aChannels[0]), c1);
         StorePacked(_mm256_or_si256(c01, c2), shuffle, pDst);
     }
-    kRowsPortable.pfnFields32(pSrc, fields, pDst, nPixels);
+    portable::Fields32(pSrc, fields, pDst, nPixels);
 }
 
 }  // namespace
 
-const RowFunctions kRowsAvx2 = {Reverse24, Narrow32<false>, Narrow32<true>, Expand24, Palette8,
-                                Palette4,  Palette1,        Fields16,       Fields32};
+const RowFunctions kRowsAvx2 = {Reverse24, Pack32<false>, Pack32<true>, Expand24, Palette8,
+                                Palette4,  Palette1,      Fields16,     Fields32};
 
 }  // namespace kel
 

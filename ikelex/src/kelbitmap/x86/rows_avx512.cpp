@@ -1,21 +1,11 @@
 // The row functions for AVX-512 with VBMI. rows_portable.cpp defines each of them.
 //
-// Bytes are only moved, masked and shifted, so the results are exact. What is left of a row after
-// the whole blocks is done with masked loads and stores, which touch none of the bytes masked out.
+// Bytes are only moved, masked and shifted, so the results are exact. The last pixels of a row are
+// loaded and stored with masks. Bytes masked out are not touched.
 #if defined(__x86_64__)
 
-#include <immintrin.h>
-
-#include "rows.h"
-
-// g++ 12 takes the deliberately undefined operands inside its own intrinsics for a fault.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-#define KEL_AVX512 \
-    __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vnni")))
+#include "kelbitmap/rows.h"
+#include "kelcpu/x86.h"
 
 namespace kel {
 
@@ -60,7 +50,7 @@ KEL_AVX512 void Store(Byte* p, __m512i v) {
     _mm512_storeu_si512(p, v);
 }
 
-// ---- 24 bits reversed: 64 pixels in three vectors. Output byte j comes from input byte
+// ---- 24 bits reversed. 64 pixels are three vectors. Output byte j comes from input byte
 // 3 * (j / 3) + 2 - j % 3, at most two bytes away. The middle vector takes one byte from the third.
 constexpr int ReversedFrom(int j) {
     return 3 * (j / 3) + 2 - j % 3;
@@ -89,19 +79,20 @@ KEL_AVX512 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     }
 }
 
-// ---- 32 to 24 bits: 64 pixels, four vectors into three. Output byte j comes from input byte
-// 4 * (j / 3) + j % 3, or + 2 - j % 3; output vector k takes from input vectors k and k + 1 only.
+// ---- 32 to 24 bits. 64 pixels are four vectors, packed into three. Output byte j comes from input
+// byte 4 * (j / 3) + j % 3, or 4 * (j / 3) + 2 - j % 3 when reversed. Output vector k takes bytes
+// of input vectors k and k + 1 only.
 template <bool kReversed, int kOut>
-constexpr Lanes kNarrow = MakeLanes([](int i) {
+constexpr Lanes kPack32 = MakeLanes([](int i) {
     const int j = 64 * kOut + i;
     return 4 * (j / 3) + (kReversed ? 2 - j % 3 : j % 3) - 64 * kOut;
 });
 
 template <bool kReversed>
-KEL_AVX512 void Narrow32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
-    const __m512i s0 = Load(kNarrow<kReversed, 0>);
-    const __m512i s1 = Load(kNarrow<kReversed, 1>);
-    const __m512i s2 = Load(kNarrow<kReversed, 2>);
+KEL_AVX512 void Pack32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
+    const __m512i s0 = Load(kPack32<kReversed, 0>);
+    const __m512i s1 = Load(kPack32<kReversed, 1>);
+    const __m512i s2 = Load(kPack32<kReversed, 2>);
     for (; nPixels >= 64; nPixels -= 64, pSrc += 256, pDst += 192) {
         const __m512i a = Load(pSrc), b = Load(pSrc + 64);
         const __m512i c = Load(pSrc + 128), d = Load(pSrc + 192);
@@ -117,7 +108,7 @@ KEL_AVX512 void Narrow32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     }
 }
 
-// ---- 24 to 32 bits: 16 pixels are 48 of 64 loaded bytes.
+// ---- 24 to 32 bits. 16 pixels are 48 of 64 loaded bytes.
 constexpr Lanes kExpand = MakeLanes([](int i) { return i / 4 * 3 + i % 4; });
 constexpr __mmask64 kColorBytes = MakeMask([](int i) { return i % 4 != 3; });
 
@@ -135,9 +126,9 @@ KEL_AVX512 void Expand24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     }
 }
 
-// ---- Three channels of 64 pixels to 192 bytes: output byte j is channel j % 3 of pixel j / 3.
-// Channels 0 and 1 are the two tables of one permutation (bit 6 of the index tells them apart);
-// channel 2 goes over it, for whose single table bit 6 has no meaning.
+// ---- Three channels of 64 pixels to 192 bytes. Output byte j is channel j % 3 of pixel j / 3.
+// Channels 0 and 1 are the two tables of one permutation, told apart by bit 6 of the index. A
+// second permutation, which ignores bit 6, puts channel 2 in its places.
 template <int kOut>
 constexpr Lanes kInterleave = MakeLanes([](int i) {
     const int j = 64 * kOut + i;
@@ -182,7 +173,7 @@ KEL_AVX512 __m512i ChannelOf64(const std::uint32_t* pWords, unsigned int nChanne
     return _mm512_inserti32x4(channel, ChannelOf16(pWords + 48, nChannel), 3);
 }
 
-// ---- 8 bits: a channel's 256 bytes are two tables of 128; the index's top bit chooses.
+// ---- 8 bits. The 256 bytes of a channel are two tables of 128. The top bit of the index chooses.
 KEL_AVX512 __m512i LookUp256(__m512i indices, __m512i t0, __m512i t1, __m512i t2, __m512i t3) {
     return _mm512_mask_blend_epi8(_mm512_movepi8_mask(indices),
                                   _mm512_permutex2var_epi8(t0, indices, t1),
@@ -207,7 +198,7 @@ KEL_AVX512 void Palette8(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
     }
 }
 
-// ---- 4 bits: 64 pixels from 32 bytes; a byte becomes two indices, its high half first.
+// ---- 4 bits. 64 pixels are 32 bytes. A byte becomes two indices, its high half first.
 KEL_AVX512 void Palette4(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst,
                          std::size_t nPixels) {
     const __m512i t0 = _mm512_castsi128_si512(ChannelOf16(pWords, 0));
@@ -226,8 +217,8 @@ KEL_AVX512 void Palette4(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
     }
 }
 
-// ---- 1 bit: 64 pixels become three vectors. Each output byte looks at the bit of its pixel and
-// takes its channel of one colour or the other.
+// ---- 1 bit. 64 pixels become three vectors. Each output byte tests the bit of its pixel and takes
+// its channel of one colour or the other.
 template <int kOut>
 constexpr Lanes kByteOfPixel = MakeLanes([](int i) { return (64 * kOut + i) / 3 / 8; });
 template <int kOut>
@@ -255,11 +246,11 @@ KEL_AVX512 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
         Store(pDst + 64, Choose<1>(bits, words0, words1));
         Store(pDst + 128, Choose<2>(bits, words0, words1));
     }
-    kRowsPortable.pfnPalette1(pSrc, pWords, pDst, nPixels);
+    portable::Palette1(pSrc, pWords, pDst, nPixels);
 }
 
 // ---- Channel fields. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
-// pixel in the formula; the low 8 bits of a channel are the same in lanes of any width.
+// pixel in the formula. The low 8 bits of a channel are the same in lanes of any width.
 KEL_AVX512 __m512i Channel16(__m512i pixels, const ChannelField& field) {
     const __m512i masked =
         _mm512_and_si512(pixels, _mm512_set1_epi16(static_cast<short>(field.nMask)));
@@ -267,8 +258,8 @@ KEL_AVX512 __m512i Channel16(__m512i pixels, const ChannelField& field) {
                             _mm_cvtsi32_si128(field.nLeft));
 }
 
-// 32 pixels: channels 0 and 1 as the bytes of one vector of words, channel 2 as the low bytes of
-// another, whose high bytes are not taken.
+// 32 pixels. Channels 0 and 1 are the bytes of one vector of words, channel 2 is the low bytes of
+// another.
 template <int kOut>
 constexpr Lanes kFromWords = MakeLanes([](int i) {
     const int j = 64 * kOut + i;
@@ -314,7 +305,7 @@ constexpr __mmask64 kThirdBytes = MakeMask([](int i) { return i % 4 == 2; });
 
 KEL_AVX512 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
                          std::size_t nPixels) {
-    const __m512i shuffle = Load(kNarrow<false, 0>);
+    const __m512i shuffle = Load(kPack32<false, 0>);
     while (nPixels > 0) {
         const std::size_t nStep = nPixels < 16 ? nPixels : 16;
         const __m512i pixels = _mm512_maskz_loadu_epi8(First(4 * nStep), pSrc);
@@ -337,8 +328,8 @@ KEL_AVX512 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst
 
 }  // namespace
 
-const RowFunctions kRowsAvx512 = {Reverse24, Narrow32<false>, Narrow32<true>, Expand24, Palette8,
-                                  Palette4,  Palette1,        Fields16,       Fields32};
+const RowFunctions kRowsAvx512 = {Reverse24, Pack32<false>, Pack32<true>, Expand24, Palette8,
+                                  Palette4,  Palette1,      Fields16,     Fields32};
 
 }  // namespace kel
 

@@ -1,0 +1,27 @@
+// What follows the pixels of a row: unused bits of its last byte, and bytes up to the stride.
+#ifndef KELBITMAP_PADDING_H
+#define KELBITMAP_PADDING_H
+
+#include <cstdint>
+#include <cstring>
+
+#include "strides.h"
+
+namespace kel {
+
+// Zeroes the padding of nRows rows of nWidth pixels, whole bytes only: from the byte that holds the
+// first unused bit. The pixels that share that byte are zero as well, all others stay as they are.
+inline void ClearPadding(unsigned char* pRows, int nBits, int nWidth, int nRows) {
+    const std::int64_t nStride = RowStride(nBits, nWidth);
+    const std::int64_t nUsed = std::int64_t{nBits} * nWidth / 8;
+    if (nUsed == nStride) {
+        return;
+    }
+    for (int i = 0; i < nRows; ++i) {
+        std::memset(pRows + i * nStride + nUsed, 0, static_cast<std::size_t>(nStride - nUsed));
+    }
+}
+
+}  // namespace kel
+
+#endif  // KELBITMAP_PADDING_H
