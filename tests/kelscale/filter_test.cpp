@@ -2,20 +2,22 @@
 #include <gtest/gtest.h>
 #include <ikelex/parameters.h>
 
+#include <climits>
 #include <limits>
 #include <memory>
 #include <vector>
 
 #include "kelimage/kelimage.h"
 #include "kelscale/kelfilter.h"
-#include "plain.h"
+#include "kelscale/kelscale.h"
 #include "support/allocfaults.h"
 #include "support/pictures.h"
 #include "support/recordingtrace.h"
+#include "support/reference/operations.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
 // A list whose items live as long as it does.
 struct Options : tagKelParameters {
@@ -46,15 +48,21 @@ Bytes Scaled(CKelImage& source, Options& options) {
     return BytesOf(*made);
 }
 
+int KernelCount() {
+    int nCount = 0;
+    GetScaleKernels(&nCount);
+    return nCount;
+}
+
 // What the reference makes of source at 24 bits; black without a kernel.
-Bytes Expected(CKelImage& source, unsigned int nKernel, int nWidth, int nHeight) {
+Bytes Expected(CKelImage& source, int nKernel, int nWidth, int nHeight) {
     CKelImage lines, made;
     lines.Create(source.GetWidth(), source.GetHeight(), 24);
     source.ConvertTo24Bit(2, lines.GetBits());
     made.Create(nWidth, nHeight, 24);
-    if (nKernel >= 1 && nKernel <= 4) {
-        plain::Scale(static_cast<KelScaleType>(nKernel), lines.GetLineArray(), source.GetWidth(),
-                     source.GetHeight(), made.GetLineArray(), nWidth, nHeight);
+    if (nKernel >= 1 && nKernel <= KernelCount()) {
+        reference::Scale(nKernel, lines.GetLineArray(), source.GetWidth(), source.GetHeight(),
+                         made.GetLineArray(), nWidth, nHeight);
     }
     return BytesOf(made);
 }
@@ -72,6 +80,8 @@ TEST(ScaleFilter, ReadsSizesByTheirKind) {
                                                  {-0.999, -100},
                                                  {dNone, 0},
                                                  {21262214.0f, 0},
+                                                 {-21262214.0f, INT_MIN},
+                                                 {-21262300.0f, 0},
                                                  {Tagged(VAM_EMPTY, 9), 101},
                                                  {Tagged(12, 9), 101}};
     for (const auto& [value, nExpected] : cases) {
@@ -90,9 +100,10 @@ TEST(ScaleFilter, TakesTheKernelFromATaggedIntegerOnly) {
     CKelImage source;
     ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {24, BI_RGB, 0}, 40, 30, 1));
     for (int nTag = 0; nTag <= 12; ++nTag) {
-        for (const unsigned int nType : {0u, 1u, 3u, 5u}) {
-            Options options{{"width", 17}, {"height", 45}, {"type", Tagged(nTag, nType)}};
-            const auto nKernel = nTag == VAM_INT32 ? nType : unsigned{KEL_SCALE_BILINEAR};
+        for (const int nType : {0, 1, 3, KernelCount() + 1}) {
+            const auto nValue = static_cast<unsigned long long>(nType);
+            Options options{{"width", 17}, {"height", 45}, {"type", Tagged(nTag, nValue)}};
+            const int nKernel = nTag == VAM_INT32 ? nType : KEL_SCALE_BILINEAR;
             EXPECT_EQ(Expected(source, nKernel, 17, 45), Scaled(source, options)) << nTag;
         }
     }
@@ -133,13 +144,22 @@ TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
     Options huge{{"width", 2000000000}, {"height", 2000000000}};
     EXPECT_EQ(KEL_ERR_MEMORY, image.ApplyFilter(KEL_FILTER_SCALE, &huge));
     {
+        const support::RecordingTrace trace;
         const support::AllocFaults faults(1);  // the new image
         EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(KEL_FILTER_SCALE, nullptr));
     }
     CKelImageFilterScale filter;
+    ASSERT_EQ(KEL_OK, support::OpenRandom(&empty, {24, BI_RGB, 0}, 8, 5, 1));
+    filter.SetParameters(&huge);
+    EXPECT_EQ(KEL_ERR_MEMORY, filter.Apply(&image, &empty));
+    EXPECT_EQ(nullptr, empty.GetBits());
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(nullptr, &image));
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(&image, nullptr));
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(&image, &image));
+    image.m_bmih.biWidth = -8;
+    Options sized{{"width", 3}};
+    EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(&pMade, KEL_FILTER_SCALE, &sized));
+    image.m_bmih.biWidth = 8;
     EXPECT_EQ(before, BytesOf(image));
     ASSERT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE, nullptr));
     EXPECT_EQ(before, BytesOf(image));
@@ -147,14 +167,40 @@ TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
 
 // The conversion's size is traced when it is 0 or over the limit; the work goes on.
 TEST(ScaleFilter, TracesStrangeConversionSizes) {
-    for (const auto& [nWidth, pszText] :
-         {std::pair{0, "bufferSize is invalid: 0"}, {17480, "bufferSize is invalid: 52440000"}}) {
+    const struct {
+        int nWidth, nHeight;
+        const char* pszText;
+    } cases[] = {{0, 1000, "bufferSize is invalid: 0"},
+                 {17480, 1000, "bufferSize is invalid: 52440000"},
+                 {26488, 37453, "bufferSize is invalid: 2976165192"}};
+    for (const auto& [nWidth, nHeight, pszText] : cases) {
         CKelImage image;
-        image.Create(nWidth, 1000, 1);
+        image.Create(nWidth, nHeight, 1);
         Options options{{"width", 2}, {"height", 2}};
         support::RecordingTrace trace;
         EXPECT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE, &options));
         EXPECT_EQ(support::InputError(pszText), trace.Lines());
+    }
+}
+
+// Old memory shows nowhere: not where no kernel or no colours write, and not in the padding. What
+// the target held before is gone.
+TEST(ScaleFilter, LeavesNothingOld) {
+    for (const int nBits : {8, 16, 32}) {
+        for (const int nType : {0, int{KEL_SCALE_BOX}}) {
+            CKelImage source, target;
+            ASSERT_EQ(KEL_OK, support::OpenRandom(&target, {8, BI_RGB, 0}, 4, 4, 1));
+            const unsigned nKind = nBits == 8 ? BI_RGB : BI_BITFIELDS;
+            ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {nBits, nKind, 0}, 30, 60, 1));
+            source.DestroyPaletteTable();  // or the masks
+            Options options{{"width", 7}, {"height", 5}, {"type", nType}};
+            CKelImageFilterScale filter;
+            filter.SetParameters(&options);
+            const support::AllocFill fill(0xCC);
+            EXPECT_EQ(KEL_OK, filter.Apply(&source, &target));
+            EXPECT_EQ(Bytes(5 * 24), BytesOf(target)) << nBits;
+            EXPECT_EQ(nullptr, target.GetPalette());
+        }
     }
 }
 

@@ -1,13 +1,17 @@
 // The whole scaler against the slow reference, and what it does when it is stopped or fails.
 #include <gtest/gtest.h>
+#include <ikelex/filters.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 
 #include "kelscale/kelscale.h"
+#include "kelscale/rowblock.h"
 #include "rowpicture.h"
 #include "support/allocfaults.h"
-#include "support/refscale.h"
+#include "support/reference/operations.h"
 
 namespace {
 
@@ -17,22 +21,37 @@ struct Size {
     unsigned int nWidth, nHeight;
 };
 
-constexpr KelScaleType kTypes[] = {KEL_SCALE_BILINEAR, KEL_SCALE_BOX, KEL_SCALE_GAUSSIAN,
-                                   KEL_SCALE_HAMMING};
+// The kernels of the scale filter, in the order of their numbers.
+struct Kernel {
+    KelScaleType eType;
+    std::unique_ptr<PLContribDef> contribDef;
+};
+const std::vector<Kernel>& Kernels() {
+    static const std::vector<Kernel> kernels = [] {
+        int nCount = 0;
+        const tagKelScaleKernel* pKernels = GetScaleKernels(&nCount);
+        std::vector<Kernel> made;
+        for (const auto* p = pKernels; p != pKernels + nCount; ++p) {
+            made.push_back({p->eType, std::unique_ptr<PLContribDef>(p->pfnCreate(p->dWidth))});
+        }
+        return made;
+    }();
+    return kernels;
+}
 
 PLContribDef* FindKernel(KelScaleType eType) {
-    static PLBilinearContribDef bilinear(0.64);
-    static PLBoxContribDef box(0.5);
-    static PLGaussianContribDef gaussian(3.0);
-    static PLHammingContribDef hamming(3.0);
-    PLContribDef* kernels[] = {&bilinear, &box, &gaussian, &hamming};
-    return kernels[eType - 1];
+    return Kernels().at(static_cast<std::size_t>(eType) - 1).contribDef.get();
 }
 
 std::vector<unsigned char> g_Percents;
 std::size_t g_nStopAt = 0;
+Scaler* g_pForgetful = nullptr;  // forgets its callback at g_nStopAt instead of stopping
 bool Progress(unsigned char byPercent) {
     g_Percents.push_back(byPercent);
+    if (g_Percents.size() == g_nStopAt && g_pForgetful != nullptr) {
+        g_pForgetful->m_pfnProgress = nullptr;
+        return true;
+    }
     return g_Percents.size() != g_nStopAt;
 }
 
@@ -41,15 +60,15 @@ void ExpectExact(KelScaleType eType, Size in, Size out) {
     RowPicture source(in.nWidth, in.nHeight);
     source.Fill(in.nWidth * 31 + in.nHeight);
     RowPicture expected(out.nWidth, out.nHeight);
-    support::RefScale(eType, source.Rows(), in.nWidth, in.nHeight, expected.Rows(), out.nWidth,
-                      out.nHeight);
+    reference::Scale(eType, source.Rows(), in.nWidth, in.nHeight, expected.Rows(), out.nWidth,
+                     out.nHeight);
     g_nStopAt = 0;
     for (const ScaleProgressFunc pfnProgress : {ScaleProgressFunc{nullptr}, Progress}) {
         RowPicture result(out.nWidth, out.nHeight);
         Scaler scaler(FindKernel(eType), pfnProgress);
         ASSERT_EQ(result.Pixels(), scaler.Scale(source.Pixels(), in.nWidth, in.nHeight,
                                                 result.Pixels(), out.nWidth, out.nHeight));
-        ASSERT_TRUE(expected.Bytes() == result.Bytes())
+        ASSERT_TRUE(expected == result)
             << "kernel " << eType << ", " << in.nWidth << "x" << in.nHeight << " to " << out.nWidth
             << "x" << out.nHeight << (pfnProgress == nullptr ? "" : " with a callback");
     }
@@ -63,7 +82,7 @@ TEST(Scaler, EqualsTheReference) {
         {{2, 300}, {200, 3}},   {{1000, 2}, {3, 100}},    {{130, 200}, {97, 31}},
         {{40, 40}, {400, 400}}, {{4000, 3}, {1, 1}},      {{3, 2500}, {5, 2}},
         {{400, 300}, {32, 24}}, {{192, 108}, {384, 216}}, {{5, 1}, {4, 90}}};
-    for (const KelScaleType eType : kTypes) {
+    for (const auto& [eType, contribDef] : Kernels()) {
         for (const auto& sizes : cases) {
             ASSERT_NO_FATAL_FAILURE(ExpectExact(eType, sizes[0], sizes[1]));
         }
@@ -83,6 +102,14 @@ TEST(Scaler, WeightsAreTheKnownOnes) {
               std::vector<int>(pTable->pPixels[10].pWeights, pTable->pPixels[10].pWeights + 7));
     scaler.FreeContributions(pTable);
 
+    // Weights without a positive sum stay as they are.
+    struct : PLBoxContribDef {
+        using PLBoxContribDef::PLBoxContribDef;
+        double Filter(double x) const override { return -PLBoxContribDef::Filter(x); }
+    } negative{0.5};
+    pTable = Scaler(&negative).CalcContributions(3, 3, 1.0);
+    EXPECT_EQ(-256, pTable->pPixels[1].pWeights[1]);
+    scaler.FreeContributions(pTable);
     scaler.FreeContributions(nullptr);
 }
 
@@ -96,11 +123,13 @@ TEST(Scaler, RefusesTablesItCannotHold) {
         EXPECT_EQ(nullptr, scaler.CalcContributions(3, 3, 1.0)) << dWidth;
         RowPicture in(3, 3), out(3, 3), untouched(3, 3);
         EXPECT_EQ(nullptr, scaler.Scale(in.Pixels(), 3, 3, out.Pixels(), 3, 3));
-        EXPECT_TRUE(untouched.Bytes() == out.Bytes());
+        EXPECT_TRUE(untouched == out);
     }
     Scaler scaler(FindKernel(KEL_SCALE_HAMMING));
     EXPECT_EQ(nullptr, scaler.CalcContributions(1, 4000000000u, 1.0));
     EXPECT_EQ(nullptr, scaler.AllocContributions(4000000000u, 1));
+    EXPECT_EQ(nullptr, scaler.AllocContributions(0, 4000000000u));
+    EXPECT_FALSE(kel::RowBlock().Allocate(1, SIZE_MAX / 128 + 2, 128));  // 2^64 + 128 bytes
     for (const double dRatio : {dNone, 0.0, -1.0, 1e-300, dHuge}) {
         scaler.FreeContributions(scaler.CalcContributions(4, 4, dRatio));
     }
@@ -113,11 +142,11 @@ TEST(Scaler, ReleasesItsTablesWhenAKernelThrows) {
         double Filter(double x) const override { return nCalls-- == 0 ? throw x : 1.0; }
         mutable int nCalls = 0;
     } kernel{0.5};
-    RowPicture in(5, 5), out(5, 5);
+    RowPicture in(5, 5), out(5, 6);
     const support::LiveBlocks before = support::CountLiveBlocks();
     for (const int nCalls : {0, 4}) {  // in the first table, in the second
         kernel.nCalls = nCalls;
-        EXPECT_THROW(Scaler(&kernel).Scale(in.Pixels(), 5, 5, out.Pixels(), 5, 5), double);
+        EXPECT_THROW(Scaler(&kernel).Scale(in.Pixels(), 5, 5, out.Pixels(), 5, 6), double);
         EXPECT_TRUE(before == support::CountLiveBlocks());
     }
 }
@@ -125,7 +154,7 @@ TEST(Scaler, ReleasesItsTablesWhenAKernelThrows) {
 TEST(Scaler, EmptySourcesGiveBlackAndEmptyTargetsNothing) {
     const Size sizes[][2] = {{{0, 5}, {4, 3}}, {{5, 0}, {4, 3}}, {{0, 0}, {4, 3}},
                              {{5, 5}, {0, 3}}, {{5, 5}, {4, 0}}, {{5, 5}, {0, 0}}};
-    for (const KelScaleType eType : kTypes) {
+    for (const auto& [eType, contribDef] : Kernels()) {
         for (const auto& [in, out] : sizes) {
             RowPicture source(in.nWidth, in.nHeight), result(4, 3), expected(4, 3);
             for (std::size_t y = 0; y < 3 && in.nWidth * in.nHeight == 0; ++y) {
@@ -134,46 +163,142 @@ TEST(Scaler, EmptySourcesGiveBlackAndEmptyTargetsNothing) {
             Scaler scaler(FindKernel(eType));
             EXPECT_EQ(result.Pixels(), scaler.Scale(source.Pixels(), in.nWidth, in.nHeight,
                                                     result.Pixels(), out.nWidth, out.nHeight));
-            EXPECT_TRUE(expected.Bytes() == result.Bytes()) << in.nWidth << "x" << in.nHeight;
+            EXPECT_TRUE(expected == result) << in.nWidth << "x" << in.nHeight;
         }
     }
 }
 
-// The rows of one picture may be both source and target, in any order.
+// The rows of one picture may be both source and target, in any order, and overlap in one row.
 TEST(Scaler, ScalesOntoItsOwnSource) {
-    for (const KelScaleType eType : kTypes) {
-        RowPicture picture(50, 120), expected(50, 120);
-        picture.Fill(7);
-        support::RefScale(eType, picture.Rows(), 50, 120, expected.Rows(), 30, 110);
-        Scaler scaler(FindKernel(eType));
-        scaler.Scale(picture.Pixels(), 50, 120, picture.Pixels(), 30, 110);
-        for (int y = 0; y < 110; ++y) {
-            ASSERT_TRUE(std::equal(expected.Rows()[y], expected.Rows()[y] + 90, picture.Rows()[y]))
-                << "kernel " << eType << ", row " << y;
+    for (const auto& [eType, contribDef] : Kernels()) {
+        for (const bool bReversed : {false, true}) {
+            RowPicture picture(50, 120), expected(50, 120);
+            picture.Fill(7);
+            reference::Scale(eType, picture.Rows(), 50, 120, expected.Rows(), 30, 110);
+            std::vector<RowPicture::Pixel*> target(picture.Pixels(), picture.Pixels() + 110);
+            if (bReversed) {
+                std::reverse(target.begin(), target.end());
+            }
+            Scaler scaler(contribDef.get());
+            scaler.Scale(picture.Pixels(), 50, 120, target.data(), 30, 110);
+            for (std::size_t y = 0; y < 110; ++y) {
+                ASSERT_TRUE(std::equal(expected.Rows()[y], expected.Rows()[y] + 90, *target[y]))
+                    << "kernel " << eType << ", row " << y;
+            }
         }
+        RowPicture row(80, 1), expected(60, 1);
+        row.Fill(5);
+        reference::Scale(eType, row.Rows(), 50, 1, expected.Rows(), 60, 1);
+        RowPicture::Pixel* pInside = row.Pixels()[0] + 3;
+        Scaler(contribDef.get()).Scale(row.Pixels(), 50, 1, &pInside, 60, 1);
+        EXPECT_TRUE(std::equal(expected.Rows()[0], expected.Rows()[0] + 180, *pInside)) << eType;
     }
 }
 
+// The callback is asked before each row of either pass. Where it stops, no later row is written.
 TEST(Scaler, ReportsEachRowAndStopsWhenTold) {
-    RowPicture source(9, 8), whole(6, 4);
+    constexpr unsigned int kIn = 50, kOut = 33;  // several bands
+    RowPicture source(9, kIn), whole(6, kOut);
     source.Fill(1);
     Scaler scaler(FindKernel(KEL_SCALE_BILINEAR), Progress);
-    g_Percents.clear();
-    g_nStopAt = 0;
-    EXPECT_NE(nullptr, scaler.Scale(source.Pixels(), 9, 8, whole.Pixels(), 6, 4));
-    EXPECT_EQ((std::vector<unsigned char>{0, 6, 12, 18, 25, 31, 37, 43, 50, 62, 75, 87}),
-              g_Percents);
-    for (std::size_t nStopAt = 1; nStopAt <= 12; ++nStopAt) {
-        g_Percents.clear();
-        g_nStopAt = nStopAt;
-        RowPicture result(6, 4), expected(6, 4);
-        EXPECT_EQ(nullptr, scaler.Scale(source.Pixels(), 9, 8, result.Pixels(), 6, 4));
-        EXPECT_TRUE(scaler.m_bCancelled);
-        EXPECT_EQ(nStopAt, g_Percents.size());
-        for (std::size_t y = 0; y + 9 < nStopAt; ++y) {
-            std::copy_n(whole.Rows()[y], 18, expected.Rows()[y]);
+    std::vector<unsigned char> percents;
+    for (unsigned int y = 0; y < kIn + kOut; ++y) {
+        const double dDone = y < kIn ? y / double{kIn} * 50.0 : (y - kIn) / double{kOut} * 50.0;
+        percents.push_back(
+            static_cast<unsigned char>(static_cast<int>(dDone) + (y < kIn ? 0 : 50)));
+    }
+    for (std::size_t nStopAt = kIn + kOut + 1; nStopAt > 0; --nStopAt) {
+        for (const bool bForget : {true, false}) {
+            g_Percents.clear();
+            g_nStopAt = nStopAt;
+            g_pForgetful = bForget ? &scaler : nullptr;
+            scaler.m_pfnProgress = Progress;
+            RowPicture result(6, kOut), expected(6, kOut);
+            const bool bStops = !bForget && nStopAt <= percents.size();
+            EXPECT_EQ(bStops ? nullptr : result.Pixels(),
+                      scaler.Scale(source.Pixels(), 9, kIn, result.Pixels(), 6, kOut));
+            EXPECT_EQ(bStops, scaler.m_bCancelled);
+            if (nStopAt > percents.size()) {
+                reference::Scale(KEL_SCALE_BILINEAR, source.Rows(), 9, kIn, whole.Rows(), 6, kOut);
+            }
+            for (std::size_t y = 0; y < kOut && (!bStops || y + kIn + 1 < nStopAt); ++y) {
+                std::copy_n(whole.Rows()[y], 18, expected.Rows()[y]);
+            }
+            EXPECT_TRUE(expected == result) << "stopped at " << nStopAt;
+            percents.resize(std::min(percents.size(), nStopAt));
+            EXPECT_EQ(percents, g_Percents);
         }
-        EXPECT_TRUE(expected.Bytes() == result.Bytes()) << "stopped at " << nStopAt;
+    }
+    g_pForgetful = nullptr;
+    // The cancel of an earlier run is not kept.
+    scaler.m_bCancelled = true;
+    scaler.m_pfnProgress = nullptr;
+    EXPECT_NE(nullptr, scaler.Scale(source.Pixels(), 9, kIn, whole.Pixels(), 6, kOut));
+    EXPECT_FALSE(scaler.m_bCancelled);
+}
+
+// Each pass by itself, and a row of the first one.
+TEST(Scaler, PassesMakeTheWholeTogether) {
+    RowPicture source(30, 20), temp(11, 20), row(11, 20), result(11, 33), expected(11, 33);
+    source.Fill(2);
+    reference::Scale(KEL_SCALE_HAMMING, source.Rows(), 30, 20, expected.Rows(), 11, 33);
+    Scaler scaler(FindKernel(KEL_SCALE_HAMMING));
+    scaler.HorizScale(source.Pixels(), 30, 20, temp.Pixels(), 11, 20);
+    scaler.VertScale(temp.Pixels(), 11, 20, result.Pixels(), 11, 33);
+    EXPECT_TRUE(expected == result);
+
+    LineContribType* pTable = scaler.CalcContributions(11, 30, 11.0 / 30.0);
+    for (unsigned int y = 0; y < 20; ++y) {
+        scaler.ScaleRow(source.Pixels(), 30, row.Pixels(), 11, y, pTable);
+    }
+    scaler.ScaleRow(nullptr, 30, row.Pixels(), 11, 0, pTable);
+    scaler.ScaleRow(source.Pixels(), 30, nullptr, 11, 0, pTable);
+    scaler.ScaleRow(source.Pixels(), 30, row.Pixels(), 0, 0, pTable);
+    EXPECT_TRUE(temp == row);
+    scaler.FreeContributions(pTable);
+
+    // Stopped at their third row, the passes have written two.
+    const auto fnHoriz = [&](RowPicture& to) {
+        scaler.HorizScale(source.Pixels(), 30, 20, to.Pixels(), 11, 20);
+    };
+    const auto fnVert = [&](RowPicture& to) {
+        scaler.VertScale(temp.Pixels(), 11, 20, to.Pixels(), 11, 33);
+    };
+    for (const bool bVertical : {false, true}) {
+        scaler.m_pfnProgress = Progress;
+        scaler.m_bCancelled = false;
+        g_Percents.clear();
+        g_nStopAt = 3;
+        RowPicture stopped(11, 33), two(11, 33);
+        bVertical ? fnVert(stopped) : fnHoriz(stopped);
+        EXPECT_TRUE(scaler.m_bCancelled);
+        EXPECT_EQ((bVertical ? std::vector<unsigned char>{50, 51, 53}
+                             : std::vector<unsigned char>{0, 2, 5}),
+                  g_Percents);
+        for (std::size_t y = 0; y < 2; ++y) {
+            std::copy_n((bVertical ? expected : temp).Rows()[y], 33, two.Rows()[y]);
+        }
+        EXPECT_TRUE(two == stopped) << bVertical;
+    }
+}
+
+// No record is longer than a window of its table, whatever the ratio.
+TEST(Scaler, RecordsFitIntoTheirWindows) {
+    for (const auto& [eType, contribDef] : Kernels()) {
+        Scaler scaler(contribDef.get());
+        for (unsigned int nIn = 1; nIn < 60; ++nIn) {
+            for (unsigned int nOut = 1; nOut < 60; ++nOut) {
+                LineContribType* pTable =
+                    scaler.CalcContributions(nOut, nIn, static_cast<double>(nOut) / nIn);
+                for (unsigned int i = 0; i < nOut; ++i) {
+                    const PixelContribType& record = pTable->pPixels[i];
+                    ASSERT_LT(record.nRight - record.nLeft, pTable->nWindowSize);
+                    ASSERT_GE(record.nLeft, 0);
+                    ASSERT_LT(record.nRight, static_cast<int>(nIn));
+                }
+                scaler.FreeContributions(pTable);
+            }
+        }
     }
 }
 
@@ -181,7 +306,7 @@ TEST(Scaler, ReportsEachRowAndStopsWhenTold) {
 TEST(Scaler, FailedAllocationsGiveTheWholePictureOrNothing) {
     RowPicture source(30, 200), expected(20, 90), untouched(20, 90);
     source.Fill(3);
-    support::RefScale(KEL_SCALE_GAUSSIAN, source.Rows(), 30, 200, expected.Rows(), 20, 90);
+    reference::Scale(KEL_SCALE_GAUSSIAN, source.Rows(), 30, 200, expected.Rows(), 20, 90);
     for (const bool bForEver : {false, true}) {
         bool bFired = true;
         for (long nFailing = 1; bFired; ++nFailing) {
@@ -193,7 +318,7 @@ TEST(Scaler, FailedAllocationsGiveTheWholePictureOrNothing) {
                 bDone = scaler.Scale(source.Pixels(), 30, 200, result.Pixels(), 20, 90) != nullptr;
                 bFired = faults.Fired();
             }
-            EXPECT_TRUE((bDone ? expected : untouched).Bytes() == result.Bytes()) << nFailing;
+            EXPECT_TRUE((bDone ? expected : untouched) == result) << nFailing;
             EXPECT_TRUE(bDone || bFired);
         }
     }

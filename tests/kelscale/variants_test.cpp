@@ -1,8 +1,9 @@
-// Every form of the two passes that this machine can run, against the plain loops: small widths,
-// misaligned rows with guard bytes, weights of every kind.
+// Every form of the two passes that this machine can run, against the plain loops: weights of every
+// kind, small and wide rows that touch protected pages.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "kelscale/bandedscale.h"
 #include "kelscale/contributions.h"
@@ -12,126 +13,237 @@
 namespace {
 
 using kel::CpuLevel;
+using Form = kel::HorizontalPass::Form;
+using support::Random;
 
-std::vector<CpuLevel> Levels() {
-    std::vector<CpuLevel> levels;
-    for (const CpuLevel eLevel : {CpuLevel::kPortable, CpuLevel::kAvx2, CpuLevel::kAvx512}) {
-        if (eLevel <= kel::BestCpuLevel()) {
-            levels.push_back(eLevel);
-        }
+// What the weights of a record are like.
+enum Weights {
+    kUnit,    // one of 256
+    kSmall,   // up to 256 together, none negative
+    kSum256,  // 256 together, none negative
+    kSum257,  // one too much for 16 bits
+    kSigned,  // of both signs
+    kWild,    // of any size a plan accepts
+    kKinds
+};
+
+int RandomWeight(Weights eWeights, int nMost, Random& random) {
+    switch (eWeights) {
+        case kSmall:
+            return random.Below(nMost + 1);
+        case kSigned:
+            return random.Below(2 * nMost + 1) - nMost;
+        case kWild:
+            return (random.Below(50) == 0 ? 60 : 1) * (random.Below(1000) - 500);
+        default:
+            return random.Below(150);
     }
-    return levels;
 }
 
-enum class Weights { kUnit, kSumTo256, kWild, kNarrow };
-
-// Records of random place and length, 0 included. Wild weights take both signs and any size a plan
-// accepts; their sums wrap round the byte. Narrow records are short, of small weights.
-kel::Contributions RandomTable(unsigned int nOut, unsigned int nIn, Weights eWeights,
-                               std::mt19937& random) {
-    kel::Contributions table(kel::AllocContributions(nOut, nIn));
-    for (unsigned int u = 0; u < nOut; ++u) {
+// Records of up to nMost pixels, empty ones too, that follow the ratio; wild ones lie anywhere.
+kel::Contributions RandomTable(int nOut, int nIn, Weights eWeights, int nMost, Random& random) {
+    kel::Contributions table(
+        kel::AllocContributions(static_cast<unsigned int>(nOut), static_cast<unsigned int>(nIn)));
+    const int nMostWeight = (16 << random.Below(4)) - 1;  // some too large for windows
+    for (int u = 0; u < nOut; ++u) {
         PixelContribType& record = table->pPixels[u];
-        record.nLeft = static_cast<int>(random() % nIn);
-        const bool bNarrow = eWeights == Weights::kNarrow;
-        const int nMost = static_cast<int>(
-            std::min(nIn - static_cast<unsigned>(record.nLeft), bNarrow ? 16u : 23u));
-        const int nCount = static_cast<int>(random() % static_cast<unsigned>(nMost + 1));
+        const long long nAt = static_cast<long long>(u) * nIn / nOut + random.Below(3);
+        record.nLeft = eWeights == kWild ? random.Below(nIn)
+                                         : static_cast<int>(std::min<long long>(nAt, nIn - 1));
+        const int nCount = random.Below(std::min(nIn - record.nLeft, nMost) + 1);
         record.nRight = record.nLeft + nCount - 1;
-        int nLeft = 256;
+        int nRest = eWeights == kSum257 ? 257 : 256;
         for (int j = 0; j < nCount; ++j) {
-            const int nRandom = static_cast<int>(random() % 1000);
-            int nWeight = (nRandom < 20 ? 32 : 1) * (nRandom - 500) % 30000;
-            if (eWeights != Weights::kWild) {
-                const int nMiddle = eWeights == Weights::kUnit ? 0 : std::min(nRandom % 150, nLeft);
-                nWeight = j == nCount - 1 ? nLeft : nMiddle;
-                if (bNarrow) {  // in some tables too much for a window, or for a byte
-                    nWeight = nOut % 16 == 3 ? 31 : nWeight % (nOut % 16 == 7 ? 128 : 32);
-                }
-                nLeft -= nWeight;
+            int& nWeight = record.pWeights[j] = RandomWeight(eWeights, nMostWeight, random);
+            if (eWeights == kUnit) {
+                nWeight = j == nCount - 1 ? 256 : 0;
+            } else if (eWeights == kSum256 || eWeights == kSum257 || eWeights == kSmall) {
+                nWeight = j == nCount - 1 && eWeights != kSmall ? nRest : std::min(nWeight, nRest);
+                nRest -= nWeight;
             }
-            record.pWeights[j] = nWeight;
         }
     }
     return table;
 }
 
+// One horizontal pass at one level, its rows at both ends of their pages. The form that ran.
+Form ExpectHorizontal(CpuLevel eLevel, int nIn, int nOut, const LineContribType& table) {
+    kel::HorizontalPass pass;
+    pass.Prepare(table, static_cast<unsigned int>(nIn), kel::ScaleFunctionsFor(eLevel));
+    for (const unsigned int nRows : {1u, std::min(7u, pass.BandRows()), pass.BandRows()}) {
+        for (const bool bAtEnd : {false, true}) {
+            const auto nInWidth = static_cast<std::size_t>(nIn);
+            const auto nOutWidth = static_cast<std::size_t>(nOut);
+            RowPicture in(nInWidth, nRows, bAtEnd);
+            in.Fill(static_cast<unsigned int>(nIn) + nRows);
+            RowPicture expected(nOutWidth, nRows, bAtEnd), result(nOutWidth, nRows, bAtEnd);
+            for (std::size_t y = 0; y < nRows; ++y) {
+                kel::ScaleRowPlain(in.Rows()[y], expected.Rows()[y],
+                                   static_cast<unsigned int>(nOut), table);
+            }
+            pass.Run(in.Rows(), result.Rows(), nRows, 0);
+            EXPECT_TRUE(expected == result) << "level " << static_cast<int>(eLevel) << ", form "
+                                            << static_cast<int>(pass.GetForm()) << ", " << nIn
+                                            << " to " << nOut << " pixels, " << nRows << " rows";
+        }
+    }
+    return pass.GetForm();
+}
+
 TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
-    std::mt19937 random(5);
-    for (const CpuLevel eLevel : Levels()) {
-        for (unsigned int n = 1; n <= 70; ++n) {
-            const auto eWeights = static_cast<Weights>(n % 4);
-            const bool bShrinks = eWeights == Weights::kNarrow || n % 8 == 5;
-            const unsigned int nIn = bShrinks ? 8 * n : n;
-            const unsigned int nOut = bShrinks ? n : 1 + static_cast<unsigned>(random() % 70);
-            const kel::Contributions table = RandomTable(nOut, nIn, eWeights, random);
-            kel::HorizontalPass pass;
-            ASSERT_TRUE(pass.Prepare(*table, nIn, eLevel));
-            for (const unsigned int nRows : {1u, std::min(7u, pass.BandRows()), pass.BandRows()}) {
-                const std::size_t nSkew = random() % 64;
-                RowPicture in(nIn, nRows, nSkew);
-                in.Fill(nIn);
-                RowPicture expected(nOut, nRows, nSkew), result(nOut, nRows, nSkew);
-                for (std::size_t y = 0; y < nRows; ++y) {
-                    kel::ScaleRowPlain(in.Rows()[y], expected.Rows()[y], nOut, *table);
-                }
-                pass.Run(in.Rows(), result.Rows(), nRows, 0);
-                ASSERT_TRUE(expected.Bytes() == result.Bytes())
-                    << "level " << static_cast<int>(eLevel) << ", " << nIn << " to " << nOut
-                    << " pixels, " << nRows << " rows";
+    for (const CpuLevel eLevel : kel::Levels()) {
+        Random random(5);
+        std::set<Form> seen;
+        for (int n = 1; n <= 70 && !HasFailure(); ++n) {
+            for (int nKind = 0; nKind < kKinds; ++nKind) {
+                // Enlarging, near 1, reducing, and as far as windows of 1 to 4 chunks need.
+                const int sizes[][3] = {{n, 2 * n, 5},
+                                        {n, n, 4},
+                                        {2 * n, n, 9},
+                                        {7 * n, n, 16},
+                                        {6 * (1 + n % 4) * n + n, n, 16 * (1 + n % 4)}};
+                const auto& [nIn, nOut, nMost] = sizes[random.Below(5)];
+                const kel::Contributions table =
+                    RandomTable(nOut, nIn, static_cast<Weights>(nKind), nMost, random);
+                seen.insert(ExpectHorizontal(eLevel, nIn, nOut, *table));
             }
         }
+        // More than one strip, and rows that fit into no scratch.
+        struct {
+            int nIn, nOut;
+            Weights eKind;
+        } const wide[] = {{40000, 10005, kSum256}, {800000, 40, kWild}};
+        for (const auto& [nIn, nOut, eKind] : wide) {
+            const kel::Contributions table = RandomTable(nOut, nIn, eKind, 23, random);
+            seen.insert(ExpectHorizontal(eLevel, nIn, nOut, *table));
+        }
+        const std::set<Form> all = {Form::kPlain, Form::kBands, Form::kWindows, Form::kShuffles};
+        EXPECT_EQ(eLevel == CpuLevel::kPortable ? (std::set{Form::kPlain, Form::kBands}) : all,
+                  seen);
     }
 }
 
 TEST(ScaleVariants, VerticalEqualsThePlainColumns) {
-    std::mt19937 random(6);
-    for (const CpuLevel eLevel : Levels()) {
+    Random random(6);
+    for (const CpuLevel eLevel : kel::Levels()) {
         for (unsigned int nWidth = 1; nWidth <= 75; ++nWidth) {
-            const unsigned int nWide = nWidth == 75 ? 1500 : nWidth;  // more than one chunk
-            const std::size_t nSkew = random() % 64;
-            RowPicture in(nWide, 33, nSkew), expected(nWide, 9, nSkew), result(nWide, 9, nSkew);
+            const bool bAtEnd = nWidth % 2 != 0;
+            const std::size_t nWide = nWidth == 75 ? 1500 : nWidth;  // more than one chunk
+            RowPicture in(nWide, 33, bAtEnd), expected(nWide, 9, bAtEnd), result(nWide, 9, bAtEnd);
             in.Fill(nWidth);
             const kel::Contributions table =
-                RandomTable(9, 33, static_cast<Weights>(nWidth % 3), random);
+                RandomTable(9, 33, static_cast<Weights>(nWidth % kKinds), 23, random);
             kel::VerticalPass pass;
-            ASSERT_TRUE(pass.Prepare(*table, 3 * std::size_t{nWide}, eLevel));
+            pass.Prepare(*table, in.RowBytes(), kel::ScaleFunctionsFor(eLevel));
             for (unsigned int y = 0; y < 9; ++y) {
-                kel::ScaleColumnsPlain(in.Rows(), expected.Rows()[y], 3 * std::size_t{nWide},
+                kel::ScaleColumnsPlain(in.Rows(), expected.Rows()[y], in.RowBytes(),
                                        table->pPixels[y]);
                 pass.Run(y, in.Rows(), result.Rows()[y]);
             }
-            ASSERT_TRUE(expected.Bytes() == result.Bytes())
+            ASSERT_TRUE(expected == result)
                 << "level " << static_cast<int>(eLevel) << ", " << nWide << " pixels";
         }
     }
 }
 
-// Both passes over a ring of rows, with records that jump back and forth.
+// A source of rows that exist only while they are asked for.
+class FleetingRows : public kel::RowSource {
+  public:
+    explicit FleetingRows(RowPicture& rows) : m_Rows(rows) {}
+    bool Prepare(unsigned int nMostRows) override {
+        m_pHeld = std::make_unique<RowPicture>(m_Rows.RowBytes() / 3, nMostRows);
+        return true;
+    }
+    const unsigned char* const* Rows(unsigned int nFirst, unsigned int nRows) override {
+        for (unsigned int i = 0; i < nRows; ++i) {
+            std::copy_n(m_Rows.Rows()[nFirst + i], m_Rows.RowBytes(), m_pHeld->Rows()[i]);
+        }
+        return m_pHeld->Rows();
+    }
+
+  private:
+    RowPicture& m_Rows;
+    std::unique_ptr<RowPicture> m_pHeld;
+};
+
+// A table of copies: each record is its own position.
+kel::Contributions CopyTable(unsigned int nLength) {
+    kel::Contributions table(kel::AllocContributions(nLength, 3));
+    for (int i = 0; i < table->nLineLength; ++i) {
+        table->pPixels[i].nLeft = table->pPixels[i].nRight = i;
+        table->pPixels[i].pWeights[0] = 256;
+    }
+    return table;
+}
+
+// Both passes, in bands and pass by pass, from rows in memory and from a source, with records that
+// jump back and forth and with passes that copy.
 TEST(ScaleVariants, BandsEqualThePlainPasses) {
-    std::mt19937 random(7);
-    for (const CpuLevel eLevel : Levels()) {
+    Random random(7);
+    for (const CpuLevel eLevel : kel::Levels()) {
         for (unsigned int nHeight = 1; nHeight <= 160; nHeight += 1 + nHeight / 4) {
-            const unsigned int nOutHeight = 1 + static_cast<unsigned>(random() % 80);
-            const kel::Contributions horizontal = RandomTable(20, 30, Weights::kWild, random);
+            const int nKind = random.Below(4);
+            const bool bCopyRows = nKind == 1 || nKind == 3;
+            const bool bCopyColumns = nKind >= 2;
+            const int nWidth = bCopyRows ? 30 : 20;
+            const unsigned int nOutHeight =
+                bCopyColumns ? nHeight : 1 + static_cast<unsigned>(random.Below(80));
+            const kel::Contributions horizontal =
+                bCopyRows ? CopyTable(30) : RandomTable(20, 30, kWild, 23, random);
             const kel::Contributions vertical =
-                RandomTable(nOutHeight, nHeight, Weights::kSumTo256, random);
-            RowPicture in(30, nHeight), temp(20, nHeight);
-            RowPicture expected(20, nOutHeight), result(20, nOutHeight);
+                bCopyColumns ? CopyTable(nHeight)
+                             : RandomTable(static_cast<int>(nOutHeight), static_cast<int>(nHeight),
+                                           random.Below(2) == 0 ? kSum256 : kWild, 23, random);
+            const auto nWide = static_cast<std::size_t>(nWidth);
+            RowPicture in(30, nHeight), temp(nWide, nHeight), expected(nWide, nOutHeight);
             in.Fill(nHeight);
             for (unsigned int y = 0; y < nHeight; ++y) {
-                kel::ScaleRowPlain(in.Rows()[y], temp.Rows()[y], 20, *horizontal);
+                kel::ScaleRowPlain(in.Rows()[y], temp.Rows()[y], static_cast<unsigned>(nWidth),
+                                   *horizontal);
             }
             for (unsigned int y = 0; y < nOutHeight; ++y) {
-                kel::ScaleColumnsPlain(temp.Rows(), expected.Rows()[y], 60, vertical->pPixels[y]);
+                kel::ScaleColumnsPlain(temp.Rows(), expected.Rows()[y], temp.RowBytes(),
+                                       vertical->pPixels[y]);
             }
-            kel::BandedScale banded;
-            ASSERT_TRUE(banded.Prepare(*horizontal, 30, *vertical, nHeight, eLevel));
-            ASSERT_TRUE(banded.AllocateRows());
-            banded.Run(in.Rows(), result.Rows());
-            ASSERT_TRUE(expected.Bytes() == result.Bytes())
-                << "level " << static_cast<int>(eLevel) << ", " << nHeight << " to " << nOutHeight;
+            for (int nRun = 0; nRun < 3; ++nRun) {
+                RowPicture result(nWide, nOutHeight);
+                kel::BandedScale banded;
+                banded.Prepare(*horizontal, 30, *vertical, nHeight, kel::ScaleFunctionsFor(eLevel));
+                FleetingRows source(in);
+                const ScaleProgressFunc pfnNone = nullptr;
+                ASSERT_TRUE(nRun == 0   ? banded.Run(in.Rows(), result.Rows())
+                            : nRun == 1 ? banded.Run(source, result.Rows())
+                                        : banded.RunPasses(in.Rows(), result.Rows(), pfnNone) ==
+                                              kel::BandedScale::Outcome::kDone);
+                ASSERT_TRUE(expected == result)
+                    << "level " << static_cast<int>(eLevel) << ", " << nHeight << " to "
+                    << nOutHeight << ", kind " << nKind << ", run " << nRun;
+            }
         }
+    }
+}
+
+TEST(ScaleVariants, CopiesAreRecognised) {
+    EXPECT_TRUE(kel::IsCopy(*CopyTable(5), 5));
+    EXPECT_FALSE(kel::IsCopy(*CopyTable(5), 6));
+    void (*const changes[])(PixelContribType&) = {
+        [](PixelContribType& r) { r.pWeights[0] = 255; },
+        [](PixelContribType& r) { r.nLeft = r.nRight = 3; },
+        [](PixelContribType& r) { r.nRight = r.nLeft - 1; },
+        [](PixelContribType& r) { r.nRight = 4, r.pWeights[1] = 0, r.pWeights[2] = 1; },
+        [](PixelContribType& r) { r.nLeft = 3, r.nRight = 2; },
+    };
+    for (const auto pfnChange : changes) {
+        const kel::Contributions table = CopyTable(5);
+        pfnChange(table->pPixels[2]);
+        EXPECT_FALSE(kel::IsCopy(*table, 5));
+    }
+}
+
+TEST(ScaleVariants, EveryLevelHasItsTableAndTheBestOneRuns) {
+    for (const CpuLevel eLevel : kel::Levels()) {
+        EXPECT_EQ(eLevel == kel::Levels().front(),
+                  &kel::ScaleFunctionsFor(eLevel) == &kel::BestScaleFunctions());
     }
 }
 

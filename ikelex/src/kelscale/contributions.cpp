@@ -1,8 +1,10 @@
-// The arithmetic of this file decides every pixel: doubles in the order written, each cut to an
-// integer where it says so. Conversions are guarded, because infinite ratios (an empty source),
-// tiny ones (a huge window) and kernels of other makers reach them.
+// Makes contribution tables. The arithmetic of this file decides every pixel. It is done in double,
+// in the order written, and cut to integers where it says so. Conversions are guarded, because
+// infinite ratios (an empty source), tiny ones (a huge window) and kernels of other makers reach
+// them.
 #include "contributions.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <climits>
@@ -14,7 +16,7 @@ namespace kel {
 
 namespace {
 
-// dValue cut towards zero, as an int within [nLow, nHigh]; nLow for no number at all.
+// dValue cut towards zero, as an int within [nLow, nHigh]. A NaN gives nLow.
 int ClampToInt(double dValue, int nLow, int nHigh) {
     if (!(dValue > nLow)) {
         return nLow;
@@ -23,16 +25,23 @@ int ClampToInt(double dValue, int nLow, int nHigh) {
 }
 
 // The weights of a kernel at one scale: its value times the scale, in 256ths, cut towards zero.
-// Remembers those of the arguments seen last. At a ratio of small whole numbers the records repeat
-// each other's arguments to the bit, and sines and exponentials are most of a table's time.
+// Keeps those of the arguments seen last. At a ratio of small whole numbers the records repeat each
+// other's arguments to the bit, and sines and exponentials are most of a table's time.
 class Weights {
   public:
-    Weights(const PLContribDef& kernel, double dScale) : m_Kernel(kernel), m_dScale(dScale) {}
+    // For a table of nWeights weights. A small one needs few entries.
+    Weights(const PLContribDef& kernel, double dScale, std::size_t nWeights)
+        : m_Kernel(kernel), m_dScale(dScale) {
+        while (m_nIndexBits < kMostIndexBits && (std::size_t{1} << m_nIndexBits) < nWeights) {
+            ++m_nIndexBits;
+        }
+        std::fill_n(m_Seen.begin(), std::size_t{1} << m_nIndexBits, Entry{kNoArgument, 0});
+    }
 
     int At(double dDistance) {
         const double dArgument = dDistance * m_dScale;
         const auto nBits = std::bit_cast<std::uint64_t>(dArgument);
-        Entry& entry = m_Seen[nBits * kGolden >> (64 - kIndexBits)];
+        Entry& entry = m_Seen[static_cast<std::size_t>(nBits * kGolden >> (64 - m_nIndexBits))];
         if (entry.nBits != nBits) {
             entry.nBits = nBits;
             entry.nWeight =
@@ -42,19 +51,21 @@ class Weights {
     }
 
   private:
-    static constexpr int kIndexBits = 10;
-    static constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
+    static constexpr int kMostIndexBits = 10;
+    static constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15;     // 2^64 over the golden ratio
+    static constexpr std::uint64_t kNoArgument = ~std::uint64_t{0};  // not a number
     struct Entry {
-        std::uint64_t nBits = ~std::uint64_t{0};  // no argument: not a number
-        int nWeight = 0;
+        std::uint64_t nBits;
+        int nWeight;
     };
 
     const PLContribDef& m_Kernel;
     double m_dScale;
-    std::array<Entry, std::size_t{1} << kIndexBits> m_Seen;
+    int m_nIndexBits = 4;
+    std::array<Entry, std::size_t{1} << kMostIndexBits> m_Seen;
 };
 
-// Addition and multiplication that wrap: only kernels of other makers ever leave 32 bits.
+// Addition and multiplication that wrap. Only kernels of other makers ever leave 32 bits.
 int WrapAdd(int a, int b) {
     return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
 }
@@ -79,14 +90,14 @@ void FillRecord(Weights& weights, const LineContribType& table, unsigned int nPo
     const double dCentre = (nPosition + 0.5) / dRatio - 0.5;
     int nLeft = ClampToInt(std::floor(dCentre - dSupport), 0, INT_MAX - 1);
     int nRight = ClampToInt(std::ceil(dCentre + dSupport), -1, nInLength - 1);
-    // The window is one short of what rounding both ends outwards can ask for.
+    // Rounding both ends outwards can need one entry more than nWindowSize.
     if (nRight - nLeft >= table.nWindowSize) {
         if (nLeft < nInLength) {
             ++nLeft;
         } else {
             --nRight;
         }
-        // Holds already for every ratio and width this side of rounding errors.
+        // Only rounding errors of extreme ratios and widths get here.
         if (nRight - nLeft >= table.nWindowSize) {
             nRight = nLeft + table.nWindowSize - 1;
         }
@@ -123,23 +134,31 @@ LineContribType* AllocContributions(unsigned int nRecords, unsigned int nWeights
         delete pTable;
         return nullptr;
     }
-    for (unsigned int i = 0; i < nRecords; ++i) {
-        pTable->pPixels[i].pWeights = new (std::nothrow) int[nWeights];
-        if (pTable->pPixels[i].pWeights == nullptr) {
-            FreeContributions(pTable);
-            return nullptr;
-        }
+    // One block holds the weights of all records.
+    const std::size_t nStep = nWeights;
+    // Without records there is no place to keep it.
+    if (nRecords == 0) {
+        return pTable;
     }
-    return pTable;
+    int* pWeights = new (std::nothrow) int[nRecords * nStep];
+    if (pWeights == nullptr) {
+        delete[] pTable->pPixels;
+        delete pTable;
+        return nullptr;
+    }
+    for (std::size_t i = 0; i < nRecords; ++i) {
+        pTable->pPixels[i].pWeights = pWeights + i * nStep;
+    }
+    return pTable;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the first record keeps the
+                    // block
 }
 
 void FreeContributions(LineContribType* pTable) {
     if (pTable == nullptr) {
         return;
     }
-    for (int i = 0; i < pTable->nLineLength; ++i) {
-        delete[] pTable->pPixels[i].pWeights;
-        pTable->pPixels[i].pWeights = nullptr;
+    if (pTable->nLineLength > 0) {
+        delete[] pTable->pPixels[0].pWeights;
     }
     delete[] pTable->pPixels;
     delete pTable;
@@ -158,11 +177,22 @@ Contributions CalcContributions(const PLContribDef& kernel, unsigned int nOutLen
     // A table without records can do without a window that fits.
     const unsigned int nWindow = bFits ? static_cast<unsigned int>(dWindow) : 1;
     Contributions table(AllocContributions(nOutLength, nWindow));
-    Weights weights(kernel, dScale);
+    Weights weights(kernel, dScale, std::size_t{nOutLength} * nWindow);
     for (unsigned int nPosition = 0; table != nullptr && nPosition < nOutLength; ++nPosition) {
         FillRecord(weights, *table, nPosition, static_cast<int>(nInLength), dRatio, dSupport);
     }
     return table;
+}
+
+bool TablePair::Calc(const PLContribDef& kernel, unsigned int nOutWidth, unsigned int nInWidth,
+                     unsigned int nOutHeight, unsigned int nInHeight) {
+    m_Horizontal = CalcContributions(kernel, nOutWidth, nInWidth);
+    m_pVertical = m_Horizontal.get();
+    if (m_Horizontal != nullptr && (nOutWidth != nOutHeight || nInWidth != nInHeight)) {
+        m_Vertical = CalcContributions(kernel, nOutHeight, nInHeight);
+        m_pVertical = m_Vertical.get();
+    }
+    return m_pVertical != nullptr;
 }
 
 }  // namespace kel

@@ -1,96 +1,76 @@
-// The horizontal pass over bands of rows.
+// The plan, the scratch and the loop over rows of the horizontal pass.
 //
-// A band is turned so that the bytes of one column lie side by side, one lane a row; every lane
-// then takes the same steps of the plan, and the sums are turned back. Sums are exact (16 bits
-// unsigned where a plan allows it, else 32 bits), so that neither order nor grouping can change a
-// byte: ScaleRowPlain of passes.h defines all of them.
-//
-// Where a source is much wider than its target and each output pixel reads few neighbours, turning
-// costs more than the sums: such rows are scaled one by one (horizontalnarrow_*.cpp).
+// Four forms write the same bytes, those of ScaleRowPlain:
+// - single rows from windows, where the source is much wider than the target;
+// - single rows by shuffles, for enlarging and ratios near 1;
+// - bands of transposed rows;
+// - the plain loop, where memory for the others is short.
 #ifndef KELSCALE_HORIZONTAL_H
 #define KELSCALE_HORIZONTAL_H
 
 #include <cstddef>
+#include <memory>
 
-#include "../kelcpu/kelcpu.h"
 #include "plan.h"
+#include "rowwindows.h"
+#include "variants.h"
 
 namespace kel {
 
-// The rows that the next band will read, fetched into the second level cache while this one is
-// summed: the processor does not foresee as many streams as a band has rows.
-class RowsAhead {
-  public:
-    RowsAhead(const unsigned char* const* ppRows, std::size_t nRows, std::size_t nRowBytes,
-              std::size_t nShares);
-
-    // Asks for the next one of nShares shares.
-    void FetchShare();
-
-  private:
-    static constexpr std::size_t kLine = 64;
-
-    const unsigned char* const* m_ppRow;
-    const unsigned char* const* m_ppEnd;
-    std::size_t m_nRowBytes;
-    std::size_t m_nAt = 0;     // the place within the row
-    std::size_t m_nLines = 0;  // of a share
-};
-
-// One band: so many rows as the variant has lanes. A caller with fewer rows repeats its last one.
-struct HorizontalBand {
-    const unsigned int* pStart;  // the plan
-    const PlanStep* pSteps;
-    bool bUnsigned16;
-    const NarrowWindow* pWindows;  // instead of a plan, for ScaleNarrow
-    const unsigned char* const* ppIn;
-    unsigned char* const* ppOut;
-    std::size_t nInWidth;
-    std::size_t nOutWidth;
-    unsigned char* pScratch;  // the width rounded up to 16 pixels, times the band's rows
-    RowsAhead* pAhead;        // a share with every four output pixels of a ScaleBand
-};
-
-inline constexpr unsigned int kBandRowsPortable = 32;
-inline constexpr unsigned int kBandRowsAvx2 = 8;
-inline constexpr unsigned int kBandRowsAvx512 = 16;
-inline constexpr unsigned int kMostBandRows = 32;
-
-// Plans: PlanTaps for the portable form, PlanGroups with kPairLimit for AVX2, with kNoPairLimit for
-// AVX-512.
-void ScaleBand_Portable(const HorizontalBand& band);
-#if defined(__x86_64__)
-void ScaleBand_Avx2(const HorizontalBand& band);
-void ScaleBand_Avx512(const HorizontalBand& band);
-
-// One row at a time, from windows instead of a plan and without scratch.
-void ScaleNarrow_Avx2(const HorizontalBand& band);
-void ScaleNarrow_Avx512(const HorizontalBand& band);
-#endif
-
-// The pass at one level: plan, scratch and loop.
 class HorizontalPass {
   public:
-    // Plans from a table that must outlive this object. False when plan or scratch cannot be had:
-    // a band is then one row, scaled by the plain loop.
-    bool Prepare(const LineContribType& table, unsigned int nInWidth, CpuLevel eLevel);
+    enum class Form { kPlain, kBands, kWindows, kShuffles };
 
+    // Plans from a table that must outlive this object. Without memory for a plan the plain loop
+    // runs.
+    void Prepare(const LineContribType& table, unsigned int nInWidth,
+                 const ScaleFunctions& functions);
+
+    Form GetForm() const { return m_eForm; }
+
+    // Rows that one call of Run takes at most.
     unsigned int BandRows() const { return m_nBandRows; }
 
-    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row. Of the nAhead
-    // input rows behind them, which later calls will pass, those of the next call are fetched.
+    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row. nAhead more input
+    // rows follow, which later calls will pass. Those of the next call are prefetched.
     void Run(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
              unsigned int nAhead) const;
 
   private:
+    // Output pixels that are summed from one transposition of the input pixels they need.
+    struct Strip {
+        std::size_t nOutBegin;
+        std::size_t nOutEnd;
+        std::size_t nInBegin;
+        std::size_t nInEnd;
+
+        // 0 when none is needed.
+        std::size_t Width() const { return nInEnd > nInBegin ? nInEnd - nInBegin : 0; }
+    };
+
+    Form PrepareForm();
+    bool PrepareWindows();
+    bool PrepareShuffles();
+    bool PrepareBands();
+    Strip BlockStrip(std::size_t x, std::size_t nUnit) const;
+    bool CutStrips();
+    void RunBand(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
+                 unsigned int nAhead) const;
+
     const LineContribType* m_pTable = nullptr;
-    PassPlan m_Plan;
-    std::unique_ptr<NarrowWindow[]> m_pWindows;
-    std::unique_ptr<unsigned char[]> m_pScratch;
     std::size_t m_nInWidth = 0;
-    unsigned int m_nOutWidth = 0;
-    unsigned int m_nBandRows = 0;
-    void (*m_pfnBand)(const HorizontalBand&) = nullptr;
+    std::size_t m_nOutWidth = 0;
+    const ScaleFunctions* m_pFunctions = nullptr;
+    Form m_eForm = Form::kPlain;
+    unsigned int m_nBandRows = 1;
+
+    WindowPlan m_Windows;
+    ShufflePlan m_Shuffles;
+    // Of bands.
+    PassPlan m_Plan;
+    std::unique_ptr<Strip[]> m_pStrips;
+    std::size_t m_nStrips = 0;
+    std::unique_ptr<unsigned char[]> m_pScratch;
 };
 
 }  // namespace kel

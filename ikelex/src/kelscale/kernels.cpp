@@ -1,6 +1,10 @@
-// The resampling kernels. Every expression is evaluated in double, in the order written: the
-// weights are cut to integers afterwards, so a different rounding here could change a pixel.
+// The resampling kernels and the table of them that the scale filter uses.
+//
+// Every expression is evaluated in double, in the order written. The weights are cut to integers
+// afterwards, so a different rounding here could change a pixel.
 #include <cmath>
+#include <iterator>
+#include <new>
 
 #include "kelscale.h"
 
@@ -13,7 +17,24 @@ constexpr double kSqrtTwoPi = 2.5066282746310002;
 // Arguments closer to zero than this take the limit of sin(x) / x.
 constexpr double kSincZero = 0.000001;
 
+template <class Kernel>
+PLContribDef* Create(double dWidth) {
+    return new (std::nothrow) Kernel(dWidth);
+}
+
+const tagKelScaleKernel kKernels[] = {
+    {KEL_SCALE_BILINEAR, "bilinear", KEL_BILINEAR_WIDTH, Create<PLBilinearContribDef>},
+    {KEL_SCALE_BOX, "box", KEL_BOX_WIDTH, Create<PLBoxContribDef>},
+    {KEL_SCALE_GAUSSIAN, "gaussian", KEL_SCALE_RADIUS, Create<PLGaussianContribDef>},
+    {KEL_SCALE_HAMMING, "hamming", KEL_SCALE_RADIUS, Create<PLHammingContribDef>},
+};
+
 }  // namespace
+
+const tagKelScaleKernel* GetScaleKernels(int* pnCount) {
+    *pnCount = static_cast<int>(std::size(kKernels));
+    return kKernels;
+}
 
 PLContribDef::PLContribDef(double dWidth) : m_dWidth(dWidth) {}
 PLContribDef::~PLContribDef() = default;
@@ -28,7 +49,7 @@ double PLBoxContribDef::Filter(double x) const {
 PLBilinearContribDef::PLBilinearContribDef(double dWidth) : PLContribDef(dWidth) {}
 PLBilinearContribDef::~PLBilinearContribDef() = default;
 
-// The peak is the width, not 1: normalising the weights makes up for it.
+// The peak is the width and not 1, because the weights are normalised afterwards.
 double PLBilinearContribDef::Filter(double x) const {
     const double dDistance = std::fabs(x);
     return dDistance < m_dWidth ? m_dWidth - dDistance : 0.0;

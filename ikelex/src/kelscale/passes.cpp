@@ -1,10 +1,11 @@
+// The two passes, one row at a time. This file defines every byte the scaler writes.
 #include "passes.h"
 
 namespace kel {
 
 namespace {
 
-// Sums wrap at 32 bits; only kernels of other makers get that far.
+// Sums wrap at 32 bits. Only kernels of other makers get that far.
 int Accumulate(int nSum, unsigned char byValue, int nWeight) {
     return static_cast<int>(static_cast<unsigned int>(nSum) +
                             byValue * static_cast<unsigned int>(nWeight));

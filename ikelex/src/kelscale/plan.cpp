@@ -1,3 +1,4 @@
+// Makes plans of tables.
 #include "plan.h"
 
 #include <algorithm>
@@ -15,36 +16,8 @@ constexpr int kLargestWeight = 32767;
 // A record whose weights are larger together could leave 32 bits on the way to its sum.
 constexpr int kLargestRecord = INT_MAX / 256;
 
-bool IsUnsigned16(const LineContribType& table) {
-    for (int i = 0; i < table.nLineLength; ++i) {
-        const PixelContribType& record = table.pPixels[i];
-        int nSum = 0;
-        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
-            const int nWeight = record.pWeights[j];
-            if (nWeight < 0 || nWeight > 256 || (nSum += nWeight) > 256) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-bool HasLargeWeights(const LineContribType& table) {
-    for (int i = 0; i < table.nLineLength; ++i) {
-        const PixelContribType& record = table.pPixels[i];
-        int nRecord = 0;
-        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
-            const int nWeight = record.pWeights[j];
-            if (nWeight < -kLargestWeight || nWeight > kLargestWeight ||
-                (nRecord += std::abs(nWeight)) > kLargestRecord) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
-// Makes a plan of what fnEmit(record, sink) hands to its sink, in two rounds: count, then store.
+// Makes a plan of what fnEmit(record, sink) hands to its sink. The first round counts, the second
+// stores.
 template <typename Emit>
 bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
     if (HasLargeWeights(table)) {
@@ -90,6 +63,35 @@ int TakePiece(int& nWeight, int nLimit) {
 }
 
 }  // namespace
+
+bool IsUnsigned16(const LineContribType& table) {
+    for (int i = 0; i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        int nSum = 0;
+        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
+            const int nWeight = record.pWeights[j];
+            if (nWeight < 0 || nWeight > 256 || (nSum += nWeight) > 256) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool HasLargeWeights(const LineContribType& table) {
+    for (int i = 0; i < table.nLineLength; ++i) {
+        const PixelContribType& record = table.pPixels[i];
+        int nRecord = 0;
+        for (int j = 0; j <= record.nRight - record.nLeft; ++j) {
+            const int nWeight = record.pWeights[j];
+            if (nWeight < -kLargestWeight || nWeight > kLargestWeight ||
+                (nRecord += std::abs(nWeight)) > kLargestRecord) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
 
 bool PlanTaps(const LineContribType& table, PassPlan& plan) {
     return MakePlan(table, plan, [](const PixelContribType& record, auto fnSink) {
@@ -148,46 +150,6 @@ bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
             fnSink(nLast, 0);
         }
     });
-}
-
-std::unique_ptr<NarrowWindow[]> PlanNarrowWindows(const LineContribType& table,
-                                                  unsigned int nInLength) {
-    constexpr int kPositions = sizeof NarrowWindow::weights;
-    if (nInLength < kPositions || nInLength > INT_MAX) {
-        return nullptr;
-    }
-    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
-    std::unique_ptr<NarrowWindow[]> windows(new (std::nothrow)
-                                                NarrowWindow[(nRecords + 15) / 16 * 16]());
-    for (std::size_t i = 0; windows != nullptr && i < nRecords; ++i) {
-        const PixelContribType& record = table.pPixels[i];
-        int nBegin = record.nLeft;
-        int nEnd = record.nRight + 1;
-        while (nBegin < nEnd && record.pWeights[nBegin - record.nLeft] == 0) {
-            ++nBegin;
-        }
-        while (nBegin < nEnd && record.pWeights[nEnd - 1 - record.nLeft] == 0) {
-            --nEnd;
-        }
-        // A window never reaches beyond the row's end.
-        const int nFirst = std::min(nBegin, static_cast<int>(nInLength) - kPositions);
-        if (nEnd - nFirst > kPositions) {
-            return nullptr;
-        }
-        windows[i].nFirst = nFirst;
-        int nTotal = 0;
-        int sums[4] = {};
-        for (int j = nBegin; j < nEnd; ++j) {
-            const int nWeight = record.pWeights[j - record.nLeft];
-            int& nSum = sums[(j - nFirst) % 8 / 2];
-            if (nWeight < 0 || nWeight >= kPairLimit || (nSum += nWeight) >= kPairLimit ||
-                (nTotal += nWeight) > 256) {
-                return nullptr;
-            }
-            windows[i].weights[j - nFirst] = static_cast<signed char>(nWeight);
-        }
-    }
-    return windows;
 }
 
 bool IsCopy(const LineContribType& table, unsigned int nInLength) {

@@ -9,8 +9,8 @@ namespace kel {
 
 class RowBlock {
   public:
-    // nRows rows of nRowBytes bytes, of which nHeld lie in memory: row i shares its place with row
-    // i + nHeld. False when they cannot be had.
+    // nRows rows of nRowBytes bytes, of which nHeld lie in memory. Row i shares its place with row
+    // i + nHeld. False when they cannot be allocated.
     bool Allocate(std::size_t nRows, std::size_t nHeld, std::size_t nRowBytes);
 
     unsigned char** Rows() const { return m_ppRows.get(); }

@@ -1,21 +1,20 @@
+// The scale filter gives its parameters a meaning, and reads source rows of any depth.
+//
+// The scaler decides the pixels, the source image the colours of other depths than 24 bits.
+#include <algorithm>
 #include <cstring>
 #include <memory>
-#include <new>
 
-#include "../kelbitmap/strides.h"
-#include "../kelimage/kelimage.h"
-#include "../keltrace/keltrace.h"
+#include "bandedscale.h"
+#include "kelbitmap/strides.h"
 #include "kelfilter.h"
+#include "kelimage/kelimage.h"
 #include "kelscale.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
 using Pixel = CDataRGB_UBYTE::PixelClass;
-using Scaler = C2PassScale<CDataRGB_UBYTE>;
-
-constexpr double kBilinearWidth = 0.64;
-constexpr double kBoxWidth = 0.5;
-constexpr double kRadius = 3.0;
 
 // The value of a variant as its kind lies in memory.
 template <typename Kind>
@@ -25,10 +24,10 @@ Kind ValueAs(const CVamVariant& variant) {
     return value;
 }
 
-// nSize times a factor in single precision, cut towards zero; 0 when that is no int.
+// nSize times a factor in single precision, cut towards zero. 0 when that is no int.
 int ScaleByFactor(int nSize, float fFactor) {
     const float fResult = static_cast<float>(nSize) * fFactor;
-    // Both bounds are exact in single precision; a NaN fails both comparisons.
+    // Both bounds are exact in single precision. A NaN fails both comparisons.
     return fResult >= -2147483648.0f && fResult < 2147483648.0f ? static_cast<int>(fResult) : 0;
 }
 
@@ -56,82 +55,73 @@ int TargetSize(const CVamVariant* pValue, int nSize) {
     }
 }
 
-// The four kernels at the widths the filter uses, found by number; null for a number of none.
-class KernelSet {
+// The kernel of a number, or null.
+const tagKelScaleKernel* FindKernel(int nType) {
+    int nCount = 0;
+    const tagKelScaleKernel* pKernels = GetScaleKernels(&nCount);
+    const auto* pEnd = pKernels + nCount;
+    const auto* pFound = std::find_if(
+        pKernels, pEnd, [nType](const tagKelScaleKernel& kernel) { return kernel.eType == nType; });
+    return pFound == pEnd ? nullptr : pFound;
+}
+
+// The rows of an image of another depth than 24 bits as blue, green, red.
+class ConvertedRows : public kel::RowSource {
   public:
-    explicit KernelSet(double dRadius)
-        : m_Bilinear(kBilinearWidth), m_Box(kBoxWidth), m_Gaussian(dRadius), m_Hamming(dRadius) {}
+    explicit ConvertedRows(CKelImage* pImage)
+        : m_pImage(pImage), m_nRowBytes(kel::RowStride(24, pImage->GetWidth())) {}
 
-    PLContribDef* Find(int nType) {
-        switch (nType) {
-            case KEL_SCALE_BILINEAR:
-                return &m_Bilinear;
-            case KEL_SCALE_BOX:
-                return &m_Box;
-            case KEL_SCALE_GAUSSIAN:
-                return &m_Gaussian;
-            case KEL_SCALE_HAMMING:
-                return &m_Hamming;
-            default:
-                return nullptr;
-        }
-    }
-
-  private:
-    PLBilinearContribDef m_Bilinear;
-    PLBoxContribDef m_Box;
-    PLGaussianContribDef m_Gaussian;
-    PLHammingContribDef m_Hamming;
-};
-
-// The rows of a source as blue, green, red: its own at 24 bits, else a converted copy.
-class SourceRows {
-  public:
-    // False when the copy cannot be had.
-    bool Load(CKelImage* pSrc) {
-        if (pSrc->GetBitsPerPixel() == 24) {
-            m_ppRows = pSrc->GetLineArray();
-            return true;
-        }
-        return Convert(pSrc);
-    }
-
-    Pixel** Rows() const { return reinterpret_cast<Pixel**>(m_ppRows); }
-
-  private:
-    bool Convert(CKelImage* pSrc) {
-        const int nHeight = pSrc->GetHeight();
-        const std::int64_t nStride = kel::RowStride(24, pSrc->GetWidth());
-        const std::int64_t nSize = kel::PictureSize(24, pSrc->GetWidth(), nHeight);
-        const std::int64_t nArraySize = nHeight * std::int64_t{sizeof(unsigned char*)};
-        if (nArraySize <= kel::kMaxSize) {
-            m_pArray.reset(new (std::nothrow) unsigned char*[static_cast<std::size_t>(nHeight)]);
-        }
-        if (m_pArray == nullptr) {
+    // The memory starts zeroed, and every row writes the same bytes of it. So what an image without
+    // colours leaves out is black.
+    bool Prepare(unsigned int nMostRows) override {
+        const auto nRowBytes = static_cast<std::size_t>(m_nRowBytes);
+        if (!m_Rows.Allocate(nMostRows, nMostRows, nRowBytes)) {
             return false;
         }
-        if (nSize == 0 || nSize > kel::kTracedSizeLimit) {
-            kel::TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
+        for (unsigned int i = 0; i < nMostRows; ++i) {
+            std::memset(m_Rows.Rows()[i], 0, nRowBytes);
         }
-        // Zeroed: a row that cannot be converted comes out black, never as old memory.
-        if (nSize <= kel::kMaxSize) {
-            m_pBuffer.reset(new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)]());
-        }
-        if (m_pBuffer == nullptr) {
-            return false;
-        }
-        for (int i = 0; i < nHeight; ++i) {
-            m_pArray[static_cast<std::size_t>(i)] = m_pBuffer.get() + i * nStride;
-            pSrc->GetLine24AsBGRAt(i, m_pArray[static_cast<std::size_t>(i)]);
-        }
-        m_ppRows = m_pArray.get();
         return true;
     }
 
-    unsigned char** m_ppRows = nullptr;
-    std::unique_ptr<unsigned char*[]> m_pArray;
-    std::unique_ptr<unsigned char[]> m_pBuffer;
+    const unsigned char* const* Rows(unsigned int nFirst, unsigned int nRows) override {
+        for (unsigned int i = 0; i < nRows; ++i) {
+            m_pImage->GetLine24AsBGRAt(static_cast<int>(nFirst + i), m_Rows.Rows()[i]);
+        }
+        return m_Rows.Rows();
+    }
+
+  private:
+    CKelImage* m_pImage;
+    std::int64_t m_nRowBytes;
+    kel::RowBlock m_Rows;
 };
+
+// Traces the size of the rows at 24 bits where it is 0 or large. They are converted a few at a
+// time, so the size is no limit.
+void TraceConversion(CKelImage* pSrc) {
+    const std::int64_t nSize = kel::PictureSize(24, pSrc->GetWidth(), pSrc->GetHeight());
+    if (nSize == 0 || nSize > kel::kTracedSizeLimit) {
+        kel::TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
+    }
+}
+
+// False when memory is short.
+bool Resample(CKelImage* pSrc, CKelImage* pDst, PLContribDef* pKernel) {
+    const auto nSrcWidth = static_cast<unsigned int>(pSrc->GetWidth());
+    const auto nSrcHeight = static_cast<unsigned int>(pSrc->GetHeight());
+    const auto nDstWidth = static_cast<unsigned int>(pDst->GetWidth());
+    const auto nDstHeight = static_cast<unsigned int>(pDst->GetHeight());
+    if (pSrc->GetBitsPerPixel() != 24) {
+        ConvertedRows rows(pSrc);
+        return kel::ScaleRows(*pKernel, rows, nSrcWidth, nSrcHeight, pDst->GetLineArray(),
+                              nDstWidth, nDstHeight);
+    }
+    C2PassScale<CDataRGB_UBYTE> scaler(pKernel);
+    return scaler.Scale(reinterpret_cast<Pixel**>(pSrc->GetLineArray()), nSrcWidth, nSrcHeight,
+                        reinterpret_cast<Pixel**>(pDst->GetLineArray()), nDstWidth,
+                        nDstHeight) != nullptr;
+}
 
 bool HasRows(CKelImage* pImage) {
     return pImage->GetLineArray() != nullptr && pImage->GetWidth() >= 0 && pImage->GetHeight() > 0;
@@ -160,40 +150,35 @@ int CKelImageFilterScale::GetScaleType() {
 }
 
 double CKelImageFilterScale::GetScaleRadius() {
-    return kRadius;
+    return KEL_SCALE_RADIUS;
 }
 
 KelResult CKelImageFilterScale::Apply(CKelImage* pSrc, CKelImage* pDst) {
     if (pSrc == nullptr || pDst == nullptr || pSrc == pDst || !HasRows(pSrc)) {
         return KEL_ERR_PARAM;
     }
-    const int nSrcWidth = pSrc->GetWidth();
-    const int nSrcHeight = pSrc->GetHeight();
-    const int nDstWidth = GetScaleWidth(nSrcWidth);
-    const int nDstHeight = GetScaleHeight(nSrcHeight);
+    const int nDstWidth = GetScaleWidth(pSrc->GetWidth());
+    const int nDstHeight = GetScaleHeight(pSrc->GetHeight());
     if (nDstWidth <= 0 || nDstHeight <= 0) {
         return KEL_ERR_PARAM;
     }
     pDst->Clean();
-    pDst->Create(nDstWidth, nDstHeight, 24);
-    Pixel** ppDst = reinterpret_cast<Pixel**>(pDst->GetLineArray());
-    if (ppDst == nullptr) {
+    pDst->CreateUncleared(nDstWidth, nDstHeight, 24);
+    if (pDst->GetLineArray() == nullptr) {
         return KEL_ERR_MEMORY;
     }
-    SourceRows source;
-    if (!source.Load(pSrc)) {
+    if (pSrc->GetBitsPerPixel() != 24) {
+        TraceConversion(pSrc);
+    }
+    const tagKelScaleKernel* pFound = FindKernel(GetScaleType());
+    if (pFound == nullptr) {
+        pDst->ClearRowsFrom(0);
+        return KEL_OK;  // no such kernel: a blank picture
+    }
+    const std::unique_ptr<PLContribDef> kernel(pFound->pfnCreate(pFound->dWidth));
+    if (kernel == nullptr || !Resample(pSrc, pDst, kernel.get())) {
+        pDst->ClearRowsFrom(0);
         return KEL_ERR_MEMORY;
     }
-    KernelSet kernels(GetScaleRadius());
-    PLContribDef* pKernel = kernels.Find(GetScaleType());
-    if (pKernel == nullptr) {
-        return KEL_OK;  // no such kernel: the picture stays as blank as Create made it
-    }
-    Scaler scaler(pKernel);
-    return scaler.Scale(source.Rows(), static_cast<unsigned int>(nSrcWidth),
-                        static_cast<unsigned int>(nSrcHeight), ppDst,
-                        static_cast<unsigned int>(nDstWidth),
-                        static_cast<unsigned int>(nDstHeight)) == nullptr
-               ? KEL_ERR_MEMORY
-               : KEL_OK;
+    return KEL_OK;
 }

@@ -1,3 +1,4 @@
+// The members of C2PassScale. Tables, passes and kernels decide the bytes.
 #include <algorithm>
 #include <cstdint>
 
@@ -9,27 +10,11 @@ namespace {
 
 using Pixel = CDataRGB_UBYTE::PixelClass;
 
-kel::Contributions MakeTable(const PLContribDef& kernel, unsigned int nOutLength,
-                             unsigned int nInLength) {
-    const double dRatio = static_cast<double>(nOutLength) / static_cast<double>(nInLength);
-    return kel::CalcContributions(kernel, nOutLength, nInLength, dRatio);
-}
-
-// How far the rows of a pass have come, 0 to 49.
-int Percent(unsigned int nRow, unsigned int nRows) {
-    return static_cast<int>(static_cast<double>(nRow) / static_cast<double>(nRows) * 50.0);
-}
-
-// Tells the callback, if any, how far the scale has come; false when it wants to stop.
-bool Report(ScaleProgressFunc pfnProgress, int nPercent) {
-    return pfnProgress == nullptr || pfnProgress(static_cast<unsigned char>(nPercent));
-}
-
 unsigned char* const* AsBytes(Pixel** ppRows) {
     return reinterpret_cast<unsigned char* const*>(ppRows);
 }
 
-// The span of memory that rows lie in; empty when there is nothing in them.
+// The span of memory that rows lie in. Rows without bytes give an empty one.
 struct Span {
     std::uintptr_t nBegin = UINTPTR_MAX;
     std::uintptr_t nEnd = 0;
@@ -43,30 +28,6 @@ struct Span {
     }
     bool Overlaps(const Span& other) const { return nBegin < other.nEnd && other.nBegin < nEnd; }
 };
-
-// The passes row by row, asking the callback before each. False when it stopped them.
-bool RunHorizontal(Pixel** ppIn, Pixel** ppOut, unsigned int nOutWidth, unsigned int nOutHeight,
-                   const LineContribType& table, ScaleProgressFunc pfnProgress) {
-    for (unsigned int y = 0; y < nOutHeight; ++y) {
-        if (!Report(pfnProgress, Percent(y, nOutHeight))) {
-            return false;
-        }
-        kel::ScaleRowPlain(*ppIn[y], *ppOut[y], nOutWidth, table);
-    }
-    return true;
-}
-
-bool RunVertical(Pixel** ppIn, Pixel** ppOut, unsigned int nOutWidth, unsigned int nOutHeight,
-                 const LineContribType& table, ScaleProgressFunc pfnProgress) {
-    const std::size_t nRowBytes = std::size_t{3} * nOutWidth;
-    for (unsigned int y = 0; y < nOutHeight; ++y) {
-        if (!Report(pfnProgress, Percent(y, nOutHeight) + 50)) {
-            return false;
-        }
-        kel::ScaleColumnsPlain(AsBytes(ppIn), *ppOut[y], nRowBytes, table.pPixels[y]);
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -83,39 +44,34 @@ typename C2PassScale<DataClass>::PixelClass** C2PassScale<DataClass>::Scale(
     unsigned int nOutWidth, unsigned int nOutHeight) {
     m_bCancelled = false;
     // Everything that can fail comes before the first write.
-    const kel::Contributions horizontal = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
-    const kel::Contributions vertical = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
-    if (horizontal == nullptr || vertical == nullptr) {
+    kel::TablePair tables;
+    if (!tables.Calc(*m_pContribDef, nOutWidth, nInWidth, nOutHeight, nInHeight)) {
         return nullptr;
     }
     const bool bApart = !Span(ppIn, nInWidth, nInHeight).Overlaps({ppOut, nOutWidth, nOutHeight});
     kel::BandedScale banded;
-    if (m_pfnProgress == nullptr && bApart &&
-        banded.Prepare(*horizontal, nInWidth, *vertical, nInHeight, kel::BestCpuLevel())) {
-        if (!banded.AllocateRows()) {
-            return nullptr;
-        }
-        banded.Run(AsBytes(ppIn), AsBytes(ppOut));
-        return ppOut;
+    banded.Prepare(tables.Horizontal(), nInWidth, tables.Vertical(), nInHeight,
+                   kel::BestScaleFunctions());
+    if (m_pfnProgress == nullptr && bApart) {
+        return banded.Run(AsBytes(ppIn), AsBytes(ppOut)) ? ppOut : nullptr;
     }
-    kel::RowBlock rows;
-    if (!rows.Allocate(nInHeight, nInHeight, std::size_t{3} * nOutWidth)) {
-        return nullptr;
-    }
-    Pixel** ppTemp = reinterpret_cast<Pixel**>(rows.Rows());
-    m_bCancelled = !RunHorizontal(ppIn, ppTemp, nOutWidth, nInHeight, *horizontal, m_pfnProgress) ||
-                   !RunVertical(ppTemp, ppOut, nOutWidth, nOutHeight, *vertical, m_pfnProgress);
-    return m_bCancelled ? nullptr : ppOut;
+    using Outcome = kel::BandedScale::Outcome;
+    const Outcome eOutcome = banded.RunPasses(AsBytes(ppIn), AsBytes(ppOut), m_pfnProgress);
+    m_bCancelled = eOutcome == Outcome::kCancelled;
+    return eOutcome == Outcome::kDone ? ppOut : nullptr;
 }
 
 template <class DataClass>
 void C2PassScale<DataClass>::HorizScale(PixelClass** ppIn, unsigned int nInWidth, unsigned int,
                                         PixelClass** ppOut, unsigned int nOutWidth,
                                         unsigned int nOutHeight) {
-    const kel::Contributions table = MakeTable(*m_pContribDef, nOutWidth, nInWidth);
-    if (table != nullptr &&
-        !RunHorizontal(ppIn, ppOut, nOutWidth, nOutHeight, *table, m_pfnProgress)) {
-        m_bCancelled = true;
+    const kel::Contributions table = kel::CalcContributions(*m_pContribDef, nOutWidth, nInWidth);
+    for (unsigned int y = 0; table != nullptr && y < nOutHeight; ++y) {
+        if (!kel::Report(m_pfnProgress, kel::Percent(y, nOutHeight))) {
+            m_bCancelled = true;
+            return;
+        }
+        kel::ScaleRowPlain(*ppIn[y], *ppOut[y], nOutWidth, *table);
     }
 }
 
@@ -123,10 +79,14 @@ template <class DataClass>
 void C2PassScale<DataClass>::VertScale(PixelClass** ppIn, unsigned int, unsigned int nInHeight,
                                        PixelClass** ppOut, unsigned int nOutWidth,
                                        unsigned int nOutHeight) {
-    const kel::Contributions table = MakeTable(*m_pContribDef, nOutHeight, nInHeight);
-    if (table != nullptr &&
-        !RunVertical(ppIn, ppOut, nOutWidth, nOutHeight, *table, m_pfnProgress)) {
-        m_bCancelled = true;
+    const kel::Contributions table = kel::CalcContributions(*m_pContribDef, nOutHeight, nInHeight);
+    for (unsigned int y = 0; table != nullptr && y < nOutHeight; ++y) {
+        if (!kel::Report(m_pfnProgress, kel::Percent(y, nOutHeight) + 50)) {
+            m_bCancelled = true;
+            return;
+        }
+        kel::ScaleColumnsPlain(AsBytes(ppIn), *ppOut[y], std::size_t{3} * nOutWidth,
+                               table->pPixels[y]);
     }
 }
 

@@ -1,31 +1,26 @@
-// The vertical pass for AVX-512 with VNNI: 64 columns at a time.
+// The vertical pass for AVX-512 with VNNI, 64 columns at a time.
 //
-// Assumes the plan of PlanColumns. Pairs of unsigned bytes, two source rows at a time: exact,
-// because p x w = (p - 128) x w + 128 x w. Of weights that sum to 256 at most, vpmaddubsw gets
-// sums of the first kind between -32,768 and 32,512 and never saturates; those of the second kind
-// are in the start value, and the whole, 65,408 at most, fits 16 bits unsigned. Fours of signed
-// bytes, four source rows at a time: exact, because vpdpbusd adds the four products to a 32-bit
-// lane without saturation. ScaleColumns_Portable defines the bytes.
+// A plan of PlanColumns holds unsigned bytes for pairs of source rows (SumPairs), or
+// signed bytes for four source rows (SumFours).
+// kVerticalPortable defines the bytes.
 #if defined(__x86_64__)
 
-#include <immintrin.h>
-
-#if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 takes the undefined operands inside its own intrinsics for variables of ours.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-#include "vertical.h"
-
-#define KEL_TARGET \
-    __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,avx512vnni"))) static
+#include "kelcpu/x86.h"
+#include "kelscale/variants.h"
 
 namespace kel {
 
 namespace {
 
-// The columns from nAt on that the mask names, at most 64, as pairs.
-KEL_TARGET inline void SumPairs(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
+// The columns from nAt on that the mask names, at most 64, 16 bits unsigned a sum.
+//
+// vpmaddubsw takes one signed factor. A byte p is passed as p - 128, and 128 times the weights is
+// in the start value. With weights that sum to 256 at most nothing saturates or overflows.
+//
+//     p x w = (p - 128) x w + 128 x w
+//     -128 x 256 = -32,768 <= sum of (p - 128) x w <= 127 x 256 = 32,512
+//     sum of p x w + 128 <= 255 x 256 + 128 = 65,408 < 65,536
+KEL_AVX512 inline void SumPairs(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
     const __m512i flip = _mm512_set1_epi8(-128);  // p to p - 128
     // Half a 256th, and 128 times each weight.
     const __m512i start = _mm512_set1_epi16(static_cast<short>(128 + 128 * row.nWeights));
@@ -46,21 +41,22 @@ KEL_TARGET inline void SumPairs(const VerticalRow& row, std::size_t nAt, __mmask
         _mm512_packus_epi16(_mm512_srli_epi16(low, 8), _mm512_srli_epi16(high, 8)));
 }
 
-// Four weights as the bytes of one word, in every lane.
-KEL_TARGET inline __m512i PackWeights(const PlanStep* pSteps) {
+// Four weights as the bytes of every 32-bit lane.
+KEL_AVX512 inline __m512i PackWeights(const PlanStep* pSteps) {
     return _mm512_set1_epi32((pSteps[0].nWeights & 255) | (pSteps[1].nWeights & 255) << 8 |
                              (pSteps[2].nWeights & 255) << 16 | pSteps[3].nWeights << 24);
 }
 
-// A rounded sum's byte in each lane: a division by 256 that cuts towards zero, low 8 bits.
-KEL_TARGET inline __m512i Bytes(__m512i sums) {
+// A rounded sum's byte in each lane, the low 8 bits of its 256th, cut towards zero.
+KEL_AVX512 inline __m512i Bytes(__m512i sums) {
     const __m512i sign = _mm512_srli_epi32(_mm512_srai_epi32(sums, 31), 24);
     const __m512i quotient = _mm512_srli_epi32(_mm512_add_epi32(sums, sign), 8);
     return _mm512_and_si512(quotient, _mm512_set1_epi32(255));
 }
 
-// The columns from nAt on that the mask names, at most 64, as fours.
-KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
+// The columns from nAt on that the mask names, at most 64, 32 bits signed a sum. vpdpbusd adds the
+// products of four rows without saturation.
+KEL_AVX512 inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
     __m512i sums[4];
     sums[0] = sums[1] = sums[2] = sums[3] = _mm512_set1_epi32(128);
     for (unsigned int s = 0; s < row.nSteps; s += 4) {
@@ -69,7 +65,7 @@ KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask
         const __m512i b = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 1] + nAt);
         const __m512i c = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 2] + nAt);
         const __m512i d = _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 3] + nAt);
-        // The four bytes of one column side by side; the packs below undo the order of the lanes.
+        // The four bytes of one column side by side. The packs below undo the order of the lanes.
         const __m512i abLow = _mm512_unpacklo_epi8(a, b);
         const __m512i abHigh = _mm512_unpackhi_epi8(a, b);
         const __m512i cdLow = _mm512_unpacklo_epi8(c, d);
@@ -79,13 +75,13 @@ KEL_TARGET inline void SumFours(const VerticalRow& row, std::size_t nAt, __mmask
         sums[2] = _mm512_dpbusd_epi32(sums[2], _mm512_unpacklo_epi16(abHigh, cdHigh), weights);
         sums[3] = _mm512_dpbusd_epi32(sums[3], _mm512_unpackhi_epi16(abHigh, cdHigh), weights);
     }
-    // Bytes in 32-bit lanes: neither pack ever saturates.
+    // Neither pack ever saturates, because the lanes hold bytes.
     const __m512i low = _mm512_packus_epi32(Bytes(sums[0]), Bytes(sums[1]));
     const __m512i high = _mm512_packus_epi32(Bytes(sums[2]), Bytes(sums[3]));
     _mm512_mask_storeu_epi8(row.pOut + nAt, nMask, _mm512_packus_epi16(low, high));
 }
 
-KEL_TARGET void ScaleColumns(const VerticalRow& row) {
+KEL_AVX512 void ScaleColumns(const VerticalRow& row) {
     constexpr __mmask64 kAll = ~__mmask64{0};
     for (std::size_t nAt = 0; nAt < row.nBytes; nAt += 64) {
         const std::size_t nLeft = row.nBytes - nAt;
@@ -100,9 +96,7 @@ KEL_TARGET void ScaleColumns(const VerticalRow& row) {
 
 }  // namespace
 
-void ScaleColumns_Avx512(const VerticalRow& row) {
-    ScaleColumns(row);
-}
+const VerticalFunctions kVerticalAvx512 = {kNoPairLimit, ScaleColumns};
 
 }  // namespace kel
 

@@ -1,0 +1,85 @@
+// One row of the horizontal pass by shuffles, for AVX2, 8 pixels at a time, 4 in each half.
+//
+// Exact, because vpmaddubsw never saturates, and the rest is added in 32 bits. kBandPortable
+// defines the bytes.
+//
+//     255 x 128 = 32,640 < 32,768
+#if defined(__x86_64__)
+
+#include "kelcpu/x86.h"
+#include "kelscale/variants.h"
+#include "kelscale/x86/storeeight_avx2.h"
+
+namespace kel {
+
+namespace {
+
+constexpr ShuffleShape kShape = {2, 4, kPairLimit};
+constexpr std::size_t kBlock = kShape.BlockPixels();
+
+KEL_AVX2 KEL_INLINE __m256i Load(const void* p) {
+    return _mm256_loadu_si256(static_cast<const __m256i*>(p));
+}
+
+KEL_AVX2 KEL_INLINE __m256i LoadHalves(const unsigned char* pLow, const unsigned char* pHigh) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pLow))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(pHigh)), 1);
+}
+
+KEL_AVX2 KEL_INLINE __m256i Add(__m256i sum, __m256i pixels, __m256i order, __m256i weights) {
+    const __m256i pairs = _mm256_maddubs_epi16(_mm256_shuffle_epi8(pixels, order), weights);
+    return _mm256_add_epi32(sum, _mm256_madd_epi16(pairs, _mm256_set1_epi16(1)));
+}
+
+// The byte of each lane's sum.
+KEL_AVX2 KEL_INLINE __m256i ByteOf(__m256i sum, bool bUnsigned16) {
+    if (!bUnsigned16) {
+        // Adds 255 to negative sums, so that the shift by 8 cuts towards zero.
+        sum = _mm256_add_epi32(sum, _mm256_srli_epi32(_mm256_srai_epi32(sum, 31), 24));
+    }
+    return _mm256_and_si256(_mm256_srli_epi32(sum, 8), _mm256_set1_epi32(255));
+}
+
+// The sums of a block, 12 bytes in each half.
+KEL_AVX2 KEL_INLINE __m256i Pack(__m256i b, __m256i g, __m256i r) {
+    const __m256i order =
+        _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
+                         0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    const __m256i pixels =
+        _mm256_or_si256(b, _mm256_or_si256(_mm256_slli_epi32(g, 8), _mm256_slli_epi32(r, 16)));
+    return _mm256_shuffle_epi8(pixels, order);
+}
+
+KEL_AVX2 void ScaleRow(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
+                       const ShufflePlan& plan) {
+    const __m256i one = _mm256_set1_epi8(1);
+    const __m256i two = _mm256_set1_epi8(2);
+    const unsigned int* pStart = plan.pStart.get();
+    std::size_t nStep = 0;
+    for (std::size_t x = 0; x < nOutWidth; x += kBlock) {
+        __m256i b = _mm256_set1_epi32(128);
+        __m256i g = b;
+        __m256i r = b;
+        for (++pStart; nStep < *pStart; ++nStep) {
+            const unsigned int* pLoads = &plan.pLoads[nStep * 2];
+            const __m256i pixels = LoadHalves(pIn + pLoads[0], pIn + pLoads[1]);
+            const __m256i order = Load(&plan.pOrders[nStep * 32]);
+            const __m256i weights = Load(&plan.pWeights[nStep * 32]);
+            b = Add(b, pixels, order, weights);
+            g = Add(g, pixels, _mm256_add_epi8(order, one), weights);
+            r = Add(r, pixels, _mm256_add_epi8(order, two), weights);
+        }
+        const __m256i bytes = Pack(ByteOf(b, plan.bUnsigned16), ByteOf(g, plan.bUnsigned16),
+                                   ByteOf(r, plan.bUnsigned16));
+        StoreEight(bytes, pOut, x, nOutWidth);
+    }
+}
+
+}  // namespace
+
+const ShuffleFunctions kShufflesAvx2 = {kShape, 2, ScaleRow};
+
+}  // namespace kel
+
+#endif  // __x86_64__
