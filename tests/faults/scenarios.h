@@ -22,14 +22,14 @@
 
 namespace faults {
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
 // What a scenario works on, made before any fault begins.
 struct Stage {
     CKelImage image;
     std::unique_ptr<support::FaultyArchive> pIn = std::make_unique<support::FaultyArchive>();
     support::FaultyArchive out;
-    Bytes file;                  // the bytes behind pIn
+    Bytes file;                  // the bytes that pIn reads
     support::Picture lent;       // a caller's bitmap
     IKelImage* pMade = nullptr;  // an image the scenario made, ended with the stage
     ~Stage() { DestroyImageObject(pMade); }
@@ -53,9 +53,6 @@ const std::vector<Scenario>& AllScenarios();
 // A file of the fuzz targets' corpus.
 Bytes Load(const std::string& strFile);
 
-// Everything there is to see of an image: header, palette, pixels.
-Bytes Seen(CKelImage& image);
-
 // A scenario's end: its result, the image, what was made and what was written.
 struct Outcome {
     KelResult nResult;
@@ -64,7 +61,7 @@ struct Outcome {
 };
 Outcome OutcomeOf(Stage& stage, KelResult nResult);
 
-// Fails the current test unless the image is consistent (support/invariants.h).
+// Fails the current test unless the image is consistent (support/inspect.h).
 void ExpectSound(CKelImage& image, const std::string& strWhere);
 
 }  // namespace faults

@@ -1,3 +1,4 @@
+// The scenarios themselves, and what they see of an image.
 #include "scenarios.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,7 @@
 
 #include "kelparameters/kelparameters.h"
 #include "support/allocfaults.h"
-#include "support/invariants.h"
+#include "support/inspect.h"
 
 namespace faults {
 
@@ -43,15 +44,21 @@ Scenario OpenPath(const std::string& strFile) {
 Scenario SaveStream(const char* pszName, support::Kind kind, KelImageFormat eFormat) {
     return {std::string("save ") + pszName + " from " + support::Name(kind), Promise::kUnchanged,
             Holding(kind), [=](Stage& stage) {
-                tagKelParameterItem item = {"quality", CVamVariant(60)};
+                static tagKelParameterItem item = {"quality", CVamVariant(60)};
                 tagKelParameters params = {1, &item};
                 return stage.image.Save(&stage.out, eFormat, &params);
             }};
 }
 
+#ifdef _WIN32
+constexpr char kSavePath[] = "saved.tmp";  // no device is a file there
+#else
+constexpr char kSavePath[] = "/dev/null";
+#endif
+
 Scenario SavePath(const char* pszName, KelImageFormat eFormat) {
     return {std::string("save path ") + pszName, Promise::kUnchanged, Holding(kBits24),
-            [=](Stage& stage) { return stage.image.Save("/dev/null", eFormat, nullptr); }};
+            [=](Stage& stage) { return stage.image.Save(kSavePath, eFormat, nullptr); }};
 }
 
 // An operation without a result: it has worked when the picture is another one.
@@ -60,20 +67,20 @@ Scenario InPlace(const char* pszName, support::Kind kind, std::function<void(CKe
                 Bytes before;
                 {
                     const support::AllocPause pause;
-                    before = Seen(stage.image);
+                    before = support::Snapshot(stage.image);
                 }
                 work(stage.image);
                 const support::AllocPause pause;
-                return Seen(stage.image) == before ? KEL_ERR_MEMORY : KEL_OK;
+                return support::Snapshot(stage.image) == before ? KEL_ERR_MEMORY : KEL_OK;
             }};
 }
 
 Scenario Scale(support::Kind kind, int nKernel, bool bNew) {
+    static tagKelParameterItem items[] = {
+        {"width", CVamVariant(8)}, {"height", CVamVariant(0.5)}, {"type", CVamVariant()}};
     return {"scale " + support::Name(kind) + (bNew ? " anew" : " in place"), Promise::kUnchanged,
             Holding(kind, 21, 17), [=](Stage& stage) {
-                tagKelParameterItem items[] = {{"width", CVamVariant(8)},
-                                               {"height", CVamVariant(0.5)},
-                                               {"type", CVamVariant(nKernel)}};
+                items[2].varValue = CVamVariant(nKernel);
                 tagKelParameters params = {3, items};
                 return bNew ? stage.image.ApplyFilter(&stage.pMade, KEL_FILTER_SCALE, &params)
                             : stage.image.ApplyFilter(KEL_FILTER_SCALE, &params);
@@ -159,27 +166,16 @@ const std::vector<Scenario>& AllScenarios() {
     return all;
 }
 
-Bytes Seen(CKelImage& image) {
-    const auto* pHeader = reinterpret_cast<unsigned char*>(&image.m_bmih);
-    Bytes seen(pHeader, pHeader + sizeof image.m_bmih);
-    const auto* pPalette = reinterpret_cast<unsigned char*>(image.m_pPalette);
-    seen.insert(seen.end(), pPalette, pPalette + 4 * image.m_nPaletteNum);
-    if (image.m_ppLineArray != nullptr) {
-        seen.insert(seen.end(), image.m_pBits, image.m_pBits + image.GetBmpDataSize());
-    }
-    return seen;
-}
-
 Outcome OutcomeOf(Stage& stage, KelResult nResult) {
-    Outcome outcome{nResult, Seen(stage.image), {}, {}};
+    Outcome outcome{nResult, support::Snapshot(stage.image), {}, {}};
     if (auto* pMade = dynamic_cast<CKelImage*>(stage.pMade))
-        outcome.made = Seen(*pMade);
+        outcome.made = support::Snapshot(*pMade);
     outcome.written.assign(stage.out.GetData(), stage.out.GetData() + stage.out.GetSize());
     return outcome;
 }
 
 void ExpectSound(CKelImage& image, const std::string& strWhere) {
-    EXPECT_TRUE(support::Consistent(image)) << strWhere;
+    EXPECT_EQ("", support::FaultOf(image)) << strWhere;
 }
 
 }  // namespace faults

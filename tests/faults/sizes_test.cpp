@@ -1,6 +1,8 @@
 // Claims of sizes at every wrap-around of 32-bit arithmetic, opened and asked for in a child
 // process that may hold 512 MB: whatever does not fit is answered with a code at once, whatever
 // fits is done.
+#ifndef _WIN32  // no child process that shares this one's memory, no limit on its own
+
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -10,6 +12,8 @@
 
 #include <algorithm>
 #include <ctime>
+#include <fstream>
+#include <utility>
 
 #include "kelbitmap/bmplayout.h"
 #include "scenarios.h"
@@ -36,12 +40,20 @@ bool IsLong(u32 nWidth, u32 nHeight, u32 nBits) {
     return dPixels + 8 * dRows > (2 << 20) && dPixels < (600 << 20);
 }
 
-// Whether the work, done in a child, comes to its end without a failed expectation.
+// Bytes of address space in use.
+rlim_t AddressSpace() {
+    rlim_t nPages = 0;
+    std::ifstream("/proc/self/statm") >> nPages;
+    return nPages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Whether the work, done in a child that may hold nCap bytes, comes to its end without a failed
+// expectation.
 template <class Work>
-bool PassesInChild(const Work& work) {
+bool PassesInChild(const Work& work, rlim_t nCap = 512u << 20) {
     const pid_t nChild = fork();
     if (nChild == 0) {
-        const rlimit cap = {512u << 20, 512u << 20};
+        const rlimit cap = {nCap, nCap};
         setrlimit(RLIMIT_AS, &cap);
         [&]() noexcept { work(); }();
         _exit(testing::Test::HasFailure() ? 1 : 0);
@@ -59,8 +71,8 @@ void OpenAll(const std::vector<Bytes>& files) {
         const std::clock_t nStart = std::clock();
         const KelResult nResult = image.Open(&archive);
         const std::clock_t nSeconds = (std::clock() - nStart) / CLOCKS_PER_SEC;
-        // At once is a second, and as much again for a busy machine.
-        EXPECT_TRUE(nResult == KEL_OK || nSeconds < 2) << &file - files.data();
+        // A second is at once. A busy machine and counted lines take a few times as much.
+        EXPECT_TRUE(nResult == KEL_OK || nSeconds < 6) << &file - files.data();
         const KelResult codes[] = {KEL_OK, KEL_ERR_PARAM, KEL_ERR_MEMORY, KEL_ERR_CODEC};
         EXPECT_NE(std::find(codes, codes + 4, nResult), codes + 4) << nResult;
         ExpectSound(image, "claim");
@@ -117,7 +129,7 @@ TEST(Sizes, PngAndJpegClaims) {
         Bytes file = Load(pszFile);
         std::size_t nFrame = 0;
         while (file.at(nFrame) != 0xFF || (file[nFrame + 1] != 0xC0 && file[nFrame + 1] != 0xC2))
-            nFrame++;
+            ++nFrame;
         kel::Store16(&file[nFrame + 7], htons(65500));
         const std::uint16_t sides[] = {0, 65500, 65501, 65535};
         for (const std::uint16_t nSide : sides) {
@@ -126,6 +138,82 @@ TEST(Sizes, PngAndJpegClaims) {
         }
     }
     EXPECT_TRUE(PassesInChild([&] { OpenAll(files); }));
+}
+
+// What is not used, or will be refused, costs little whatever it claims.
+TEST(Sizes, SmallFilesCostLittle) {
+    struct Case {
+        Bytes file;
+        KelResult nResult;
+        std::size_t nLines;  // of the trace
+    };
+    std::vector<Case> cases;
+    const Bytes bmp = Load("bmp/40-24-0");
+    const std::pair<std::size_t, u32> refused[] = {{28, 2}, {28, 64}, {30, 4}, {30, 0xFFFFFFFF}};
+    for (const auto& [nField, nValue] : refused) {
+        for (const u32 nRows : {0x08000000u, 2u}) {
+            Bytes file = bmp;
+            kel::Store32(&file[18], 40);
+            kel::Store32(&file[22], nRows / (nValue == 64 ? 64 : 8));
+            kel::Store32(&file[34], 0xFFFFFFF0);
+            kel::Store16(&file[nField], static_cast<std::uint16_t>(nValue));
+            cases.push_back({file, KEL_ERR_PARAM, 0});
+        }
+    }
+    Bytes tall = bmp, table = bmp;
+    kel::Store32(&tall[18], 1);
+    kel::Store32(&tall[22], 0x10000000);  // 2 GiB of row pointers
+    cases.push_back({tall, KEL_ERR_MEMORY, 2});
+    kel::Store32(&table[46], 0x10000000);
+    cases.push_back({table, KEL_OK, 0});
+    // Chunks before the pixels of a PNG: 250 of 8 KB that inflate to 8 MB each, and claims of 2 GB.
+    const auto chunk = [](const char* pszType, Bytes data) {
+        data.insert(data.begin(), pszType, pszType + 4);
+        Bytes bytes(4), crc(4);
+        kel::Store32(bytes.data(), htonl(static_cast<u32>(data.size() - 4)));
+        kel::Store32(crc.data(), htonl(static_cast<u32>(crc32_z(0, data.data(), data.size()))));
+        bytes.insert(bytes.end(), data.begin(), data.end());
+        bytes.insert(bytes.end(), crc.begin(), crc.end());
+        return bytes;
+    };
+    const Bytes png = Load("png/2-8-0");
+    const auto with = [&](const Bytes& chunks) {
+        Bytes file = png;
+        file.insert(file.begin() + 33, chunks.begin(), chunks.end());
+        return file;
+    };
+    const Bytes text(7900000, 'a');
+    uLongf nPacked = compressBound(text.size());
+    Bytes packed(nPacked + 3);
+    packed[0] = 'k';
+    compress2(&packed[3], &nPacked, text.data(), text.size(), 9);
+    packed.resize(nPacked + 3);
+    Bytes chunks;
+    for (int i = 0; i < 250; ++i) {
+        const Bytes one = chunk("zTXt", packed);
+        chunks.insert(chunks.end(), one.begin(), one.end());
+    }
+    cases.push_back({with(chunks), KEL_OK, 0});
+    for (const char* pszType : {"tEXt", "zTXt", "iTXt", "sPLT", "pCAL", "sCAL", "eXIf"}) {
+        Bytes claim = chunk(pszType, {1, 2, 3, 4});
+        kel::Store32(claim.data(), htonl(0x7FFFFFF0));
+        cases.push_back({with(claim), KEL_ERR_CODEC, 2});  // "too large", "Read Error"
+        const bool bDamaged = pszType[0] != 't';           // in a small chunk that is traced
+        cases.push_back({with(chunk(pszType, {})), KEL_OK, bDamaged ? 1u : 0u});
+    }
+    const auto work = [&] {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(&c - cases.data());
+            const support::RecordingTrace trace;
+            CVamArchiveMemory archive(c.file.data(), c.file.size());
+            CKelImage image;
+            const std::clock_t nStart = std::clock();
+            EXPECT_EQ(c.nResult, image.Open(&archive));
+            EXPECT_LT(std::clock() - nStart, CLOCKS_PER_SEC / 2);
+            EXPECT_EQ(c.nLines, trace.Lines().size());
+        }
+    };
+    EXPECT_TRUE(PassesInChild(work, AddressSpace() + (32u << 20)));
 }
 
 TEST(Sizes, CallsAtEveryWrapAround) {
@@ -159,5 +247,7 @@ TEST(Sizes, CallsAtEveryWrapAround) {
     };
     EXPECT_TRUE(PassesInChild(work));
 }
+
+#endif
 
 #endif

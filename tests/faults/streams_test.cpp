@@ -72,7 +72,7 @@ TEST(Streams, FileShrinksWhileItIsRead) {
         std::ofstream(path, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
         ShrinkingFile file;
-        ASSERT_TRUE(file.Open(path.c_str(), "r+b"));
+        ASSERT_TRUE(file.Open(path.string().c_str(), "r+b"));
         CKelImage image;
         const KelResult nResult = image.Open(&file);
         EXPECT_TRUE(nResult == item.nResult || nResult == KEL_ERR_CODEC) << item.pszFile;

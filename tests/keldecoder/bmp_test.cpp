@@ -11,7 +11,7 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
 // A BMP file built by hand, and the parts the image must come to hold.
 struct BmpFile {
@@ -35,7 +35,7 @@ Bytes Noise(std::size_t nSize, unsigned int nSeed) {
     return bytes;
 }
 
-// A gap of 5 bytes lies before the rows and 7 bytes behind them, so that only the offset finds
+// A gap of 5 bytes lies before the rows and 7 bytes after them, so that only the offset finds
 // them.
 BmpFile Finish(BmpFile file, const Bytes& fileTable, int nBits, int nWidth, int nRows) {
     file.nStride = (nBits * nWidth + 31) / 32 * 4;
@@ -61,9 +61,9 @@ BmpFile InfoFile(int nBits, int nWidth, int nHeight, unsigned int nCompression =
     return Finish(file, file.table, nBits, nWidth, std::abs(nHeight));
 }
 
-BmpFile CoreFile(int nBits, int nWidth, int nHeight) {
+BmpFile CoreFile(int nBits, int nWidth, int nHeight, unsigned int nHeaderSize = 12) {
     BmpFile file{Bytes(26), {}, {}, 0};
-    file.Put(14, 12);
+    file.Put(14, nHeaderSize);
     file.Put(18, static_cast<unsigned int>(nWidth | nHeight << 16));
     file.Put(22, static_cast<unsigned int>(1 | nBits << 16));
     const Bytes triples = Noise(nBits <= 8 ? std::size_t{3} << nBits : 0, 5);
@@ -114,12 +114,15 @@ TEST(BmpReader, EveryLayoutBothDirectionsBothHeaders) {
             }
         }
     }
+    for (const unsigned int nHeaderSize : {0u, 39u, 41u, 108u, 124u}) {  // read as 12 bytes
+        ExpectOpens(CoreFile(4, 9, 3, nHeaderSize), 4, 9, 3, true);
+    }
 }
 
-// biSizeImage against the bytes the rows take: 7 x 4 pixels at 8 bits, 32 bytes.
+// biSizeImage against the bytes the rows take: 7 x 4 pixels at 8 bits, 32 bytes. 7 more follow.
 TEST(BmpReader, ClaimedSizeOfTheRows) {
-    const unsigned int cases[][3] = {
-        {BI_RGB, 31, 32}, {BI_RGB, 3000000, 3000000}, {BI_RLE8, 10, 10}, {BI_RLE8, 0, 32}};
+    const unsigned int cases[][3] = {{BI_RGB, 31, 32},  {BI_RGB, 3000000, 39}, {BI_RLE8, 10, 10},
+                                     {BI_RLE8, 37, 37}, {BI_RLE8, 40, 39},     {BI_RLE8, 0, 32}};
     for (const auto& [nCompression, nClaimed, nKept] : cases) {
         SCOPED_TRACE(nClaimed);
         BmpFile file = InfoFile(8, 7, -4, nCompression);
@@ -142,10 +145,15 @@ TEST(BmpReader, CraftedHeaders) {
     const Case cases[] = {
         {"depth 2", 3, 2, 2, 0, 0, KEL_ERR_PARAM, true},
         {"compression 4", 3, 2, 24, 4, 0, KEL_ERR_PARAM, true},
+        {"depth 2, rows longer than the file", 300, 2000, 2, 0, 0, KEL_ERR_PARAM, false},
+        {"depth 2, 2^28 rows", 0, 1 << 28, 2, 0, 0, KEL_ERR_PARAM, true},
+        {"compression 4, 2^28 rows", 1, 1 << 28, 8, 4, 0, KEL_ERR_PARAM, false},
         {"negative width", -3, 2, 24, 0, 0, KEL_ERR_PARAM, false},
         {"height without absolute value", 3, INT_MIN, 24, 0, 0, KEL_ERR_PARAM, false},
         {"65,537 entries", 3, 2, 8, 0, 65537, KEL_ERR_PARAM, false},
-        {"table size wraps to 0", 3, 2, 24, 0, 0x40000000, KEL_ERR_PARAM, false},
+        {"65,537 entries where none is needed", 3, 2, 16, 0, 65537, KEL_OK, true},
+        {"table size wraps to 0", 3, 2, 24, 0, 0x40000000, KEL_OK, true},
+        {"masks, whatever the count", 3, 2, 32, 3, 0xFFFFFFFF, KEL_OK, true},
         {"rows over 31 bits", 30000, 30000, 24, 0, 0, KEL_ERR_PARAM, false},
         {"stride wraps", 0x10000001, 2, 32, 0, 0, KEL_ERR_PARAM, false},
         {"no columns, too many row pointers", 0, INT_MAX, 24, 0, 0, KEL_ERR_MEMORY, false},
@@ -157,10 +165,16 @@ TEST(BmpReader, CraftedHeaders) {
         SCOPED_TRACE(c.pszWhat);
         BmpFile file = InfoFile(24, 3, 2);
         file.PutHeader(c.nBits, c.nWidth, c.nHeight, c.nCompression, c.nEntries);
-        const support::RecordingTrace silence(-1);
+        const support::RecordingTrace trace;
         CKelImage image;
         ASSERT_EQ(KEL_OK, Decode(CoreFile(1, 3, 3).bytes, image));  // to be replaced
         EXPECT_EQ(c.nResult, Decode(file.bytes, image));
+        EXPECT_EQ(c.nResult == KEL_ERR_MEMORY, !trace.Lines().empty());
+        const bool bMasks = c.nCompression == BI_BITFIELDS;
+        EXPECT_EQ(bMasks                                ? 3
+                  : c.nResult == KEL_OK && c.nBits == 8 ? 65536
+                                                        : 0,
+                  image.GetPaletteNum());
         EXPECT_EQ(c.bKeepsBuffers, image.GetBits() != nullptr);
         EXPECT_EQ(c.nResult == KEL_OK ? c.nHeight : 0, image.GetHeight());
         EXPECT_EQ(c.nResult == KEL_OK, image.GetLineArray() != nullptr);
@@ -169,6 +183,34 @@ TEST(BmpReader, CraftedHeaders) {
     longer.Put(14, 124);
     CKelImage image;
     EXPECT_EQ(KEL_ERR_PARAM, Decode(longer.bytes, image));
+}
+
+// Pixel data of a refused header are kept when they arrive, however many there are.
+TEST(BmpReader, RefusedPixelsAreKept) {
+    for (const int nRows : {1, 65536, 65537, 131073, 300001}) {
+        BmpFile file = InfoFile(8, 1, nRows);
+        file.bytes[30] = 9;  // the compression
+        CKelImage image;
+        EXPECT_EQ(KEL_ERR_PARAM, Decode(file.bytes, image));
+        ASSERT_NE(nullptr, image.GetBits()) << nRows;
+        EXPECT_EQ(nRows, image.GetBitmapInfo()->bmiHeader.biHeight);
+        EXPECT_TRUE(std::equal(file.rows.begin(), file.rows.end(), image.GetBits()));
+    }
+}
+
+// A stream that answers -1 delivers nothing, even where as many bytes were asked for.
+TEST(BmpReader, MinusOneIsNothing) {
+    BmpFile file = InfoFile(8, 7, -4);
+    file.Put(34, 0xFFFFFFFF);
+    support::FaultyArchive archive(file.bytes);
+    archive.FailAt(support::Op::kRead, 5, support::Fault::kMinusOne);
+    CKelImage image;
+    if (CKelBMPDecoder().Do(&archive, &image) == KEL_ERR_MEMORY) {
+        GTEST_SKIP() << "no 4 GiB of address space";
+    }
+    EXPECT_TRUE(archive.Fired());
+    EXPECT_EQ(32u, image.GetBitmapInfoHeader()->biSizeImage);
+    EXPECT_EQ(Bytes(32), Bytes(image.GetBits(), image.GetBits() + 32));
 }
 
 // Every prefix gives the same picture whatever fresh memory holds, and zero where nothing arrived.

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <plaincodecs.h>
+#include "support/reference/codecs.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,14 +10,14 @@
 
 namespace {
 
-using plain::Bytes;
+using support::Bytes;
 
 constexpr auto Decode = support::Decode<CKelJpegDecoder>;
 
-Bytes NoiseFile(const plain::JpegFormat& format) {
+Bytes NoiseFile(const reference::JpegFormat& format) {
     Bytes rows(static_cast<std::size_t>(format.nWidth * format.nHeight * format.nComponents)), file;
     support::Random(1).Fill(rows.data(), rows.size());
-    plain::EncodeJpeg(rows.data(), format, &file);
+    reference::EncodeJpeg(rows.data(), format, &file);
     return file;
 }
 
@@ -30,7 +30,7 @@ void ExpectAsPlain(const Bytes& file, CVamArchive&& archive) {
     CKelImage image;
     const KelResult nResult = CKelJpegDecoder().Do(&archive, &image);
     try {
-        const plain::JpegPicture expected = plain::DecodeJpeg(file);
+        const reference::JpegPicture expected = reference::DecodeJpeg(file);
         ASSERT_EQ(nResult, KEL_OK);
         ASSERT_EQ(image.GetWidth(), expected.nWidth);
         ASSERT_EQ(image.GetHeight(), expected.nHeight);
@@ -43,7 +43,7 @@ void ExpectAsPlain(const Bytes& file, CVamArchive&& archive) {
             }
         }
         EXPECT_TRUE(rows == expected.Rows());
-    } catch (const plain::JpegError&) {
+    } catch (const reference::JpegError&) {
         EXPECT_EQ(nResult, KEL_ERR_CODEC);
     }
 }
@@ -55,7 +55,7 @@ void ExpectAsPlain(const Bytes& file) {
 }  // namespace
 
 TEST(JpegDecoder, DeliversWhatPlainLibjpegDelivers) {
-    const int sizes[][2] = {{1, 1}, {7, 5}, {16, 16}, {33, 17}, {130, 71}};
+    const int sizes[][2] = {{1, 1}, {7, 5}, {16, 16}, {33, 17}, {130, 71}, {6000, 20}};
     for (const auto& [nWidth, nHeight] : sizes) {
         for (const int nComponents : {1, 3, 4}) {
             SCOPED_TRACE(testing::Message() << nWidth << " x " << nHeight << " x " << nComponents);
@@ -83,6 +83,71 @@ TEST(JpegDecoder, TreatsEveryTruncationAsPlainLibjpegDoes) {
     }
     EXPECT_TRUE(trace.Lines().empty());
     testing::internal::GetCapturedStderr();
+}
+
+// Restart markers bring the decoder back into step where data between them are lost.
+TEST(JpegDecoder, GoesOnAtTheNextRestartMarkerAsPlainLibjpegDoes) {
+    testing::internal::CaptureStderr();
+    const Bytes file = NoiseFile({64, 64, 3, 75, false, JCS_UNKNOWN, 0, 3});
+    int nMarkers = 0;
+    for (std::size_t i = 0; i + 1 < file.size(); ++i) {
+        if (file[i] != 0xFF || (file[i + 1] & 0xF8) != JPEG_RST0) {
+            continue;
+        }
+        SCOPED_TRACE(++nMarkers);
+        for (const int nStep : {1, 3, 6}) {  // steps that libjpeg treats in three ways
+            Bytes other = file;
+            other[i + 1] = static_cast<unsigned char>(JPEG_RST0 + (file[i + 1] + nStep) % 8);
+            ExpectAsPlain(other);
+        }
+        Bytes without = file;
+        without.erase(without.begin() + static_cast<std::ptrdiff_t>(i) - 5,
+                      without.begin() + static_cast<std::ptrdiff_t>(i) + 2);
+        ExpectAsPlain(without);
+    }
+    EXPECT_GT(nMarkers, 3);
+    testing::internal::GetCapturedStderr();
+}
+
+// When the stream throws in the middle, the rows that were not reached are zero, whatever fresh
+// memory holds.
+TEST(JpegDecoder, RowsThatWereNotReachedAreZero) {
+    const Bytes file = NoiseFile({200, 300});
+    Bytes seen[2];
+    for (const int i : {0, 1}) {
+        const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
+        support::FaultyArchive archive(file);
+        archive.FailAt(support::Op::kRead, 4, support::Fault::kThrow);
+        CKelImage image;
+        EXPECT_THROW(CKelJpegDecoder().Do(&archive, &image), support::ForeignError);
+        ASSERT_EQ(image.GetHeight(), 300);
+        seen[i] = Bytes(image.GetBits(), image.GetBits() + image.GetBmpDataSize());
+    }
+    EXPECT_TRUE(seen[0] == seen[1]);
+    const Bytes& rows = seen[0];
+    EXPECT_NE(Bytes(rows.begin(), rows.begin() + 600), Bytes(600));
+    EXPECT_EQ(Bytes(rows.end() - 600, rows.end()), Bytes(600));
+}
+
+TEST(JpegSource, SkipsAcrossBlocks) {
+    Bytes bytes(9000);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<unsigned char>(i % 251);
+    }
+    support::FaultyArchive archive(bytes);
+    CKelJpegSrcMgr source(&archive);
+    jpeg_decompress_struct info = {};
+    info.src = &source;
+    CKelJpegSrcMgr::FillInputBuffer(&info);
+    std::size_t nAt = 0;
+    for (const long nBytes : {-5L, 0L, 1L, 4095L, 0L, 4097L}) {
+        CKelJpegSrcMgr::SkipInputData(&info, nBytes);
+        nAt += nBytes > 0 ? static_cast<std::size_t>(nBytes) : 0;
+        if (source.bytes_in_buffer > 0) {
+            EXPECT_EQ(*source.next_input_byte, bytes[nAt]) << nAt;
+        }
+    }
+    EXPECT_EQ(source.bytes_in_buffer, bytes.size() - nAt);
 }
 
 TEST(JpegDecoder, TakesAFailedReadAsTheEnd) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
-#include <plaincodecs.h>
+#include <zlib.h>
+#include "support/reference/codecs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -7,9 +8,10 @@
 #include "keldecoder/kelpngdecoder.h"
 #include "support/pictures.h"
 #include "support/readers.h"
+#include "support/vamlines.h"
 
-using plain::Bytes;
-using plain::PngFormat;
+using reference::PngFormat;
+using support::Bytes;
 
 namespace {
 
@@ -29,7 +31,7 @@ constexpr Kind kKinds[] = {{PNG_COLOR_TYPE_GRAY, 1, 24},        {PNG_COLOR_TYPE_
 
 // A file with random rows and, for indices, a random palette of nColors (0: of all there can be).
 Bytes NoiseFile(PngFormat format, std::size_t nColors = 0,
-                const plain::PngRequest& request = nullptr) {
+                const reference::PngRequest& request = nullptr) {
     support::Random random(7);
     if (format.nColorType == PNG_COLOR_TYPE_PALETTE) {
         format.palette.resize(nColors != 0 ? nColors : std::size_t{1} << format.nBitDepth);
@@ -40,20 +42,19 @@ Bytes NoiseFile(PngFormat format, std::size_t nColors = 0,
     const auto nStride = static_cast<std::size_t>(format.nWidth) * 8;  // enough for any kind
     Bytes rows(nStride * static_cast<std::size_t>(format.nHeight));
     random.Fill(rows.data(), rows.size());
-    return plain::EncodePng(rows.data(), nStride, format, request);
+    return reference::EncodePng(rows.data(), nStride, format, request);
 }
 
-std::vector<support::TraceLine> OneLine(const char* pszText) {
-    return {{ZT_TRACE_VAM, 0, pszText}};
-}
+// The one line of an error, as VamTrace is asked for it.
+const std::vector<std::string> kReadError = {"PNG Decoder error msg:%$s\r\n|Read Error"};
 
 constexpr auto Decode = support::Decode<CKelPNGDecoder>;
 
 }  // namespace
 
 TEST(PngReader, EveryKindEqualsPlainLibpng) {
-    support::RecordingTrace trace;
-    const support::AllocFill zero(0);  // bits behind a row of the plain loop
+    const support::VamLines trace;
+    const support::AllocFill zero(0);  // the unused bits of the judge's rows
     for (const Kind& kind : kKinds) {
         const bool bPalette = kind.nColorType == PNG_COLOR_TYPE_PALETTE;
         // What brings libpng's rows into the image's layout, written from the layouts.
@@ -73,7 +74,7 @@ TEST(PngReader, EveryKindEqualsPlainLibpng) {
                                                 << nInterlace << " " << nWidth);
                 const Bytes file =
                     NoiseFile({nWidth, 11, kind.nBitDepth, kind.nColorType, nInterlace, {}});
-                const plain::PngPicture expected = plain::DecodePng(file, request);
+                const reference::PngPicture expected = reference::DecodePng(file, request);
                 CKelImage image;
                 ASSERT_EQ(KEL_OK, Decode(file, image));
                 EXPECT_EQ(kind.nImageDepth, image.GetBitsPerPixel());
@@ -125,10 +126,11 @@ TEST(PngReader, PrefixesKeepTheRowsReadSoFar) {
         for (std::size_t nLength = 0; nLength < file.size(); ++nLength) {
             SCOPED_TRACE(nLength);
             const support::AllocFill fill(nLength % 2 == 0 ? 0xA5 : 0x5A);
-            support::RecordingTrace trace;
+            const support::VamLines trace;
             CKelImage image;
+            image.Create(3, 3, 24);  // to be replaced
             ASSERT_EQ(KEL_ERR_CODEC, Decode(Bytes(file.data(), file.data() + nLength), image));
-            EXPECT_EQ(OneLine("PNG Decoder error msg:Read Error\r\n"), trace.Lines());
+            EXPECT_EQ(kReadError, trace.Lines());
             EXPECT_EQ(image.GetBits() ? 9 : 0, image.GetWidth());
             const Bytes rows(image.GetBits(), image.GetBits() + image.GetBmpDataSize());
             const auto differs = std::mismatch(rows.begin(), rows.end(), whole.GetBits()).first;
@@ -148,15 +150,51 @@ TEST(PngReader, HugeClaim) {
     EXPECT_EQ(0, image.GetHeight());
 }
 
+// Damage in a chunk that is not used is traced while such chunks take up to 4,096 bytes in all.
+TEST(PngReader, ReadsUnusedChunksUpToABudget) {
+    struct Case {
+        std::vector<std::size_t> texts;  // sizes of sound chunks before the damaged one of 1 byte
+        bool bTraced;
+    };
+    const Case cases[] = {
+        {{}, true}, {{4095}, true}, {{4096}, false}, {{3000, 1000}, true}, {{3000, 3000}, false}};
+    const Bytes file = NoiseFile({60, 60, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, {}});
+    ASSERT_GT(file.size(), 8192u);  // the pixels do not count
+    for (const Case& c : cases) {
+        Bytes longer(file.data(), file.data() + file.size() - 12);
+        const auto append = [&longer](const char* pszType, Bytes data) {
+            data.insert(data.begin(), pszType, pszType + 4);
+            const auto nCrc = static_cast<unsigned int>(crc32_z(0, data.data(), data.size()));
+            Bytes words(8);
+            png_save_uint_32(words.data(), static_cast<unsigned int>(data.size() - 4));
+            png_save_uint_32(words.data() + 4, nCrc);
+            data.insert(data.begin(), words.begin(), words.begin() + 4);
+            longer.insert(longer.end(), data.begin(), data.end());
+            longer.insert(longer.end(), words.begin() + 4, words.end());
+        };
+        for (const std::size_t nSize : c.texts) {
+            Bytes text(nSize, 'a');
+            text[1] = 0;
+            append("tEXt", text);
+        }
+        append("zTXt", {'k'});
+        append("IEND", {});
+        const support::VamLines trace;
+        CKelImage image;
+        EXPECT_EQ(KEL_OK, Decode(longer, image));
+        EXPECT_EQ(c.bTraced ? 1u : 0u, trace.Lines().size()) << testing::PrintToString(c.texts);
+    }
+}
+
 TEST(PngReader, WarningsAreTracedAndReadingGoesOn) {
     const Bytes few =
         NoiseFile({5, 4, 8, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, {}}, 3,
                   [](png_structp pPng, png_infop) { png_set_check_for_invalid_index(pPng, 0); });
-    support::RecordingTrace trace;
+    const support::VamLines trace;
     CKelImage image;
     EXPECT_EQ(KEL_OK, Decode(few, image));
     EXPECT_EQ(3, image.GetPaletteNum());
     const char* pszText =
-        "PNG Decode warning msg:IDAT: Read palette index exceeding num_palette\r\n";
-    EXPECT_EQ(OneLine(pszText), trace.Lines());
+        "PNG Decode warning msg:%s\r\n|IDAT: Read palette index exceeding num_palette";
+    EXPECT_EQ(std::vector<std::string>{pszText}, trace.Lines());
 }

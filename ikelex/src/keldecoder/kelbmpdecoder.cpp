@@ -1,8 +1,8 @@
 // The BMP reader.
 //
 // Header block and pixel rows are read into buffers of the final size, which the image then adopts.
-// What the file claims is checked before it is allocated or used; what the stream does not deliver
-// of header, colour table and rows is zero, so that no old memory reaches a picture.
+// What the header claims is checked before it is allocated. What the stream does not deliver is
+// zero, or is cut off where no row lies, so that no old memory reaches a picture.
 #include "kelbmpdecoder.h"
 
 #include <platform/vamplatform.h>
@@ -14,22 +14,25 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <utility>
 
-#include "../kelbitmap/bmplayout.h"
-#include "../kelbitmap/colortable.h"
-#include "../kelbitmap/strides.h"
-#include "../kelimage/kelimage.h"
-#include "../kelmemory/kelmemory.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/bmplayout.h"
+#include "kelbitmap/colortable.h"
+#include "kelbitmap/strides.h"
+#include "kelimage/kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
 using Buffer = std::unique_ptr<unsigned char[]>;
 
-// Asks for nCount bytes once and returns how many arrived; a count above that is none.
+// Asks for nCount bytes once and returns how many arrived. A stream that answers -1, or more than
+// it was asked for, delivered none.
 unsigned int ReadOnce(CVamArchive* pArchive, void* pBuffer, unsigned int nCount) {
+    constexpr unsigned int kMinusOne = std::numeric_limits<unsigned int>::max();
     const unsigned int nRead = pArchive->Read(pBuffer, nCount);
-    return nRead <= nCount ? nRead : 0;
+    return nRead <= nCount && nRead != kMinusOne ? nRead : 0;
 }
 
 // As ReadOnce; what did not arrive is zero.
@@ -44,7 +47,7 @@ struct HeaderBlock {
     unsigned int nSize = 0;
 
     bool Allocate(unsigned int nBytes) {
-        pBytes.reset(new (std::nothrow) unsigned char[nBytes]());
+        pBytes.reset(new (std::nothrow) unsigned char[nBytes]);
         nSize = nBytes;
         return pBytes != nullptr;
     }
@@ -52,23 +55,31 @@ struct HeaderBlock {
     BITMAPINFOHEADER& Header() const { return Info()->bmiHeader; }
 };
 
-// The 40-byte header at nStart with its colour table, in one read.
+// The 40-byte header at nStart with its colour table, in one read. A table of too many entries is
+// damage, unless the depth needs none: then it counts as empty.
 KelResult ReadInfoBlock(CVamArchive* pArchive, unsigned int nStart, HeaderBlock& block) {
     BITMAPINFOHEADER header;
     ReadOrZero(pArchive, reinterpret_cast<unsigned char*>(&header), kel::kBmpInfoHeaderSize);
     pArchive->Seek(nStart, 0);
-    if (kel::ColorTableEntries(header) > kel::kMaxColorTableEntries) {
+    const bool bTooMany = kel::ColorTableEntries(header) > kel::kMaxColorTableEntries;
+    if (bTooMany && header.biBitCount <= 8) {
         return KEL_ERR_PARAM;
+    }
+    if (bTooMany) {
+        header.biClrUsed = 0;
     }
     header.biSize = kel::kBmpInfoHeaderSize;
     if (!block.Allocate(IMG_GetBitmapInfoSize(&header))) {
         return KEL_ERR_MEMORY;
     }
     ReadOrZero(pArchive, block.pBytes.get(), block.nSize);
+    if (bTooMany) {
+        block.Header().biClrUsed = 0;
+    }
     return KEL_OK;
 }
 
-// The 12-byte header, turned into a 40-byte one, and its colour table of 3-byte entries.
+// The 12-byte header, converted to a 40-byte one, and its colour table of 3-byte entries.
 KelResult ReadCoreBlock(CVamArchive* pArchive, HeaderBlock& block) {
     unsigned char core[kel::kBmpCoreHeaderSize];
     ReadOrZero(pArchive, core, sizeof(core));
@@ -81,8 +92,7 @@ KelResult ReadCoreBlock(CVamArchive* pArchive, HeaderBlock& block) {
     if (!block.Allocate(IMG_GetBitmapInfoSize(&header))) {
         return KEL_ERR_MEMORY;
     }
-    constexpr std::size_t nSize = sizeof(header);
-    kel::CheckSecure(kel::kSourceDecoder, memcpy_s(block.Info(), nSize, &header, nSize));
+    kel::SecureCopy(kel::kSourceDecoder, block.Info(), &header, sizeof(header));
 
     const unsigned int nEntries = (block.nSize - kel::kBmpInfoHeaderSize) / kel::kBmpQuadSize;
     if (nEntries > 0) {
@@ -91,6 +101,7 @@ KelResult ReadCoreBlock(CVamArchive* pArchive, HeaderBlock& block) {
         unsigned char* pEntry = block.pBytes.get() + kel::kBmpInfoHeaderSize;
         for (unsigned int i = 0; i < nEntries; ++i, pEntry += kel::kBmpQuadSize) {
             std::memcpy(pEntry, triples + i * kel::kBmpTripleSize, kel::kBmpTripleSize);
+            pEntry[kel::kBmpTripleSize] = 0;
         }
     }
     return KEL_OK;
@@ -111,65 +122,71 @@ bool IsSound(const HeaderBlock& block) {
     return kel::ColorTableEntries(header) <= nRoom;
 }
 
-bool IsUncompressed(const BITMAPINFOHEADER& header) {
-    return header.biCompression == BI_RGB || header.biCompression == BI_BITFIELDS;
+// Whether OpenAs will take the header.
+bool IsSupported(const BITMAPINFOHEADER& header, const CKelImage& image) {
+    return image.IsValidPixelDepth(header.biBitCount) &&
+           image.IsValidWINCompression(header.biCompression) &&
+           header.biSize == kel::kBmpInfoHeaderSize;
 }
 
-// Whether the image will find memory for its row array beside the pixels. Asked before time is
-// spent on reading and turning the rows, and only for heights at which that time counts.
-bool HasRoomForRowArray(int nHeight) {
-    constexpr std::int64_t kManyRows = 1 << 20;
-    const std::int64_t nRows = std::abs(nHeight);
-    const std::int64_t nBytes = nRows * std::int64_t{sizeof(unsigned char*)};
-    if (nRows < kManyRows || (nBytes <= kel::kMaxSize &&
-                              Buffer(kel::NewPixelsNothrow(static_cast<std::size_t>(nBytes))))) {
-        return true;
-    }
-    kel::TraceNull("m_ppLineArray");
-    return false;
+// nSize bytes of pixel data for a header that will be refused. They are read in growing pieces: no
+// more than twice what arrives is allocated, whatever the header claims, beyond a small first
+// piece. Null when a piece does not arrive in full; of the last piece, the rest is zero then.
+Buffer ReadRefusedPixels(CVamArchive* pArchive, unsigned int nSize) {
+    constexpr unsigned int kFirstPiece = 1 << 16;
+    Buffer pPixels;
+    unsigned int nHeld = 0;
+    do {
+        const unsigned int nNext =
+            std::min(nSize, std::max(kFirstPiece, nHeld > nSize / 2 ? nSize : nHeld * 2));
+        Buffer pLarger(new (std::nothrow) unsigned char[nNext]());
+        if (!pLarger) {
+            return nullptr;
+        }
+        std::copy_n(pPixels.get(), nHeld, pLarger.get());
+        const unsigned int nRead = ReadOnce(pArchive, pLarger.get() + nHeld, nNext - nHeld);
+        if (nRead < nNext - nHeld && nNext < nSize) {
+            return nullptr;
+        }
+        pPixels = std::move(pLarger);
+        nHeld = nNext;
+    } while (nHeld < nSize);
+    return pPixels;
 }
 
-// The pixel data, biSizeImage bytes in one read; biSizeImage is settled first when it is 0 or, for
-// uncompressed rows, too small. The buffer covers every row, and bytes of rows that did not arrive
-// are zero. Null when it cannot be had.
-Buffer ReadPixels(CVamArchive* pArchive, BITMAPINFOHEADER& header) {
-    const auto nRows = static_cast<unsigned int>(
-        kel::PictureSize(header.biBitCount, header.biWidth, std::abs(header.biHeight)));
-    if (header.biSizeImage == 0 || (IsUncompressed(header) && header.biSizeImage < nRows)) {
-        header.biSizeImage = nRows;
-    }
-    Buffer pPixels(kel::TryNewPixels(std::max(header.biSizeImage, nRows)));
-    if (!pPixels || !HasRoomForRowArray(header.biHeight)) {
-        return nullptr;
-    }
-    const unsigned int nRead = ReadOnce(pArchive, pPixels.get(), header.biSizeImage);
-    if (nRead < nRows) {
-        std::memset(pPixels.get() + nRead, 0, nRows - nRead);
+// The pixel data, header.biSizeImage bytes in one read, in a buffer that covers all nRows bytes of
+// rows. Bytes of rows that did not arrive are zero. Beyond the rows biSizeImage is cut to what
+// arrived. Null when the buffer cannot be allocated.
+Buffer ReadPixels(CVamArchive* pArchive, BITMAPINFOHEADER& header, unsigned int nRows) {
+    Buffer pPixels(kel::TryNewPixels(std::max<unsigned int>(header.biSizeImage, nRows)));
+    if (pPixels) {
+        const unsigned int nRead = ReadOnce(pArchive, pPixels.get(), header.biSizeImage);
+        header.biSizeImage = std::min<unsigned int>(header.biSizeImage, std::max(nRead, nRows));
+        if (nRead < nRows) {
+            std::memset(pPixels.get() + nRead, 0, nRows - nRead);
+        }
     }
     return pPixels;
 }
 
-// Turns bottom-up rows into top-down ones, in place. False when the temporary row cannot be had.
-bool ReverseRows(unsigned char* pPixels, std::size_t nStride, int nHeight) {
-    const Buffer pRow(new (std::nothrow) unsigned char[nStride]);
+// Reverses the order of the rows in place. False when the temporary row cannot be allocated.
+bool ReverseRows(unsigned char* pPixels, std::int64_t nStride, int nHeight) {
+    const Buffer pRow = kel::NewScratch(nStride);
     if (!pRow) {
         return false;
     }
     unsigned char* pUpper = pPixels;
-    unsigned char* pLower = pPixels + nStride * static_cast<std::size_t>(nHeight - 1);
+    unsigned char* pLower = pPixels + nStride * (nHeight - 1);
     for (; pUpper < pLower; pUpper += nStride, pLower -= nStride) {
-        kel::CheckSecure(kel::kSourceDecoder, memcpy_s(pRow.get(), nStride, pUpper, nStride));
-        kel::CheckSecure(kel::kSourceDecoder, memcpy_s(pUpper, nStride, pLower, nStride));
-        kel::CheckSecure(kel::kSourceDecoder, memcpy_s(pLower, nStride, pRow.get(), nStride));
+        kel::SecureCopy(kel::kSourceDecoder, pRow.get(), pUpper, nStride);
+        kel::SecureCopy(kel::kSourceDecoder, pUpper, pLower, nStride);
+        kel::SecureCopy(kel::kSourceDecoder, pLower, pRow.get(), nStride);
     }
     return true;
 }
 
-// Everything up to the two buffers the image adopts.
-KelResult ReadBitmap(CVamArchive* pArchive, HeaderBlock& block, Buffer& pPixels) {
-    unsigned char fileHeader[kel::kBmpFileHeaderSize];
-    ReadOrZero(pArchive, fileHeader, sizeof(fileHeader));
-
+// The header block. On success its sizes can be computed with, and its colour table lies inside it.
+KelResult ReadHeaderBlock(CVamArchive* pArchive, HeaderBlock& block) {
     const auto nStart = static_cast<unsigned int>(pArchive->GetPosition());
     unsigned char headerSize[4];
     ReadOrZero(pArchive, headerSize, sizeof(headerSize));
@@ -177,27 +194,52 @@ KelResult ReadBitmap(CVamArchive* pArchive, HeaderBlock& block, Buffer& pPixels)
     const KelResult nResult = kel::Load32(headerSize) == kel::kBmpInfoHeaderSize
                                   ? ReadInfoBlock(pArchive, nStart, block)
                                   : ReadCoreBlock(pArchive, block);
-    if (nResult != KEL_OK) {
+    return nResult == KEL_OK && !IsSound(block) ? KEL_ERR_PARAM : nResult;
+}
+
+// The rows that the header describes, from where the stream stands, in top-down order. The header
+// then describes what was read. KEL_OK without pixels is for a header that will be refused.
+KelResult ReadRows(CVamArchive* pArchive, BITMAPINFOHEADER& header, bool bSupported,
+                   Buffer& pPixels) {
+    const int nHeight = std::abs(header.biHeight);
+    const std::int64_t nStride = kel::RowStride(header.biBitCount, header.biWidth);
+    const auto nRows = static_cast<unsigned int>(nStride * nHeight);
+    const bool bUncompressed =
+        header.biCompression == BI_RGB || header.biCompression == BI_BITFIELDS;
+    if (header.biSizeImage == 0 || (bUncompressed && header.biSizeImage < nRows)) {
+        header.biSizeImage = nRows;
+    }
+    if (bSupported) {
+        if (std::int64_t{nHeight} * std::int64_t{sizeof(unsigned char*)} > kel::kMaxSize) {
+            kel::TraceNull("m_ppLineArray");  // no row array is as long
+            return KEL_ERR_MEMORY;
+        }
+        pPixels = ReadPixels(pArchive, header, nRows);
+        if (!pPixels) {
+            return KEL_ERR_MEMORY;
+        }
+    } else {
+        pPixels = ReadRefusedPixels(pArchive, std::max<unsigned int>(header.biSizeImage, nRows));
+    }
+    if (pPixels && header.biHeight > 1 && bUncompressed && nStride > 0 &&
+        !ReverseRows(pPixels.get(), nStride, nHeight)) {
+        return KEL_ERR_MEMORY;
+    }
+    header.biHeight = nHeight;
+    return KEL_OK;
+}
+
+// Everything up to the two buffers the image adopts.
+KelResult ReadBitmap(CVamArchive* pArchive, const CKelImage& image, HeaderBlock& block,
+                     Buffer& pPixels) {
+    unsigned char fileHeader[kel::kBmpFileHeaderSize];
+    ReadOrZero(pArchive, fileHeader, sizeof(fileHeader));
+    if (const KelResult nResult = ReadHeaderBlock(pArchive, block); nResult != KEL_OK) {
         return nResult;
     }
-    if (!IsSound(block)) {
-        return KEL_ERR_PARAM;
-    }
-
     pArchive->Seek(kel::Load32(fileHeader + kel::kBmpFileOffBitsAt), 0);
     BITMAPINFOHEADER& header = block.Header();
-    pPixels = ReadPixels(pArchive, header);
-    if (!pPixels) {
-        return KEL_ERR_MEMORY;
-    }
-    const auto nStride =
-        static_cast<std::size_t>(kel::RowStride(header.biBitCount, header.biWidth));
-    if (header.biHeight > 1 && IsUncompressed(header) && nStride > 0 &&
-        !ReverseRows(pPixels.get(), nStride, header.biHeight)) {
-        return KEL_ERR_MEMORY;
-    }
-    header.biHeight = std::abs(header.biHeight);
-    return KEL_OK;
+    return ReadRows(pArchive, header, IsSupported(header, image), pPixels);
 }
 
 }  // namespace
@@ -208,7 +250,7 @@ CKelBMPDecoder::~CKelBMPDecoder() = default;
 KelResult CKelBMPDecoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     HeaderBlock block;
     Buffer pPixels;
-    KelResult nResult = ReadBitmap(pArchive, block, pPixels);
+    KelResult nResult = ReadBitmap(pArchive, *pImage, block, pPixels);
     pImage->Clean();
     if (nResult != KEL_OK) {
         return nResult;

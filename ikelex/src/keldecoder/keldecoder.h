@@ -1,4 +1,5 @@
-// CKelDecoder: the abstract reader, and all readers.
+/// @file
+/// CKelDecoder: the abstract reader, and all readers.
 #ifndef KELDECODER_KELDECODER_H
 #define KELDECODER_KELDECODER_H
 

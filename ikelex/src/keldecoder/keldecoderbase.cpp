@@ -1,3 +1,4 @@
+// The abstract reader: its virtual table lies here.
 #include "keldecoderbase.h"
 
 CKelDecoder::CKelDecoder() = default;

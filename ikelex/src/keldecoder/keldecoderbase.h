@@ -1,23 +1,24 @@
-// CKelDecoder: the abstract base of the readers that hold parameters.
+/// @file
+/// CKelDecoder: the abstract base of the BMP and PNG readers.
 #ifndef KELDECODER_KELDECODERBASE_H
 #define KELDECODER_KELDECODERBASE_H
 
 #include <ikelex/result.h>
 
-#include "../kelparameters/kelparameters.h"
+#include "kelparameters/kelparameters.h"
 
 class CVamArchive;
 class CKelImage;
 
-// A reader lives for one call: construct, Do, destroy.
+/// A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelDecoder : public CKelParameterMgr {
   public:
     CKelDecoder();
     ~CKelDecoder() override;
 
-    // Reads a picture from pArchive, which stands at its start, into pImage, replacing what that
-    // held. Neither pointer may be null. An exception that pArchive throws passes on to the caller
-    // after everything has been released.
+    /// Reads a picture from pArchive, which stands at its start, into pImage, replacing what that
+    /// held. Neither pointer may be null. An exception that pArchive throws passes on to the caller
+    /// after everything has been released.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage) = 0;
 };
 

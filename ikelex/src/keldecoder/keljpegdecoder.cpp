@@ -1,13 +1,20 @@
+// The JPEG reader, its libjpeg error handler, and the source manager that feeds libjpeg.
+//
+// libjpeg's defaults decide the samples. Rows are decoded into the image's own rows, blue first.
 #include "keljpegdecoder.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <new>
 
 #include <jerror.h>
 #include <platform/vamplatform.h>
 
-#include "../kelbitmap/strides.h"
-#include "../kelimage/kelimage.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/rows.h"
+#include "kelbitmap/strides.h"
+#include "kelimage/kelimage.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
@@ -46,14 +53,72 @@ bool AskForBgr([[maybe_unused]] jpeg_decompress_struct* pInfo) {
     return false;
 }
 
+// Zeroes the rows that libjpeg did not reach, however it is left.
+class UnreadRows {
+  public:
+    UnreadRows(const jpeg_decompress_struct* pInfo, CKelImage* pImage)
+        : m_pInfo(pInfo), m_pImage(pImage) {}
+    UnreadRows(const UnreadRows&) = delete;
+    UnreadRows& operator=(const UnreadRows&) = delete;
+    ~UnreadRows() { m_pImage->ClearRowsFrom(static_cast<int>(m_pInfo->output_scanline)); }
+
+  private:
+    const jpeg_decompress_struct* m_pInfo;
+    CKelImage* m_pImage;
+};
+
+// Where libjpeg writes the next few rows of a small picture. Rows that start on a 32-byte boundary
+// are decoded beside the picture and copied: libjpeg's vector loops write such rows past the
+// caches, which is slow for a picture that the caches could hold.
+class RowTargets {
+  public:
+    static constexpr JDIMENSION kRows = 4;  // libjpeg delivers no more at a time
+    static constexpr std::int64_t kSmallPicture = 4 << 20;
+    static constexpr std::int64_t kSmallRow = 4096;
+
+    unsigned char** Of(unsigned char** ppRows, JDIMENSION nRows) {
+        for (JDIMENSION i = 0; i < nRows; ++i) {
+            const bool bBeside = reinterpret_cast<std::uintptr_t>(ppRows[i]) % kBoundary == 0;
+            m_aTargets[i] = bBeside ? m_aScratch[i] + kBoundary / 2 : ppRows[i];
+        }
+        return m_aTargets;
+    }
+    void Store(unsigned char** ppRows, JDIMENSION nRows, std::size_t nBytes) const {
+        for (JDIMENSION i = 0; i < nRows; ++i) {
+            if (m_aTargets[i] != ppRows[i]) {
+                std::memcpy(ppRows[i], m_aTargets[i], nBytes);
+            }
+        }
+    }
+
+  private:
+    static constexpr std::size_t kBoundary = 32;
+    alignas(kBoundary) unsigned char m_aScratch[kRows][kSmallRow + kBoundary];
+    unsigned char* m_aTargets[kRows];
+};
+
 // Decodes all scanlines into the image's rows, as many at a time as libjpeg has ready.
-void ReadRows(jpeg_decompress_struct* pInfo, unsigned char** ppRows, bool bSwap) {
+void ReadRows(jpeg_decompress_struct* pInfo, CKelImage* pImage, bool bSwap) {
+    const UnreadRows unread(pInfo, pImage);
+    const int nDepth = pImage->GetBitsPerPixel();
+    const std::int64_t nRowBytes = std::int64_t{nDepth / 8} * pInfo->output_width;
+    const bool bSmall = nRowBytes <= RowTargets::kSmallRow &&
+                        nRowBytes * pInfo->output_height < RowTargets::kSmallPicture;
+    kel::RowMove* const pfnReverse = kel::RowFunctionsFor(kel::BestLevel()).pfnReverse24;
+    RowTargets targets;
     while (pInfo->output_scanline < pInfo->output_height) {
-        unsigned char** ppNext = ppRows + pInfo->output_scanline;
+        unsigned char** ppNext = pImage->GetLineArray() + pInfo->output_scanline;
         const JDIMENSION nLeft = pInfo->output_height - pInfo->output_scanline;
-        const JDIMENSION nRead = jpeg_read_scanlines(pInfo, ppNext, nLeft);
+        JDIMENSION nRead = 0;
+        if (bSmall) {
+            const JDIMENSION nRows = std::min(nLeft, RowTargets::kRows);
+            nRead = jpeg_read_scanlines(pInfo, targets.Of(ppNext, nRows), nRows);
+            targets.Store(ppNext, nRead, static_cast<std::size_t>(nRowBytes));
+        } else {
+            nRead = jpeg_read_scanlines(pInfo, ppNext, nLeft);
+        }
         for (JDIMENSION i = 0; bSwap && i < nRead; ++i) {
-            RGB2BGR(ppNext[i], static_cast<int>(pInfo->image_width));
+            pfnReverse(ppNext[i], ppNext[i], pInfo->image_width);
         }
     }
 }
@@ -77,14 +142,13 @@ KelResult Decode(jpeg_decompress_struct* pInfo, CKelImage* pImage) {
     }
     jpeg_start_decompress(pInfo);
 
-    pImage->Create(static_cast<int>(pInfo->image_width), static_cast<int>(pInfo->image_height),
-                   nDepth);
-    unsigned char** ppRows = pImage->GetLineArray();
-    if (ppRows == nullptr || pImage->GetBits() == nullptr) {
+    pImage->CreateUncleared(static_cast<int>(pInfo->image_width),
+                            static_cast<int>(pInfo->image_height), nDepth);
+    if (pImage->GetLineArray() == nullptr || pImage->GetBits() == nullptr) {
         pImage->Clean();
         return KEL_ERR_MEMORY;
     }
-    ReadRows(pInfo, ppRows, bSwap);
+    ReadRows(pInfo, pImage, bSwap);
     jpeg_finish_decompress(pInfo);
     return KEL_OK;
 }
@@ -119,9 +183,7 @@ KelResult CKelJpegDecoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
 void CKelJpegDecoder::jpeg_error_exit(jpeg_common_struct* pInfo) {
     char szMessage[JMSG_LENGTH_MAX];
     pInfo->err->format_message(pInfo, szMessage);
-    ZT_Text_Stream stream(1024, 32);
-    stream << "CKelJpegDecoder::jpeg_error_exit, err msg: " << szMessage;
-    kel::TraceInputError(stream.GetText());
+    kel::TraceMessage("CKelJpegDecoder::jpeg_error_exit, err msg: ", szMessage);
     throw MyJpegException(pInfo->err->msg_code);
 }
 
@@ -146,7 +208,7 @@ void CKelJpegSrcMgr::InitSource(jpeg_decompress_struct*) {}
 boolean CKelJpegSrcMgr::FillInputBuffer(jpeg_decompress_struct* pInfo) {
     auto* pSource = static_cast<CKelJpegSrcMgr*>(pInfo->src);
     unsigned int nCount = pSource->m_pArchive->Read(pSource->m_pBuffer, kBlockSize);
-    if (nCount == 0 || nCount > kBlockSize) {  // the end, or a stream that lost its way
+    if (nCount == 0 || nCount > kBlockSize) {  // the end, or a failed read
         pSource->m_pBuffer[0] = 0xFF;
         pSource->m_pBuffer[1] = JPEG_EOI;
         nCount = 2;
@@ -160,7 +222,7 @@ void CKelJpegSrcMgr::SkipInputData(jpeg_decompress_struct* pInfo, long nBytes) {
     if (nBytes <= 0) {
         return;
     }
-    auto nLeft = static_cast<unsigned long>(nBytes);
+    auto nLeft = static_cast<std::size_t>(nBytes);
     while (nLeft > pInfo->src->bytes_in_buffer) {
         nLeft -= pInfo->src->bytes_in_buffer;
         FillInputBuffer(pInfo);

@@ -1,4 +1,5 @@
-// CKelJpegDecoder: the JPEG reader, and its source manager.
+/// @file
+/// CKelJpegDecoder: the JPEG reader, and its source manager.
 #ifndef KELDECODER_KELJPEGDECODER_H
 #define KELDECODER_KELJPEGDECODER_H
 
@@ -12,49 +13,51 @@
 class CVamArchive;
 class CKelImage;
 
-// Takes no parameters and has no base. A reader lives for one call: construct, Do, destroy.
+/// Takes no parameters and has no base. A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelJpegDecoder {
   public:
-    // What jpeg_error_exit throws and Do catches.
+    /// What jpeg_error_exit throws and Do catches.
     class IKELEX_API MyJpegException {
       public:
-        // Carries libjpeg's msg_code.
+        /// Carries libjpeg's msg_code.
         explicit MyJpegException(int nMsgCode) : m_nMsgCode(nMsgCode) {}
-        int m_nMsgCode;  // libjpeg's msg_code
+        int m_nMsgCode;  ///< libjpeg's msg_code
     };
 
     CKelJpegDecoder();
     virtual ~CKelJpegDecoder();
 
-    // Reads a JPEG from pArchive, which stands at its start, into pImage: 24 bits blue, green, red
-    // for one or three components, 32 bits as libjpeg delivers them for four. KEL_ERR_CODEC when
-    // libjpeg reported an error; the image is then empty, or keeps its size and the rows read so
-    // far. KEL_ERR_MEMORY: empty. An exception that pArchive throws passes on after all was
-    // released.
+    /// Reads a JPEG from pArchive, which stands at its start, into pImage: 24 bits blue, green, red
+    /// for one or three components, 32 bits as libjpeg delivers them for four. KEL_ERR_CODEC when
+    /// libjpeg reported an error; the image is then empty, or keeps its size and the rows read so
+    /// far. KEL_ERR_MEMORY: empty. An exception that pArchive throws passes on after all was
+    /// released.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage);
 
-    // libjpeg's error handler: traces libjpeg's message and throws MyJpegException.
+    /// libjpeg's error handler: traces libjpeg's message and throws MyJpegException.
     static void jpeg_error_exit(jpeg_common_struct* pInfo);
 };
 
-// Feeds libjpeg from an archive in blocks of 4096 bytes. Past the end of the data it delivers
-// end-of-image markers.
+/// Feeds libjpeg from an archive in blocks of 4096 bytes. Past the end of the data it delivers
+/// end-of-image markers.
 class IKELEX_API CKelJpegSrcMgr : public jpeg_source_mgr {
   public:
-    // Reads from pArchive, which must outlive the manager and is not owned.
+    /// Reads from pArchive, which must outlive the manager and is not owned.
     explicit CKelJpegSrcMgr(CVamArchive* pArchive);
     CKelJpegSrcMgr(const CKelJpegSrcMgr&) = delete;
     CKelJpegSrcMgr& operator=(const CKelJpegSrcMgr&) = delete;
     virtual ~CKelJpegSrcMgr();
 
-    // libjpeg's callbacks.
+    /// libjpeg's callbacks.
+    /// @{
     static void InitSource(jpeg_decompress_struct* pInfo);
     static boolean FillInputBuffer(jpeg_decompress_struct* pInfo);
     static void SkipInputData(jpeg_decompress_struct* pInfo, long nBytes);
     static void TermSource(jpeg_decompress_struct* pInfo);
+    /// @}
 
-    unsigned char* m_pBuffer;  // 4096 bytes, or null when they could not be had
-    CVamArchive* m_pArchive;   // not owned
+    unsigned char* m_pBuffer;  ///< 4096 bytes, or null when their allocation failed
+    CVamArchive* m_pArchive;   ///< not owned
 };
 
 #endif  // KELDECODER_KELJPEGDECODER_H

@@ -1,8 +1,8 @@
 // The PNG reader.
 //
-// libpng is left by exceptions: its error callback throws PngError, and what the archive throws
-// passes through libpng's frames as well. libpng holds nothing on its stack that needs releasing;
-// everything hangs on its two structures, which PngReader destroys on every path.
+// libpng decodes straight into the image's rows. It is left by exceptions: its error callback
+// throws PngError, and what the archive throws passes through its frames as well. Everything libpng
+// holds hangs on its two structures, which PngReader destroys on every path.
 #include "kelpngdecoder.h"
 
 #include <platform/vamplatform.h>
@@ -12,9 +12,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
-#include "../kelbitmap/rows.h"
-#include "../kelimage/kelimage.h"
+#include "kelbitmap/rows.h"
+#include "kelimage/kelimage.h"
 
 namespace {
 
@@ -32,13 +33,67 @@ void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
 
 // Does what png_set_bgr asks for, on the same rows, whose bytes have become 8 bits a channel by
 // then: libpng's own loop goes byte by byte.
-[[maybe_unused]] void ExchangeRedAndBlue(png_structp, png_row_infop pRow, png_bytep pData) {
+[[maybe_unused]] void ExchangeRedAndBlue(png_structp pPng, png_row_infop pRow, png_bytep pData) {
     if (pRow->channels == 3) {
-        kel::RowFunctionsFor(kel::BestCpuLevel()).pfnReverse24(pData, pData, pRow->width);
+        static_cast<const kel::RowFunctions*>(png_get_user_transform_ptr(pPng))
+            ->pfnReverse24(pData, pData, pRow->width);
     } else if (pRow->channels == 4) {
         ExchangeInWords(pData, pRow->width);
     }
 }
+
+// Chunks of any length that no pixel depends on, in libpng's form: a type and a 0 each. iCCP is not
+// among them, since libpng itself limits what it inflates of the one profile.
+constexpr unsigned char kUnusedChunks[] = "eXIf\0iTXt\0pCAL\0sCAL\0sPLT\0tEXt\0zTXt";
+constexpr int kUnusedChunkSize = 5;
+constexpr int kUnusedChunkCount = sizeof(kUnusedChunks) / kUnusedChunkSize;
+
+// Limits what libpng spends on such chunks, which it inflates and keeps. Small ones stay with
+// libpng, because damage in them is traced. The first one beyond the budget and all later ones are
+// skipped: of those libpng checks the checksum alone.
+class ChunkBudget {
+  public:
+    // To be called with each chunk header read: 4 bytes of length, 4 of type.
+    void Charge(png_structp pPng, const unsigned char* pHeader) {
+        if (m_bSpent || !IsUnused(pHeader + 4)) {
+            return;
+        }
+        const png_uint_32 nLength = png_get_uint_32(pHeader);
+        if (nLength <= m_nLeft) {
+            m_nLeft -= nLength;
+            return;
+        }
+        m_bSpent = true;
+        png_set_keep_unknown_chunks(pPng, PNG_HANDLE_CHUNK_NEVER, kUnusedChunks, kUnusedChunkCount);
+    }
+
+  private:
+    static bool IsUnused(const unsigned char* pType) {
+        for (int i = 0; i < kUnusedChunkCount; ++i) {
+            if (std::memcmp(kUnusedChunks + i * kUnusedChunkSize, pType, 4) == 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Deflated data grow by a factor of up to 1032.
+    png_uint_32 m_nLeft = 4096;
+    bool m_bSpent = false;
+};
+
+// Zeroes the rows that libpng did not reach, however it is left.
+class UnreadRows {
+  public:
+    UnreadRows(png_structp pPng, CKelImage* pImage) : m_pPng(pPng), m_pImage(pImage) {}
+    UnreadRows(const UnreadRows&) = delete;
+    UnreadRows& operator=(const UnreadRows&) = delete;
+    ~UnreadRows() { m_pImage->ClearRowsFrom(static_cast<int>(png_get_current_row_number(m_pPng))); }
+
+  private:
+    png_structp m_pPng;
+    CKelImage* m_pImage;
+};
 
 class PngReader {
   public:
@@ -60,6 +115,7 @@ class PngReader {
 
     png_structp m_pPng;
     png_infop m_pInfo;
+    ChunkBudget m_Budget;
 };
 
 // Asks libpng for rows in the image's layout and returns the image's depth.
@@ -86,6 +142,8 @@ int PngReader::RequestTransforms(int nBitDepth, int nColorType) {
     if ((nColorType & PNG_COLOR_MASK_COLOR) != 0) {
 #if defined(PNG_READ_USER_TRANSFORM_SUPPORTED)
         png_set_read_user_transform_fn(m_pPng, ExchangeRedAndBlue);
+        auto* const pRows = const_cast<kel::RowFunctions*>(&kel::RowFunctionsFor(kel::BestLevel()));
+        png_set_user_transform_info(m_pPng, pRows, 0, 0);
 #else
         png_set_bgr(m_pPng);
 #endif
@@ -93,7 +151,7 @@ int PngReader::RequestTransforms(int nBitDepth, int nColorType) {
     return nDepth;
 }
 
-// False when an entry cannot be had.
+// False when an entry cannot be allocated.
 bool PngReader::ReadPalette(CKelImage* pImage) {
     png_colorp pEntries = nullptr;
     int nEntries = 0;
@@ -109,20 +167,33 @@ bool PngReader::ReadPalette(CKelImage* pImage) {
 
 KelResult PngReader::Read(CVamArchive* pArchive, CKelImage* pImage) {
     png_set_read_fn(m_pPng, pArchive, CKelPNGDecoder::user_read_data);
+    png_set_read_user_chunk_fn(m_pPng, &m_Budget, nullptr);  // for user_read_data
     png_read_info(m_pPng, m_pInfo);
     png_uint_32 nWidth = 0;
     png_uint_32 nHeight = 0;
     int nBitDepth = 0;
     int nColorType = 0;
-    png_get_IHDR(m_pPng, m_pInfo, &nWidth, &nHeight, &nBitDepth, &nColorType, nullptr, nullptr,
+    int nInterlace = 0;
+    png_get_IHDR(m_pPng, m_pInfo, &nWidth, &nHeight, &nBitDepth, &nColorType, &nInterlace, nullptr,
                  nullptr);
     const int nDepth = RequestTransforms(nBitDepth, nColorType);
 
     // libpng refuses sizes over 31 bits, so both fit into an int.
-    pImage->Create(static_cast<int>(nWidth), static_cast<int>(nHeight), nDepth);
+    const auto nColumns = static_cast<int>(nWidth);
+    const auto nRows = static_cast<int>(nHeight);
+    const bool bRowByRow = nInterlace == PNG_INTERLACE_NONE;
+    if (bRowByRow) {
+        pImage->CreateUncleared(nColumns, nRows, nDepth);
+    } else {
+        pImage->Create(nColumns, nRows, nDepth);
+    }
     if (!pImage->GetLineArray() || (nColorType == PNG_COLOR_TYPE_PALETTE && !ReadPalette(pImage))) {
         pImage->Clean();
         return KEL_ERR_MEMORY;
+    }
+    std::optional<UnreadRows> unread;
+    if (bRowByRow) {
+        unread.emplace(m_pPng, pImage);
     }
     png_read_image(m_pPng, pImage->GetLineArray());
     png_read_end(m_pPng, m_pInfo);
@@ -153,11 +224,14 @@ void CKelPNGDecoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
     VamTrace("PNG Decode warning msg:%s\r\n", pszMessage);
 }
 
-void CKelPNGDecoder::user_read_data(png_struct_def* pPng, unsigned char* pData,
-                                    unsigned long nLength) {
+void CKelPNGDecoder::user_read_data(png_struct_def* pPng, unsigned char* pData, size_t nLength) {
     auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
     const auto nCount = static_cast<unsigned int>(nLength);
     if (pArchive->Read(pData, nCount) != nCount) {
         png_error(pPng, "Read Error");
+    }
+    auto* pBudget = static_cast<ChunkBudget*>(png_get_user_chunk_ptr(pPng));
+    if (pBudget && (png_get_io_state(pPng) & PNG_IO_MASK_LOC) == PNG_IO_CHUNK_HDR) {
+        pBudget->Charge(pPng, pData);
     }
 }

@@ -1,4 +1,5 @@
-// CKelPNGDecoder: the PNG reader.
+/// @file
+/// CKelPNGDecoder: the PNG reader.
 #ifndef KELDECODER_KELPNGDECODER_H
 #define KELDECODER_KELPNGDECODER_H
 
@@ -6,7 +7,7 @@
 
 struct png_struct_def;
 
-// Takes no parameters. A reader lives for one call: construct, Do, destroy.
+/// Takes no parameters. A reader lives for one call: construct, Do, destroy.
 class IKELEX_API CKelPNGDecoder : public CKelDecoder {
   public:
     CKelPNGDecoder();
@@ -14,10 +15,12 @@ class IKELEX_API CKelPNGDecoder : public CKelDecoder {
 
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
-    // libpng's callbacks.
+    /// libpng's callbacks.
+    /// @{
     static void user_error_fn(png_struct_def* pPng, const char* pszMessage);
     static void user_warning_fn(png_struct_def* pPng, const char* pszMessage);
-    static void user_read_data(png_struct_def* pPng, unsigned char* pData, unsigned long nLength);
+    static void user_read_data(png_struct_def* pPng, unsigned char* pData, size_t nLength);
+    /// @}
 };
 
 #endif  // KELDECODER_KELPNGDECODER_H
