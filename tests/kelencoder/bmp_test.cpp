@@ -1,13 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "kelbitmap/bmplayout.h"
 #include "kelencoder/kelbmpencoder.h"
+#include "support/allocfaults.h"
 #include "support/faultyarchive.h"
 #include "support/pictures.h"
+#include "support/recordingtrace.h"
+#include "support/securefaults.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
 // The file of a 24-bit picture, field by field.
 Bytes ExpectedFile(CKelImage& image) {
@@ -28,8 +33,9 @@ Bytes ExpectedFile(CKelImage& image) {
     Put(18, nWidth);
     Put(22, nHeight);
     Put(26, 1 | 24 << 16);
-    Put(30, bIs24 ? own.biCompression : 0);
-    Put(34, bIs24 ? own.biSizeImage : nStride * nHeight);
+    const bool bOwn = bIs24 && own.biCompression != BI_RLE8 && own.biCompression != BI_RLE4;
+    Put(30, bOwn ? own.biCompression : 0);
+    Put(34, bOwn ? own.biSizeImage : nStride * nHeight);
     Put(38, 2835);
     for (unsigned int i = 0; i < nHeight; ++i) {
         Bytes row(nStride);
@@ -42,7 +48,9 @@ Bytes ExpectedFile(CKelImage& image) {
 }  // namespace
 
 TEST(BmpWriter, WritesEveryDepthByteForByteAndLeavesTheImage) {
-    for (const support::Kind& kind : support::AllKinds()) {
+    std::vector<support::Kind> kinds = support::AllKinds();
+    kinds.insert(kinds.end(), {{24, BI_RLE8, 0}, {24, BI_RLE4, 0}});
+    for (const support::Kind& kind : kinds) {
         for (int nWidth = 1; nWidth <= 5; ++nWidth) {
             SCOPED_TRACE(Name(kind) + " " + std::to_string(nWidth));
             support::Picture picture = support::MakePicture(kind, nWidth, 3, 1);
@@ -77,10 +85,30 @@ TEST(BmpWriter, SizesWithoutRows) {
         EXPECT_EQ(c.nFileSize, archive.GetSize());
         EXPECT_EQ(c.nClaimed, kel::Load32(archive.GetData() + kel::kBmpFileSizeAt));
     }
-    CKelImage empty;
+    CKelImage image;
     support::FaultyArchive untouched;
-    EXPECT_EQ(KEL_ERR_PARAM, CKelBMPEncoder().Do(&untouched, &empty));
+    EXPECT_EQ(KEL_ERR_PARAM, CKelBMPEncoder().Do(&untouched, &image));
+    ASSERT_NE(nullptr, image.Create(89478484, 1, 1));  // the widest with rows
+    ASSERT_NE(nullptr, image.GetBitmapInfo());
+    unsigned char** ppRows = std::exchange(image.m_ppLineArray, nullptr);
+    EXPECT_EQ(KEL_ERR_MEMORY, CKelBMPEncoder().Do(&untouched, &image));
     EXPECT_EQ(0, untouched.Calls(support::Op::kWrite) + untouched.Calls(support::Op::kSeek));
+    image.m_ppLineArray = ppRows;
+    const support::AllocFaults noRow(1);
+    EXPECT_EQ(KEL_ERR_MEMORY, CKelBMPEncoder().Do(&untouched, &image));
+}
+
+// A row that cannot be converted is black, even when the host's memset_s fails.
+TEST(BmpWriter, NoOldMemoryInRowsThatCannotBeConverted) {
+    CKelImage image;
+    ASSERT_NE(nullptr, image.Create(5, 1, 16));
+    image.m_bmih.biCompression = BI_RLE8;
+    const support::AllocFill fill(0xA5);
+    const support::RecordingTrace silence(-1);
+    const support::IdleMemset idle;
+    CVamArchiveMemory archive;
+    EXPECT_EQ(KEL_OK, CKelBMPEncoder().Do(&archive, &image));
+    EXPECT_EQ(Bytes(16), Bytes(archive.GetData() + 54, archive.GetData() + archive.GetSize()));
 }
 
 TEST(BmpWriter, WritesHeadersAndRowsOneByOne) {

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <plaincodecs.h>
+#include "support/reference/codecs.h"
 
 #include "kelencoder/keljpegencoder.h"
 #include "kelimage/kelimage.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-using plain::Bytes;
+using support::Bytes;
 using support::FaultyArchive;
 
 // What plain libjpeg writes for the image's rows, or for as many rows of black.
@@ -20,7 +20,7 @@ Bytes PlainFile(CKelImage& image, int nQuality = 75, bool bBlack = false) {
         image.GetLine24AsRGBAt(bBlack ? -1 : y, line.data());
         rows.insert(rows.end(), line.begin(), line.end() - 3);
     }
-    plain::EncodeJpeg(rows.data(), {image.GetWidth(), image.GetHeight(), 3, nQuality}, &file);
+    reference::EncodeJpeg(rows.data(), {image.GetWidth(), image.GetHeight(), 3, nQuality}, &file);
     return file;
 }
 
@@ -92,6 +92,17 @@ TEST(JpegEncoder, EndsWithLibjpegsErrors) {
         const std::string strText = trace.Lines()[0].strText;
         EXPECT_TRUE(strText.starts_with("CKelJpegEncoder::jpeg_error_exit, err msg: "));
         EXPECT_EQ(trace.Lines(), support::InputError(strText));
+    }
+}
+
+TEST(JpegEncoder, RefusesAPictureWithoutRows) {
+    for (const int nBits : {8, 24}) {
+        CKelImage image;
+        image.Create(20, 12, nBits);
+        image.DeleteLineArray();
+        FaultyArchive archive;
+        EXPECT_EQ(CKelJpegEncoder().Do(&archive, &image), KEL_ERR_MEMORY);
+        EXPECT_EQ(archive.GetSize(), 0u);
     }
 }
 

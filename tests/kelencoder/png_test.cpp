@@ -1,17 +1,19 @@
 #include <gtest/gtest.h>
-#include <plaincodecs.h>
 #include <platform/vamarchivememory.h>
+#include "support/reference/codecs.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "kelencoder/kelpngencoder.h"
+#include "support/allocfaults.h"
+#include "support/faultyarchive.h"
 #include "support/pictures.h"
-#include "support/recordingtrace.h"
+#include "support/vamlines.h"
 
 namespace {
 
-using plain::Bytes;
+using support::Bytes;
 
 // 16 x 5 random pixels; at 1, 4 and 8 bits with a palette for every index.
 void Paint(CKelImage& image, int nBits) {
@@ -39,7 +41,7 @@ TEST(PngWriter, PlainLibpngReadsTheSamePixels) {
         Bytes file;
         ASSERT_EQ(KEL_OK, Encode(image, file));
         EXPECT_TRUE(std::equal(stored.begin(), stored.end(), image.GetBits()));
-        const plain::PngPicture read = plain::DecodePng(file);
+        const reference::PngPicture read = reference::DecodePng(file);
         EXPECT_EQ(16, read.nWidth);
         ASSERT_EQ(5, read.nHeight);
         EXPECT_EQ(nBitDepth, read.nBitDepth);
@@ -77,6 +79,8 @@ TEST(PngWriter, Refusals) {
     const Case cases[] = {
         {[](CKelImage& i) { i.DestroyPaletteTable(); }, 8, KEL_ERR_CODEC,
          "Valid palette required for paletted images"},
+        {[](CKelImage& i) { i.m_nPaletteNum = 0; }, 8, KEL_ERR_CODEC,
+         "Valid palette required for paletted images"},
         {[](CKelImage& i) { i.AddPaletteEntry(1, 2, 3, 4); }, 4, KEL_ERR_CODEC,
          "Invalid palette length"},
         {[](CKelImage& i) { i.m_nPaletteNum = 2; }, 8, KEL_ERR_CODEC,
@@ -84,7 +88,8 @@ TEST(PngWriter, Refusals) {
         {[](CKelImage& i) { i.DeleteLineArray(); }, 32, KEL_ERR_CODEC,
          "No IDATs written into file"},
         {[](CKelImage& i) { i.Create(0, 3, 24); }, 24, KEL_ERR_CODEC, "Invalid IHDR data"},
-        {[](CKelImage& i) { i.DeleteLineArray(); }, 24, KEL_OK, nullptr},  // converted rows
+        {[](CKelImage& i) { i.DeleteLineArray(); }, 24, KEL_ERR_MEMORY, nullptr},
+        {[](CKelImage& i) { i.DeleteLineArray(); }, 8, KEL_ERR_MEMORY, nullptr},
         {[](CKelImage& i) { i.m_bmih.biBitCount = 48; }, 8, KEL_ERR_FAIL, nullptr},
         {[](CKelImage& i) { i.Clean(); }, 8, KEL_ERR_FAIL, nullptr}};
     for (const Case& c : cases) {
@@ -92,14 +97,77 @@ TEST(PngWriter, Refusals) {
         CKelImage image;
         Paint(image, c.nBits);
         c.pfnSpoil(image);
-        support::RecordingTrace trace;
+        const support::VamLines trace;
         Bytes file;
         EXPECT_EQ(c.nResult, Encode(image, file));
-        EXPECT_TRUE(file.empty() || c.nResult != KEL_ERR_FAIL);
+        EXPECT_TRUE(file.empty() || c.nResult == KEL_ERR_CODEC);
         ASSERT_EQ(c.pszTrace == nullptr, trace.Lines().empty());
         if (c.pszTrace) {
-            const std::string strText = "PNG Encoder error msg:" + std::string(c.pszTrace) + "\r\n";
-            EXPECT_EQ((support::TraceLine{ZT_TRACE_VAM, 0, strText}), trace.Lines().back());
+            const std::string strText = "PNG Encoder error msg:%$s\r\n|";
+            EXPECT_EQ(strText + c.pszTrace, trace.Lines().back());
         }
     }
+    const support::VamLines trace;
+    CKelPNGEncoder::user_warning_fn(nullptr, "x");
+    EXPECT_EQ(nullptr, CKelPNGEncoder().CreatePNGPalette(0, nullptr));
+    EXPECT_EQ(std::vector<std::string>{"PNG Encode warning msg:%s\r\n|x"}, trace.Lines());
+}
+
+// An index is refused from the palette's count on, wherever it stands, and only in the picture.
+TEST(PngWriter, IndicesAgainstThePalette) {
+    struct Case {
+        int nBits, nColors, nWidth;
+        std::vector<unsigned char> row;
+        KelResult nResult;
+    };
+    const Case cases[] = {{8, 5, 3, {4, 0, 4, 9}, KEL_OK},
+                          {8, 5, 3, {5, 0, 0, 0}, KEL_ERR_CODEC},
+                          {8, 5, 3, {0, 0, 5, 0}, KEL_ERR_CODEC},
+                          {8, 256, 3, {255, 255, 255, 0}, KEL_OK},
+                          {4, 3, 3, {0x21, 0x2F, 0xFF, 0xFF}, KEL_OK},
+                          {4, 3, 3, {0x31, 0x20, 0, 0}, KEL_ERR_CODEC},
+                          {4, 3, 3, {0x23, 0x20, 0, 0}, KEL_ERR_CODEC},
+                          {4, 3, 3, {0x21, 0x30, 0, 0}, KEL_ERR_CODEC},
+                          {1, 1, 9, {0, 0x7F, 0xFF, 0}, KEL_OK},
+                          {1, 1, 9, {0, 0x80, 0, 0}, KEL_ERR_CODEC},
+                          {1, 1, 9, {0x01, 0, 0, 0}, KEL_ERR_CODEC},
+                          {1, 2, 9, {0xFF, 0x80, 0, 0}, KEL_OK}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        CKelImage image;
+        image.Create(c.nWidth, 2, c.nBits);
+        for (int i = 0; i < c.nColors; ++i) {
+            image.AddPaletteEntry(1, 2, 3, 0);
+        }
+        std::copy(c.row.begin(), c.row.end(), image.GetLineArray()[1]);
+        const support::VamLines trace;
+        Bytes file;
+        EXPECT_EQ(c.nResult, Encode(image, file));
+        EXPECT_EQ(c.nResult != KEL_OK, file.size() == 0);
+        std::vector<std::string> lines;
+        if (c.nResult != KEL_OK) {
+            lines = {"PNG Encoder error msg:%$s\r\n|Wrote palette index exceeding num_palette"};
+        }
+        EXPECT_EQ(lines, trace.Lines());
+    }
+}
+
+TEST(PngWriter, RowsThatCannotBeConvertedAreBlack) {
+    CKelImage image;
+    Paint(image, 16);
+    image.m_bmih.biCompression = BI_RLE8;
+    const support::AllocFill fill(0xA5);
+    Bytes file;
+    EXPECT_EQ(KEL_OK, Encode(image, file));
+    const reference::PngPicture read = reference::DecodePng(file);
+    EXPECT_EQ(Bytes(16 * 5 * 3), Bytes(&read.pRows[0], &read.pRows[0] + 16 * 5 * 3));
+}
+
+TEST(PngWriter, FlushReachesTheStream) {
+    support::FaultyArchive archive;
+    png_structp pPng = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_set_write_fn(pPng, static_cast<CVamArchive*>(&archive), nullptr, nullptr);
+    CKelPNGEncoder::user_flush_data(pPng);
+    EXPECT_EQ(1, archive.Calls(support::Op::kFlush));
+    png_destroy_write_struct(&pPng, nullptr);
 }

@@ -1,4 +1,5 @@
-// The BMP writer: two headers, no colour table, then every row at 24 bits, the last one first.
+// The BMP writer: two headers, no colour table, then every row at 24 bits, the last one first. The
+// image's header record and its 24-bit rows decide the bytes.
 #include "kelbmpencoder.h"
 
 #include <platform/vamplatform.h>
@@ -9,10 +10,11 @@
 #include <memory>
 #include <new>
 
-#include "../kelbitmap/bmplayout.h"
-#include "../kelbitmap/strides.h"
-#include "../kelimage/kelimage.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/bmplayout.h"
+#include "kelbitmap/strides.h"
+#include "kelimage/kelimage.h"
+#include "kelimage/line24.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
@@ -31,7 +33,7 @@ BITMAPINFOHEADER WrittenHeader(const BITMAPINFOHEADER& own, bool bIs24, unsigned
     header.biBitCount = kBits;
     header.biClrUsed = 0;
     header.biClrImportant = 0;
-    if (!bIs24) {
+    if (!bIs24 || own.biCompression == BI_RLE8 || own.biCompression == BI_RLE4) {
         header.biCompression = BI_RGB;
         header.biSizeImage = nRowsSize;
     }
@@ -50,13 +52,15 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     }
     const int nHeight = pImage->GetHeight();
     const int nWidth = pImage->GetWidth();
+    if (HasRows(nWidth) && nHeight > 0 && !pImage->GetLineArray()) {
+        return KEL_ERR_MEMORY;
+    }
     // The file's own sizes hold 32 bits; larger products wrap there.
     const auto nStride = static_cast<unsigned int>(kel::RowStride(kBits, nWidth));
     const unsigned int nRowsSize = nStride * static_cast<unsigned int>(nHeight);
 
     unsigned char fileHeader[kel::kBmpFileHeaderSize];
-    constexpr std::size_t nSize = sizeof(fileHeader);
-    kel::CheckSecure(kel::kSourceEncoder, memset_s(fileHeader, nSize, 0, nSize));
+    kel::SecureZero(kel::kSourceEncoder, fileHeader, sizeof(fileHeader));
     kel::Store16(fileHeader + kel::kBmpFileTypeAt, kel::kBmpFileType);
     kel::Store32(fileHeader + kel::kBmpFileSizeAt, nRowsSize + kHeadersSize);
     kel::Store32(fileHeader + kel::kBmpFileOffBitsAt, kHeadersSize);
@@ -70,16 +74,20 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
         return KEL_OK;
     }
 
-    const std::unique_ptr<unsigned char[]> pRow(new (std::nothrow) unsigned char[nStride]);
+    const std::unique_ptr<unsigned char[]> pRow(new (std::nothrow) unsigned char[nStride]());
     if (!pRow) {
         return KEL_ERR_MEMORY;
     }
     const std::size_t nUsed = std::size_t{3} * static_cast<unsigned int>(nWidth);
+    const std::size_t nPadding = nStride - nUsed;
+    const kel::Line24Reader reader(pImage, kel::kOrderBGR);
     for (int nRow = nHeight - 1; nRow >= 0; --nRow) {
-        kel::CheckSecure(kel::kSourceEncoder, memset_s(pRow.get(), nStride, 0, nStride));
-        pImage->GetLine24AsBGRAt(nRow, pRow.get());
+        kel::SecureZero(kel::kSourceEncoder, pRow.get(), nStride);
+        reader.Read(nRow, pRow.get());
         // A row that was stored at 24 bits came with its own padding.
-        std::memset(pRow.get() + nUsed, 0, nStride - nUsed);
+        if (nPadding != 0) {
+            std::memset(pRow.get() + nUsed, 0, nPadding);
+        }
         pArchive->Write(pRow.get(), nStride);
     }
     return KEL_OK;

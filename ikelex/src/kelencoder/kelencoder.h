@@ -1,4 +1,5 @@
-// CKelEncoder: the abstract writer, and all writers.
+/// @file
+/// CKelEncoder: the abstract writer, and all writers.
 #ifndef KELENCODER_KELENCODER_H
 #define KELENCODER_KELENCODER_H
 

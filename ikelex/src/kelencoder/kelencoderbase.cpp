@@ -1,3 +1,4 @@
+// The abstract writer: its virtual table lies here.
 #include "kelencoderbase.h"
 
 CKelEncoder::CKelEncoder() = default;

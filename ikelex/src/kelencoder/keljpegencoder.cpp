@@ -1,3 +1,6 @@
+// The JPEG writer, and the destination manager that passes libjpeg's output on.
+//
+// libjpeg's defaults and the quality decide the bytes.
 #include "keljpegencoder.h"
 
 #include <cstdint>
@@ -7,9 +10,10 @@
 
 #include <platform/vamplatform.h>
 
-#include "../kelbitmap/strides.h"
-#include "../kelimage/kelimage.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/strides.h"
+#include "kelimage/kelimage.h"
+#include "kelimage/line24.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
@@ -42,8 +46,7 @@ int ValueAs(const CVamVariant& variant) {
 // another order.
 bool AskForBgr([[maybe_unused]] jpeg_compress_struct* pInfo, [[maybe_unused]] CKelImage* pImage) {
 #if defined(JCS_EXTENSIONS)
-    if (pImage->GetBitsPerPixel() == 24 && pImage->GetHeight() > 0 &&
-        pImage->GetLineArray() != nullptr) {
+    if (pImage->GetBitsPerPixel() == 24 && pImage->GetHeight() > 0) {
         pInfo->in_color_space = JCS_EXT_BGR;
         return true;
     }
@@ -69,9 +72,10 @@ KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
     std::memset(pRow.get(), 0, static_cast<std::size_t>(kel::RowStride(24, pImage->GetWidth())));
     const int nHeight = pImage->GetHeight();
     const JDIMENSION nRows = pInfo->image_height;
+    const kel::Line24Reader reader(pImage, kel::kOrderRGB);
     for (JDIMENSION i = 0; i < nRows; ++i) {
         const JDIMENSION nRow = nHeight > 0 ? i : nRows - 1 - i;
-        pImage->GetLine24AsRGBAt(static_cast<int>(nRow), pRow.get());
+        reader.Read(static_cast<int>(nRow), pRow.get());
         JSAMPROW pScanline = pRow.get();
         jpeg_write_scanlines(pInfo, &pScanline, 1);
     }
@@ -105,7 +109,8 @@ CKelJpegEncoder::~CKelJpegEncoder() = default;
 
 KelResult CKelJpegEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     CKelJpegDestMgr destination(pArchive);
-    if (destination.m_pBuffer == nullptr) {
+    const bool bRowsMissing = pImage->GetHeight() > 0 && pImage->GetLineArray() == nullptr;
+    if (destination.m_pBuffer == nullptr || bRowsMissing) {
         return KEL_ERR_MEMORY;
     }
     jpeg_error_mgr errors;
@@ -144,9 +149,7 @@ int CKelJpegEncoder::GetQualityParameter() {
 void CKelJpegEncoder::jpeg_error_exit(jpeg_common_struct* pInfo) {
     char szMessage[JMSG_LENGTH_MAX];
     pInfo->err->format_message(pInfo, szMessage);
-    ZT_Text_Stream stream(1024, 32);
-    stream << "CKelJpegEncoder::jpeg_error_exit, err msg: " << szMessage;
-    kel::TraceInputError(stream.GetText());
+    kel::TraceMessage("CKelJpegEncoder::jpeg_error_exit, err msg: ", szMessage);
     throw WriteError();
 }
 

@@ -8,11 +8,13 @@
 #include <platform/vamplatform.h>
 #include <png.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
 
-#include "../kelimage/kelimage.h"
+#include "kelimage/kelimage.h"
+#include "kelimage/line24.h"
 
 namespace {
 
@@ -42,6 +44,23 @@ PngLayout LayoutOf(int nDepth) {
     }
 }
 
+// The largest index among the nWidth pixels of a row of 1, 4 or 8 bits.
+int LargestIndex(const unsigned char* pRow, int nBits, int nWidth) {
+    int nLargest = 0;
+    if (nBits == 8) {
+        for (int x = 0; x < nWidth; ++x) {
+            nLargest = std::max<int>(nLargest, pRow[x]);
+        }
+        return nLargest;
+    }
+    const int nMask = (1 << nBits) - 1;
+    for (int x = 0; x < nWidth; ++x) {
+        const int nBit = x * nBits % 8;  // from the left
+        nLargest = std::max(nLargest, pRow[x * nBits / 8] >> (8 - nBits - nBit) & nMask);
+    }
+    return nLargest;
+}
+
 class PngWriter {
   public:
     PngWriter()
@@ -58,6 +77,7 @@ class PngWriter {
                     const CKelPNGEncoder& encoder);
 
   private:
+    void CheckIndices(CKelImage* pImage);
     bool SetPalette(CKelImage* pImage, const CKelPNGEncoder& encoder);
     bool WriteConvertedRows(CKelImage* pImage);
 
@@ -65,8 +85,20 @@ class PngWriter {
     png_infop m_pInfo;
 };
 
-// False when libpng's form of the palette cannot be had. Without a palette none is set, and libpng
-// refuses the picture.
+// Refuses indices beyond the palette as libpng does. Its own check comes after the rows and misses
+// some: an index equal to the count, and the last byte of a row.
+void PngWriter::CheckIndices(CKelImage* pImage) {
+    const int nBits = pImage->GetBitsPerPixel();
+    const int nColors = pImage->GetPaletteNum();
+    for (int nRow = 0; nColors < 1 << nBits && nRow < pImage->GetHeight(); ++nRow) {
+        if (LargestIndex(pImage->GetLineArray()[nRow], nBits, pImage->GetWidth()) >= nColors) {
+            png_error(m_pPng, "Wrote palette index exceeding num_palette");
+        }
+    }
+}
+
+// False when libpng's form of the palette cannot be allocated. Without a palette none is set, and
+// libpng refuses the picture.
 bool PngWriter::SetPalette(CKelImage* pImage, const CKelPNGEncoder& encoder) {
     const int nEntries = pImage->GetPaletteNum();
     if (nEntries <= 0 || !pImage->GetPalette()) {
@@ -78,10 +110,11 @@ bool PngWriter::SetPalette(CKelImage* pImage, const CKelPNGEncoder& encoder) {
     }
     static_assert(sizeof(png_color) == 3, "an entry is red, green, blue");
     png_set_PLTE(m_pPng, m_pInfo, reinterpret_cast<png_const_colorp>(pEntries.get()), nEntries);
+    CheckIndices(pImage);
     return true;
 }
 
-// The rows of a 16- or 24-bit image. False when the row buffer cannot be had.
+// The rows of a 16- or 24-bit image. False when the row buffer cannot be allocated.
 bool PngWriter::WriteConvertedRows(CKelImage* pImage) {
     const Buffer pRow(pImage->CreateLine24());
     if (!pRow) {
@@ -89,8 +122,9 @@ bool PngWriter::WriteConvertedRows(CKelImage* pImage) {
     }
     // A row that cannot be converted comes out black.
     std::memset(pRow.get(), 0, std::size_t{3} * static_cast<unsigned int>(pImage->GetWidth()));
+    const kel::Line24Reader reader(pImage, kel::kOrderRGB);
     for (int nRow = 0; nRow < pImage->GetHeight(); ++nRow) {
-        pImage->GetLine24AsRGBAt(nRow, pRow.get());
+        reader.Read(nRow, pRow.get());
         png_write_row(m_pPng, pRow.get());
     }
     return true;
@@ -132,6 +166,11 @@ KelResult CKelPNGEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     if (layout.nBitDepth == 0) {
         return KEL_ERR_FAIL;
     }
+    // At 32 bits libpng is left to say that no rows came.
+    if (pImage->GetHeight() > 0 && !pImage->GetLineArray() &&
+        layout.nColorType != PNG_COLOR_TYPE_RGB_ALPHA) {
+        return KEL_ERR_MEMORY;
+    }
     try {
         PngWriter writer;
         return writer.IsReady() ? writer.Write(pArchive, pImage, layout, *this) : KEL_ERR_CODEC;
@@ -166,8 +205,7 @@ void CKelPNGEncoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
     VamTrace("PNG Encode warning msg:%s\r\n", pszMessage);
 }
 
-void CKelPNGEncoder::user_write_data(png_struct_def* pPng, unsigned char* pData,
-                                     unsigned long nLength) {
+void CKelPNGEncoder::user_write_data(png_struct_def* pPng, unsigned char* pData, size_t nLength) {
     auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
     pArchive->Write(pData, static_cast<unsigned int>(nLength));
 }

@@ -1,4 +1,5 @@
-// CKelPNGEncoder: the PNG writer.
+/// @file
+/// CKelPNGEncoder: the PNG writer.
 #ifndef KELENCODER_KELPNGENCODER_H
 #define KELENCODER_KELPNGENCODER_H
 
@@ -8,26 +9,29 @@
 
 struct png_struct_def;
 
-// Takes no parameters. A writer lives for one call: construct, Do, destroy.
+/// Takes no parameters. A writer lives for one call: construct, Do, destroy.
 class IKELEX_API CKelPNGEncoder : public CKelEncoder {
   public:
     CKelPNGEncoder();
     ~CKelPNGEncoder() override;
 
-    // Indexed at 1, 4 and 8 bits, truecolour at 16 and 24, truecolour with alpha at 32.
-    // KEL_ERR_FAIL, nothing written, for any other depth; KEL_ERR_CODEC when libpng reported an
-    // error; KEL_ERR_MEMORY when a row or the palette could not be had.
+    /// Indexed at 1, 4 and 8 bits, truecolour at 16 and 24, truecolour with alpha at 32.
+    /// KEL_ERR_FAIL, nothing written, for any other depth. KEL_ERR_CODEC when libpng reported an
+    /// error, or, nothing written, for an index beyond the palette. KEL_ERR_MEMORY when the image
+    /// has no row array, or when a row or the palette cannot be allocated.
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
-    // nCount x 3 bytes red, green, blue; the caller releases them with array delete. Null when
-    // nCount is below 1 or memory runs out.
+    /// nCount x 3 bytes red, green, blue; the caller releases them with array delete. Null when
+    /// nCount is below 1 or memory runs out.
     unsigned char* CreatePNGPalette(int nCount, tagKelRGBQUAD* pPalette) const;
 
-    // libpng's callbacks.
+    /// libpng's callbacks.
+    /// @{
     static void user_error_fn(png_struct_def* pPng, const char* pszMessage);
     static void user_warning_fn(png_struct_def* pPng, const char* pszMessage);
-    static void user_write_data(png_struct_def* pPng, unsigned char* pData, unsigned long nLength);
+    static void user_write_data(png_struct_def* pPng, unsigned char* pData, size_t nLength);
     static void user_flush_data(png_struct_def* pPng);
+    /// @}
 };
 
 #endif  // KELENCODER_KELPNGENCODER_H
