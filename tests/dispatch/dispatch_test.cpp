@@ -1,9 +1,11 @@
+// Open and Save: formats, positions, options, and what must not leave the interface.
 #include <gtest/gtest.h>
 #include <platform/vamplatform.h>
 
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <new>
 #include <string>
 #include <string_view>
@@ -16,8 +18,8 @@ using namespace std::literals;
 
 namespace {
 
+using support::Bytes;
 using support::FaultyArchive;
-using Bytes = std::vector<unsigned char>;
 
 bool IsEmpty(CKelImage& image) {
     return image.GetWidth() == 0 && image.GetBits() == nullptr && image.GetLineArray() == nullptr &&
@@ -42,7 +44,7 @@ const struct {
                    {KEL_IMAGE_PNG, KEL_ERR_CODEC, "\x89PNG"sv},
                    {KEL_IMAGE_TIFF, KEL_OK, "II*\0MM\0*"sv},
                    {KEL_IMAGE_GIF, KEL_ERR_OPEN_FORMAT, "GIF8"sv},
-                   {KEL_IMAGE_PCX, KEL_ERR_OPEN_FORMAT, "\nM\1\b"sv},
+                   {KEL_IMAGE_PCX, KEL_ERR_OPEN_FORMAT, "\nM\1_"sv},
                    {KEL_IMAGE_PSD, KEL_ERR_OPEN_FORMAT, "8BPS"sv},
                    {KEL_IMAGE_PGM, KEL_ERR_OPEN_FORMAT, "P2__P5__"sv},
                    {KEL_IMAGE_PPM, KEL_ERR_OPEN_FORMAT, "P3__P6__"sv},
@@ -64,11 +66,32 @@ TEST(Dispatch, RecognisesSignaturesAndRestoresThePosition) {
             const KelResult nOpened = image.Open(&archive);
             EXPECT_TRUE(nResult < 0 || (nOpened == nResult && IsEmpty(image))) << nOpened;
             EXPECT_EQ(archive.GetPosition(), 100);
+            // The same at the start of streams that end early, the fill ("_") not needed.
+            const std::size_t nNeeded = strSignatures.substr(i, 4).find_last_not_of('_') + 1;
+            for (std::size_t nLength = 0; nLength < 4; ++nLength) {
+                const Bytes begin(&file[100], &file[100] + nLength);
+                FaultyArchive ended(begin);
+                EXPECT_EQ(CKelImage().Open(&ended) == KEL_ERR_FAIL,
+                          nLength < nNeeded || nResult == KEL_ERR_FAIL)
+                    << nLength;
+            }
         }
     }
-    const Bytes three(3, 0x89);
-    FaultyArchive archive(three);
-    EXPECT_EQ(CKelImage().Open(&archive), KEL_ERR_FAIL);
+}
+
+TEST(Dispatch, ARefusedBmpLeavesNothing) {
+    CKelImage image;
+    Fill(&image);
+    CVamArchiveMemory archive;
+    ASSERT_EQ(image.Save(&archive, KEL_IMAGE_BMP, nullptr), KEL_OK);
+    for (const auto& [nAt, byValue] : {std::pair{28, '\2'}, {30, '\7'}}) {  // depth, compression
+        Bytes file(archive.GetData(), archive.GetData() + archive.GetSize());
+        file[static_cast<std::size_t>(nAt)] = static_cast<unsigned char>(byValue);
+        FaultyArchive damaged(file);
+        EXPECT_EQ(image.Open(&damaged), KEL_ERR_PARAM);
+        EXPECT_TRUE(IsEmpty(image));
+        EXPECT_EQ(image.Save(&archive, KEL_IMAGE_BMP, nullptr), KEL_ERR_PARAM);
+    }
 }
 
 TEST(Dispatch, OpensWhatItSavesAlsoInsideALargerStream) {
@@ -95,18 +118,28 @@ TEST(Dispatch, AnswersEveryFormatInSaveAndCreatesTheFileFirst) {
     const std::string strPath = testing::TempDir() + "ikelex_dispatch_test";
     CKelImage image;
     Fill(&image);
+    tagKelParameterItem quality = {"quality", CVamVariant(5)};
+    tagKelParameters params = {1, &quality};
     for (int nFormat = -2; nFormat <= 14; ++nFormat) {
         SCOPED_TRACE(nFormat);
         const bool bWritten = nFormat == 1 || nFormat == 4 || nFormat == 5;
         const KelResult nExpected = bWritten                       ? KEL_OK
                                     : nFormat == 6 || nFormat == 7 ? KEL_ERR_NOT_IMPLEMENTED
                                                                    : KEL_ERR_SAVE_FORMAT;
-        std::remove(strPath.c_str());
+        std::ofstream(strPath) << std::string(50000, 'x');  // longer than what is written
         const auto eFormat = static_cast<KelImageFormat>(nFormat);
-        EXPECT_EQ(image.Save(strPath.c_str(), eFormat, nullptr), nExpected);
-        std::ifstream file(strPath, std::ios::binary | std::ios::ate);
+        EXPECT_EQ(image.Save(static_cast<CVamArchive*>(nullptr), eFormat, nullptr),
+                  bWritten ? KEL_ERR_PARAM : nExpected);
+        EXPECT_EQ(image.Save(strPath.c_str(), eFormat, &params), nExpected);
+        CVamArchiveMemory plain, small;
+        image.Save(&plain, eFormat, nullptr);
+        image.Save(&small, eFormat, &params);
+        EXPECT_EQ(small.GetSize() < plain.GetSize(), eFormat == KEL_IMAGE_JPEG);  // "quality"
+        std::ifstream file(strPath, std::ios::binary);
         ASSERT_TRUE(file.is_open());
-        EXPECT_EQ(file.tellg() > 0, bWritten);
+        const Bytes written(std::istreambuf_iterator<char>(file), {});
+        EXPECT_EQ(written, Bytes(small.GetData(), small.GetData() + small.GetSize()));
+        EXPECT_EQ(written.size() > 0, bWritten);
         CKelImage again;
         EXPECT_EQ(again.Open(strPath.c_str()), bWritten ? KEL_OK : KEL_ERR_FAIL);
         EXPECT_EQ(again.GetWidth(), bWritten ? 40 : 0);
@@ -129,6 +162,11 @@ TEST(Dispatch, KeepsTheImageWhenThePathIsNoFile) {
     EXPECT_NE(image.GetBits(), nullptr);
 }
 
+TEST(Dispatch, OpensFilesThatNobodyMayWriteTo) {
+    // A program that runs cannot be opened for writing, not even by the superuser.
+    EXPECT_EQ(CKelImage().Open("/proc/self/exe"), KEL_ERR_FAIL);
+}
+
 struct HungryArchive : CVamArchiveMemory {
     unsigned int Read(void*, unsigned int) override { throw std::bad_alloc(); }
     unsigned int Write(const void*, unsigned int) override { throw std::bad_alloc(); }
@@ -143,6 +181,66 @@ TEST(Dispatch, AnswersMemoryWhenTheStreamHasNone) {
     }
     EXPECT_EQ(image.Open(&hungry), KEL_ERR_MEMORY);
     EXPECT_TRUE(IsEmpty(image));
+}
+
+// A host's own image whose overrides throw.
+template <typename Thrown>
+struct ThrowingImage : CKelImage {
+    explicit ThrowingImage(bool bInside) : m_bInside(bInside) {}
+    using CKelImage::ApplyFilter;
+    using CKelImage::Open;
+    using CKelImage::Save;
+    KelResult Open(CVamArchive*) override { throw Thrown(); }
+    KelResult Save(CVamArchive*, KelImageFormat, tagKelParameters*) override { throw Thrown(); }
+    KelResult ApplyFilter1(CKelImage** pp, KelImageFilterType e, tagKelParameters* p) override {
+        if (!m_bInside) {
+            throw Thrown();
+        }
+        return CKelImage::ApplyFilter1(pp, e, p);
+    }
+    int GetWidth() override { throw Thrown(); }
+
+    bool m_bInside;  // whether ApplyFilter1 itself throws, or the filter it runs
+};
+
+template <typename Thrown>
+void ExpectNothingEscapes(KelResult nResult) {
+    const std::string strPath = testing::TempDir() + "ikelex_dispatch_throw";
+    for (const bool bInside : {false, true}) {
+        ThrowingImage<Thrown> image(bInside);
+        EXPECT_EQ(image.Save(strPath.c_str(), KEL_IMAGE_BMP, nullptr), nResult);
+        EXPECT_EQ(image.Open(strPath.c_str()), nResult);
+        Fill(&image);
+        IKelImage* pImage = &image;
+        EXPECT_EQ(image.ApplyFilter(&pImage, KEL_FILTER_SCALE, nullptr), nResult);
+        EXPECT_EQ(pImage, nullptr);
+        EXPECT_EQ(image.ApplyFilter(KEL_FILTER_SCALE, nullptr), nResult);
+    }
+    std::remove(strPath.c_str());
+    ThrowingImage<Thrown> image(true);
+    Fill(&image);
+    CKelImage* pMade = &image;
+    EXPECT_EQ(image.ApplyFilter1(&pMade, KEL_FILTER_SCALE, nullptr), nResult);
+    EXPECT_EQ(pMade, nullptr);
+}
+
+TEST(Dispatch, NothingThrownLeavesTheInterface) {
+    ExpectNothingEscapes<std::bad_alloc>(KEL_ERR_MEMORY);
+    ExpectNothingEscapes<std::exception>(KEL_ERR_FILE);
+    ExpectNothingEscapes<support::ForeignError>(KEL_ERR_FILE);
+}
+
+TEST(Dispatch, FailedFiltersReturnNoImage) {
+    CKelImage image;
+    Fill(&image);
+    IKelImage* pImage = &image;
+    CKelImage* pMade = &image;
+    const auto eOther = static_cast<KelImageFilterType>(2);
+    EXPECT_EQ(image.ApplyFilter(&pImage, eOther, nullptr), KEL_ERR_FILTER_TYPE);
+    EXPECT_EQ(pImage, nullptr);
+    EXPECT_EQ(image.ApplyFilter1(&pMade, eOther, nullptr), KEL_ERR_FILTER_TYPE);
+    EXPECT_EQ(pMade, nullptr);
+    EXPECT_EQ(image.GetWidth(), 40);
 }
 
 }  // namespace

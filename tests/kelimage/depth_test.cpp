@@ -1,9 +1,17 @@
 // The palette table's growth, line buffers, sizes of colour tables, and 24 to 32 bits.
 #include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <functional>
+#include <memory>
 
 #include "support/allocfaults.h"
 #include "support/pictures.h"
 #include "support/recordingtrace.h"
+
+#ifdef _WIN32
+#define malloc_usable_size _msize
+#endif
 
 namespace {
 
@@ -11,21 +19,37 @@ using support::InputError;
 using support::RecordingTrace;
 
 TEST(Depth, OnlyTwentyFourBitsBecomeThirtyTwo) {
-    const RecordingTrace trace;
+    const auto before = support::CountLiveBlocks();
     for (const int nBits : {8, 24, 32}) {
         for (const int nWanted : {8, 24, 32}) {
+            const RecordingTrace trace;
             CKelImage image;
             ASSERT_NE(image.Create(5, 3, nBits), nullptr);
             image.ChangeBitCount(nWanted);
             const bool bChanges = nBits == 24 && nWanted == 32;
             EXPECT_EQ(image.GetBitsPerPixel(), bChanges ? 32 : nBits);
             EXPECT_EQ(image.m_bmih.biSizeImage, bChanges ? 60u : 0u);
+            EXPECT_TRUE(trace.Lines().empty());
         }
     }
+    EXPECT_EQ(support::CountLiveBlocks(), before);
+    // Without pixels, without rows, and with 2 GiB a row at 32 bits.
+    RecordingTrace trace;
+    CKelImage image;
+    image.m_bmih.biBitCount = 24;
+    image.ChangeBitCount(32);
+    image.Create(5, 3, 24);
+    image.DeleteLineArray();
+    image.ChangeBitCount(32);
     EXPECT_TRUE(trace.Lines().empty());
+    image.CreateLineArray();
+    image.m_bmih.biWidth = 1 << 29;
+    image.ChangeBitCount(32);
+    EXPECT_EQ(image.GetBitsPerPixel(), 24);
+    EXPECT_EQ(trace.Lines(), InputError("lpNewBit is nullptr"));
 }
 
-TEST(Depth, AHeaderBlockNeverSpeaksOfMoreThanItHolds) {
+TEST(Depth, AHeaderBlockNeverDescribesMoreThanItHolds) {
     // At 32 bits the bit fields are three masks, for which a 24-bit block has no room.
     CKelImage image;
     ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 4, 4, 1), KEL_OK);
@@ -34,6 +58,7 @@ TEST(Depth, AHeaderBlockNeverSpeaksOfMoreThanItHolds) {
     CKelImage copy;
     EXPECT_EQ(copy.Open(image.GetBitmapInfo(), image.GetBits()), KEL_OK);
     EXPECT_EQ(copy.GetPaletteNum(), 3);
+    EXPECT_GE(malloc_usable_size(image.GetBitmapInfo()), 52u);
 }
 
 TEST(Palette, GrowsBySixteenFromTwiceTheDepth) {
@@ -48,28 +73,77 @@ TEST(Palette, GrowsBySixteenFromTwiceTheDepth) {
         for (int i = 0; i < nFirst + 17; ++i) {
             EXPECT_EQ(image.GetPalette()[i].byRed, i & 255);
             EXPECT_EQ(image.GetPalette()[i].byBlue, 3);
+            EXPECT_EQ(image.GetPalette()[i].byReserved, 4);
         }
         EXPECT_EQ(image.GetPalette()[image.m_nPaletteSize - 1].byReserved, 0);  // unused
     }
 }
 
+// What each operation traces when memory runs out, or asks for a size that is refused.
 TEST(Palette, MissingMemoryIsTraced) {
+    BITMAPINFO info = {};
+    info.bmiHeader = {40, 1, 1, 1, 24, 0, 0, 0, 0, 0xFFFFFFFF, 0};  // a table of 16 GiB
+    const struct {
+        int nWidth, nHeight;  // 1 x 1: memory runs out
+        std::function<bool(CKelImage&)> fails;
+        const char* pszText;
+    } cases[] = {
+        {1, 1, [](auto& i) { return !i.ExpandPaletteTable(); }, "m_pPalette is nullptr"},
+        {1, 1, [](auto& i) { return i.AddPaletteEntry(1, 2, 3, 4) == 0; }, "m_pPalette is nullptr"},
+        {2, 1, [&](auto& i) { return !i.CreatePalette(&info); }, "pNewPalette is nullptr"},
+        {1, 1, [](auto& i) { return !i.AllocateBMI(40); }, "p is nullptr"},
+        {1, 1, [](auto& i) { return !i.CreateLineArray(); }, "m_ppLineArray is nullptr"},
+        {1, -1, [](auto& i) { return !i.CreateLineArray(); }, "m_ppLineArray is nullptr"},
+        {-1, 1, [](auto& i) { return !i.CreateLineArray(); }, "m_ppLineArray is nullptr"},
+        {1, 1, [](auto& i) { return !i.CreateLine16(); }, "p is nullptr"},
+        {0x7FFFFFFF, 0, [](auto& i) { return !i.CreateLine24(); }, "p is nullptr"},
+        {-9, 0, [](auto& i) { return !i.CreateLine32(); }, "p is nullptr"},
+        {1, 1, [](auto& i) { return i.ChangeBitCount(32), i.GetBitsPerPixel() == 24; },
+         "lpNewBit is nullptr"},
+        {1, 1, [](auto& i) { return i.ApplyFilter(KEL_FILTER_SCALE, nullptr) == KEL_ERR_PARAM; },
+         "pImage is nullptr"},
+    };
+    for (const auto& c : cases) {
+        CKelImage image;
+        image.Create(1, 1, 24);
+        image.m_bmih.biWidth = c.nWidth;
+        image.m_bmih.biHeight = c.nHeight;
+        image.m_nPaletteNum = image.m_nPaletteSize = 7;  // counts without a table
+        RecordingTrace trace;
+        {
+            const support::AllocFaults faults(c.nWidth == 1 && c.nHeight == 1 ? 1 : 0);
+            EXPECT_TRUE(c.fails(image)) << &c - cases;
+        }
+        EXPECT_EQ(trace.Lines(), InputError(c.pszText)) << &c - cases;
+        image.DestroyPaletteTable();
+    }
     RecordingTrace trace;
     CKelImage image;
     EXPECT_FALSE(image.ExpandPaletteTable());  // no depth, no room
-    image.Create(0x7FFFFFFF, 0, 24);
-    EXPECT_EQ(image.CreateLine24(), nullptr);
-    EXPECT_EQ(trace.Lines(), InputError("p is nullptr"));
-    trace.Clear();
-    BITMAPINFO info = {};
-    info.bmiHeader = {40, 1, 1, 1, 24, 0, 0, 0, 0, 0xFFFFFFFF, 0};
-    EXPECT_EQ(image.CreatePalette(&info), nullptr);  // a table of 16 GiB
-    EXPECT_EQ(trace.Lines(), InputError("pNewPalette is nullptr"));
-    trace.Clear();
-    image.Create(1, 1, 24);
+    image.m_bmih.biHeight = 3;
+    EXPECT_EQ(image.CreateLineArray(), nullptr);  // no pixels, no rows
+    EXPECT_TRUE(trace.Lines().empty());
+    image.Create(1, 1, 1);
+    image.AddPaletteEntry(1, 2, 3, 4);
+    image.AddPaletteEntry(5, 6, 7, 8);
     const support::AllocFaults faults(1);
-    image.ChangeBitCount(32);
-    EXPECT_EQ(trace.Lines(), InputError("lpNewBit is nullptr"));
+    EXPECT_EQ(image.AddPaletteEntry(9, 9, 9, 9), 2);  // the old table stays
+    EXPECT_EQ(image.GetPalette()[1].byRed, 5);
+    EXPECT_EQ(trace.Lines(), InputError("pNewPalette is nullptr"));
+}
+
+TEST(Line, BuffersHoldARowOfTheirDepth) {
+    CKelImage image;
+    image.Create(1001, 1, 8);
+    const std::pair<unsigned char* (CKelImage::*)() const, std::size_t> kinds[] = {
+        {&CKelImage::CreateLine32, 4004},
+        {&CKelImage::CreateLine24, 3004},
+        {&CKelImage::CreateLine16, 2004}};
+    for (const auto& [pfnCreate, nSize] : kinds) {
+        const std::unique_ptr<unsigned char[]> pLine((image.*pfnCreate)());
+        EXPECT_GE(malloc_usable_size(pLine.get()), nSize);
+        EXPECT_LT(malloc_usable_size(pLine.get()), nSize + 32);
+    }
 }
 
 TEST(Palette, ColorTableSizes) {

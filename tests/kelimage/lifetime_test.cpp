@@ -1,10 +1,10 @@
 // Construction, emptying, transfer, end; the names of results.
 #include <gtest/gtest.h>
 
-#include <set>
+#include <string>
 
 #include "support/allocfaults.h"
-#include "support/invariants.h"
+#include "support/inspect.h"
 #include "support/pictures.h"
 
 namespace {
@@ -38,7 +38,7 @@ TEST(Lifetime, BorrowMovesEverything) {
     image.Borrow(&donor);
     EXPECT_EQ(image.GetWidth(), 6);
     EXPECT_EQ(image.GetPaletteNum(), 20);
-    EXPECT_TRUE(support::Consistent(image));
+    EXPECT_EQ("", support::FaultOf(image));
     EXPECT_TRUE(IsEmpty(donor));
     EXPECT_EQ(donor.m_bOwnBuffers, 1);
     image.Borrow(&image);
@@ -48,6 +48,7 @@ TEST(Lifetime, BorrowMovesEverything) {
     ASSERT_EQ(donor.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
     image.Borrow(&donor);
     EXPECT_EQ(image.m_bOwnBuffers, 0);
+    EXPECT_EQ(donor.m_bOwnBuffers, 1);
     EXPECT_EQ(image.GetBits(), picture.bits.data());
 }
 
@@ -60,27 +61,35 @@ TEST(Lifetime, BeginsAndEndsThroughTheInterface) {
     }
     EXPECT_EQ(pImage, nullptr);
     DestroyImageObject(nullptr);
+    EXPECT_EQ(GetKelVersion(), IKELEX_VERSION);
     (new CKelImage)->Destroy();
 }
 
 TEST(Result, EachCodeHasANameAndAMeaningOfItsOwn) {
-    const std::pair<KelResult, const char*> results[] = {{0, "KEL_OK"},
-                                                         {1, "KEL_ERR_FAIL"},
-                                                         {2, "KEL_ERR_SAVE_FORMAT"},
-                                                         {3, "KEL_ERR_OPEN_FORMAT"},
-                                                         {4, "KEL_ERR_FILTER_TYPE"},
-                                                         {5, "KEL_ERR_PARAM"},
-                                                         {6, "KEL_ERR_MEMORY"},
-                                                         {8, "KEL_ERR_FILE"},
-                                                         {11, "KEL_ERR_CODEC"},
-                                                         {1000, "KEL_ERR_NOT_IMPLEMENTED"},
-                                                         {7, KelResultName(-1)}};
-    std::set<std::string> meanings;
-    for (const auto& [nCode, pszName] : results) {
-        EXPECT_STREQ(KelResultName(nCode), pszName);
-        meanings.insert(KelResultMeaning(nCode));
+    struct {
+        KelResult nCode;
+        const char* pszName;
+        const char* pszWord;  // in its meaning, and in no other
+    } const results[] = {{0, "KEL_OK", "success"},
+                         {1, "KEL_ERR_FAIL", "not recognised"},
+                         {2, "KEL_ERR_SAVE_FORMAT", "no writer"},
+                         {3, "KEL_ERR_OPEN_FORMAT", "is recognised"},
+                         {4, "KEL_ERR_FILTER_TYPE", "filter"},
+                         {5, "KEL_ERR_PARAM", "argument"},
+                         {6, "KEL_ERR_MEMORY", "memory"},
+                         {8, "KEL_ERR_FILE", "file"},
+                         {11, "KEL_ERR_CODEC", "damaged"},
+                         {1000, "KEL_ERR_NOT_IMPLEMENTED", "not implemented"},
+                         {7, "unknown result", "no result"}};
+    for (const auto& row : results) {
+        EXPECT_STREQ(KelResultName(row.nCode), row.pszName);
+        for (const auto& other : results) {
+            const bool bFound =
+                std::string(KelResultMeaning(other.nCode)).find(row.pszWord) != std::string::npos;
+            EXPECT_EQ(bFound, &row == &other) << row.nCode << " in " << other.nCode;
+        }
     }
-    EXPECT_EQ(meanings.size(), std::size(results));
+    EXPECT_STREQ(KelResultName(-1), KelResultName(7));
 }
 
 }  // namespace

@@ -2,31 +2,34 @@
 #include <gtest/gtest.h>
 
 #include "support/pictures.h"
-#include "support/refrows.h"
+#include "support/recordingtrace.h"
+#include "support/reference/operations.h"
 
 namespace {
 
+using support::Bytes;
 using support::Kind;
 using support::Picture;
-using Bytes = std::vector<unsigned char>;
 
 std::size_t Stride24(int nWidth) {
     return (static_cast<std::size_t>(nWidth) * 24 + 31) / 32 * 4;
 }
 
 TEST(Line24, EveryKindEqualsTheSlowLoop) {
+    const support::RecordingTrace silence(-1);
     for (const Kind& kind : support::AllKinds()) {
         for (int nWidth : {0, 1, 7, 33, 100, 1031}) {
             SCOPED_TRACE(support::Name(kind) + ", width " + std::to_string(nWidth));
             Picture picture = support::MakePicture(kind, nWidth, 3, static_cast<unsigned>(nWidth));
             CKelImage image;
             ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
-            for (int nOrder : {1, 2}) {
+            for (int nOrder : {1, 2, 0, 3, -1}) {  // all but 1: blue, green, red
                 Bytes whole(3 * Stride24(nWidth), 0x5A), expectedWhole;
                 EXPECT_TRUE(image.ConvertTo24Bit(nOrder, whole.data()));
                 for (int nRow = 0; nRow < 3; ++nRow) {
                     Bytes line(Stride24(nWidth), 0x5A), expected = line;
-                    support::RefLine24(picture, nRow, nOrder == 1, &expected);
+                    reference::Line24(picture.Info(), picture.Row(nRow), nOrder == 1,
+                                      expected.data());
                     EXPECT_EQ(image.GetLine24At(nOrder, nRow, line.data()), line.data());
                     EXPECT_EQ(line, expected);
                     expectedWhole.insert(expectedWhole.end(), expected.begin(), expected.end());
@@ -47,37 +50,48 @@ TEST(Line24, MasksOfAnyShape) {
             CKelImage image;
             ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
             Bytes line(Stride24(60)), expected(line);
-            support::RefLine24(picture, 0, true, &expected);
+            reference::Line24(picture.Info(), picture.Row(0), true, expected.data());
             image.GetLine24AsRGBAt(0, line.data());
             EXPECT_EQ(line, expected) << nBits << " bits, mask " << nMask;
         }
     }
     EXPECT_EQ(MaskToRShift(0xF800), 11);
+    EXPECT_EQ(MaskToRShift(0), 0);
     EXPECT_EQ(MaskToLShift(0x07E0), 2);
     EXPECT_EQ(MaskToLShift(0), 0);
 }
 
 TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
     // Unknown depths and indices without a palette; deep pixels under a compression that is not
-    // theirs, without masks, and with a fourth.
-    const unsigned int aCases[][3] = {{0, BI_RGB, 0},        {2, BI_RGB, 0},       {4, BI_RGB, 0},
-                                      {8, BI_RGB, 0},        {16, BI_RLE8, 0},     {32, BI_RLE8, 0},
-                                      {16, BI_BITFIELDS, 0}, {32, BI_BITFIELDS, 4}};
+    // theirs, without masks, and with a fourth. -1: counted masks, but no table.
+    const int aCases[][3] = {{0, BI_RGB, 0},        {2, BI_RGB, 0},        {4, BI_RGB, 0},
+                             {8, BI_RGB, 0},        {16, BI_RLE8, 0},      {32, BI_RLE8, 0},
+                             {16, BI_BITFIELDS, 0}, {32, BI_BITFIELDS, 4}, {16, BI_BITFIELDS, -1},
+                             {32, BI_BITFIELDS, -1}};
     const Bytes untouched(12, 0x5A);
     Bytes line = untouched;
     CKelImage image;
     for (const auto& [nBits, nCompression, nMasks] : aCases) {
-        image.Create(4, 1, static_cast<int>(nBits));
-        image.GetBitmapInfoHeader()->biCompression = nCompression;
-        for (unsigned int i = 0; i < nMasks; ++i) {
+        image.Create(4, 1, nBits);
+        image.GetBitmapInfoHeader()->biCompression = static_cast<unsigned int>(nCompression);
+        for (int i = 0; i < nMasks; ++i) {
             image.AddPaletteEntry(0xFF, 0xFF, 0xFF, 0);
         }
+        image.m_nPaletteNum = nMasks < 0 ? 3 : nMasks;
         EXPECT_EQ(image.GetLine24At(1, 0, line.data()), line.data());
         EXPECT_EQ(line, untouched) << nBits << " bits, compression " << nCompression;
+    }
+    for (const int nBits : {1, 4, 8}) {  // a table without entries
+        image.Create(4, 1, nBits);
+        image.ExpandPaletteTable();
+        EXPECT_EQ(image.GetLine24At(1, 0, line.data()), line.data());
+        EXPECT_EQ(line, untouched) << nBits;
     }
     image.Create(4, 2, 24);
     EXPECT_EQ(image.GetLine24At(1, -1, line.data()), nullptr);
     EXPECT_EQ(image.GetLine24At(1, 2, line.data()), nullptr);
+    image.DeleteLineArray();
+    EXPECT_EQ(image.GetLine24At(1, 1, line.data()), nullptr);
     EXPECT_EQ(line, untouched);
 }
 
@@ -90,9 +104,13 @@ TEST(Line24, OneBitPalettesThatAreTooShort) {
     image.GetLine24AsBGRAt(0, line.data());  // without colours: the stored row
     EXPECT_EQ(Bytes(line.begin(), line.begin() + 8), stored);
     EXPECT_EQ(line[8], 0x5A);
-    image.AddPaletteEntry(1, 2, 3, 255);  // with one: the slot behind it
-    image.GetLine24AsRGBAt(0, line.data());
-    EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{1, 2, 3, 0, 0, 0}));
+    image.AddPaletteEntry(1, 2, 3, 255);
+    for (const int nSlots : {2, 1}) {  // with one: the slot after it, or black
+        image.m_nPaletteSize = nSlots;
+        image.GetLine24AsRGBAt(0, line.data());
+        EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{1, 2, 3, 0, 0, 0}));
+    }
+    image.m_nPaletteSize = 2;
     image.GetPalette()[1] = {7, 8, 9, 0};
     image.GetLine24AsBGRAt(0, line.data());
     EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{3, 2, 1, 7, 8, 9}));

@@ -1,21 +1,25 @@
 // The pixel buffer, the header block, and who owns them.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cstring>
 #include <functional>
 
 #include "support/allocfaults.h"
-#include "support/invariants.h"
+#include "support/inspect.h"
 #include "support/pictures.h"
 #include "support/recordingtrace.h"
 
+#ifdef _WIN32
+#define malloc_usable_size _msize
+#endif
+
 namespace {
 
-using support::Consistent;
+using support::Bytes;
 using support::InputError;
 using support::Picture;
 using support::RecordingTrace;
-using Bytes = std::vector<unsigned char>;
 
 constexpr support::Kind kShort8 = {8, BI_RGB, 20};
 
@@ -32,6 +36,34 @@ TEST(Storage, CreateMakesAZeroedPictureWithRows) {
     EXPECT_EQ(image.GetLineArray()[1], pBits + 12);
     const unsigned int expected[10] = {40, 3, 2, 1 | 24 << 16};
     EXPECT_EQ(std::memcmp(image.GetBitmapInfoHeader(), expected, 40), 0);
+}
+
+TEST(Storage, CreateUnclearedLeavesOldMemoryInPixelsAlone) {
+    const support::AllocFill fill(0xA5);
+    for (const int nBits : {1, 4, 8, 16, 24, 32}) {
+        for (int nWidth = 1; nWidth <= 33; ++nWidth) {
+            SCOPED_TRACE(testing::Message() << nBits << " bits, " << nWidth << " columns");
+            CKelImage image, zeroed;
+            ASSERT_NE(image.CreateUncleared(nWidth, 3, nBits), nullptr);
+            ASSERT_NE(zeroed.Create(nWidth, 3, nBits), nullptr);
+            EXPECT_EQ("", support::FaultOf(image));
+            const std::size_t nSize = zeroed.GetBmpDataSize();
+            Bytes expected = PixelsOf(zeroed, nSize);
+            for (std::size_t i = 0; i < nSize / 3 * 2; i += nSize / 3) {  // the last row is zero
+                std::fill_n(&expected[i], nBits * nWidth / 8, static_cast<unsigned char>(0xA5));
+            }
+            EXPECT_EQ(PixelsOf(image, nSize), expected);
+            image.ClearRowsFrom(1);
+            std::fill(&expected[nSize / 3], expected.data() + nSize, static_cast<unsigned char>(0));
+            EXPECT_EQ(PixelsOf(image, nSize), expected);
+            image.ClearRowsFrom(0);
+            EXPECT_EQ(PixelsOf(image, nSize), PixelsOf(zeroed, nSize));
+        }
+    }
+    CKelImage image;
+    EXPECT_EQ(image.CreateUncleared(-1, 3, 24), nullptr);
+    EXPECT_NE(image.CreateUncleared(3, 0, 24), nullptr);
+    EXPECT_NE(image.GetLineArray(), nullptr);
 }
 
 TEST(Storage, RefusedSizesLeaveNoPixelsAndNoRows) {
@@ -60,9 +92,11 @@ TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
         EXPECT_EQ(trace.Lines(), InputError("dwSize is invalid: " + std::to_string(nSize)));
         trace.Clear();
     }
+    ASSERT_NE(image.AllocateBits(52428800u), nullptr);
     ASSERT_NE(image.Create(100, 50, 24), nullptr);
     ASSERT_NE(image.AllocateBits(10), nullptr);
-    EXPECT_TRUE(Consistent(image));
+    EXPECT_GE(malloc_usable_size(image.GetBits()), 15000u);
+    EXPECT_EQ("", support::FaultOf(image));
     EXPECT_TRUE(trace.Lines().empty());
 }
 
@@ -78,13 +112,16 @@ TEST(Storage, OpenMeasuresThePixelData) {
     header.biSizeImage = 119;
     EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
     EXPECT_EQ(image.GetBits(), nullptr);
-    // Run-length data may be shorter than the rows; what it does not fill is zero.
-    header.biSizeImage = 7;
+    // Run-length data may be shorter than the rows, and is as long as biSizeImage says: what it
+    // does not fill is zero.
     header.biCompression = BI_RLE8;
-    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
-    Bytes expected(picture.bits.begin(), picture.bits.begin() + 7);
-    expected.resize(120);
-    EXPECT_EQ(PixelsOf(image, 120), expected);
+    for (const unsigned int nSize : {7u, 0u}) {
+        header.biSizeImage = nSize;
+        EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+        Bytes expected(picture.bits.begin(), picture.bits.begin() + nSize);
+        expected.resize(120);
+        EXPECT_EQ(PixelsOf(image, 120), expected);
+    }
 }
 
 TEST(Storage, OpenRefusesWhatItCannotHold) {
@@ -101,24 +138,172 @@ TEST(Storage, OpenRefusesWhatItCannotHold) {
         {[](Header& h) { h.biClrUsed = 65537; }, true},
         {[](Header& h) { h.biHeight = 0x7FFFFFFF, h.biSizeImage = 0; }, true},
     };
+    Picture valid = support::MakePicture(kShort8, 10, 10, 1);
     for (const auto& change : changes) {
         SCOPED_TRACE(&change - changes);
         Picture picture = support::MakePicture(kShort8, 10, 10, 1);
         change.pfnChange(picture.Info()->bmiHeader);
         CKelImage image;
+        ASSERT_EQ(support::OpenRandom(&image, kShort8, 3, 3, 1), KEL_OK);
         EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
+        EXPECT_EQ(image.GetBits(), nullptr);
         if (!change.bCopyOnly) {
+            image.OpenAs(valid.Info(), valid.bits.data(), 0);
             EXPECT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_ERR_PARAM);
             EXPECT_EQ(image.GetBits(), picture.bits.data());  // kept
             EXPECT_EQ(image.GetWidth(), 0);
+            EXPECT_EQ(image.GetLineArray(), nullptr);
+            EXPECT_EQ(image.GetPalette(), nullptr);
         }
     }
     CKelImage image;
     Picture picture = support::MakePicture(kShort8, 10, 10, 1);
     EXPECT_EQ(image.Open(picture.Info(), nullptr), KEL_ERR_PARAM);
     EXPECT_EQ(image.Open(nullptr, picture.bits.data()), KEL_ERR_PARAM);
-    ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
-    EXPECT_EQ(image.Open(image.GetBitmapInfo(), image.GetBits()), KEL_ERR_PARAM);  // its own
+}
+
+// Emptying the image would release what it is asked to copy: it refuses and stays as it was.
+TEST(Storage, OpenRefusesMemoryOfTheImageItself) {
+    Picture other = support::MakePicture(kShort8, 10, 10, 1), third = other;
+    CKelImage image;
+    ASSERT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 40, 40, 1), KEL_OK);
+    const Bytes before = support::Snapshot(image);
+    const auto bytesAt = [](void* p) { return static_cast<unsigned char*>(p); };
+    const auto blockAt = [](void* p) { return static_cast<BITMAPINFO*>(p); };
+    const std::pair<BITMAPINFO*, unsigned char*> cases[] = {
+        {other.Info(), image.m_pBits},
+        {other.Info(), image.m_ppLineArray[20]},
+        {other.Info(), image.m_pBits + 40 * 40 - 1},
+        {nullptr, image.m_pBits},
+        {other.Info(), bytesAt(image.m_pBMI) + 1063},
+        {other.Info(), bytesAt(image.m_pPalette + 255)},
+        {other.Info(), bytesAt(image.m_ppLineArray + 39)},
+        {image.m_pBMI, other.bits.data()},
+        {blockAt(&image.m_bmih), other.bits.data()},
+        {blockAt(image.m_ppLineArray[1]), nullptr}};
+    for (const auto& [pBMI, pBits] : cases) {
+        EXPECT_EQ(image.Open(pBMI, pBits), KEL_ERR_PARAM) << "case " << &pBMI - &cases[0].first;
+        EXPECT_EQ(support::Snapshot(image), before);
+    }
+    // Before Open() the block that is to be opened tells how long the pixels are.
+    image.Clean();
+    std::memcpy(image.AllocateBMI(120), other.block.data(), 120);
+    ASSERT_NE(image.AllocateBits(120), nullptr);
+    EXPECT_EQ(image.Open(third.Info(), image.m_pBits + 119), KEL_ERR_PARAM);
+    EXPECT_EQ(image.Open(), KEL_OK);
+    // Lent buffers are not released, so they can be copied.
+    image.Clean();
+    ASSERT_EQ(image.OpenAs(other.Info(), other.bits.data(), 0), KEL_OK);
+    EXPECT_EQ(image.Open(image.GetBitmapInfo(), image.GetBits()), KEL_OK);
+    EXPECT_EQ(PixelsOf(image, 120), other.bits);
+    // Colours and pixels whose last byte is the image's first pixel.
+    Bytes mixed = other.block;
+    mixed.insert(mixed.end(), other.bits.begin(), other.bits.end());
+    CKelImage owner;
+    ASSERT_EQ(owner.OpenAs(other.Info(), &mixed[119], 1), KEL_OK);
+    EXPECT_EQ(owner.Open(blockAt(mixed.data()), third.bits.data()), KEL_ERR_PARAM);
+    EXPECT_EQ(owner.Open(third.Info(), mixed.data()), KEL_ERR_PARAM);
+    EXPECT_EQ(owner.m_pBits, &mixed[119]);
+    owner.m_bOwnBuffers = 0;
+}
+
+// Of lent pixels the rows are copied, of lent run-length codes biSizeImage bytes.
+TEST(Storage, LentPixelsAreMeasuredByTheirHeader) {
+    const struct {
+        unsigned int nCompression, nSizeImage;
+        std::size_t nCopied;
+    } cases[] = {{BI_RGB, 0xFFFFFFFF, 120}, {BI_RGB, 7, 120}, {BI_RLE4, 7, 7}, {BI_RLE8, 200, 200}};
+    for (const auto& c : cases) {
+        Picture lent = support::MakePicture({8, BI_RGB, 0}, 10, 10, 1);
+        lent.Info()->bmiHeader.biCompression = c.nCompression;
+        lent.Info()->bmiHeader.biSizeImage = c.nSizeImage;
+        lent.bits.resize(c.nCopied, 0x77);
+        CKelImage image;
+        ASSERT_EQ(image.OpenAs(lent.Info(), lent.bits.data(), 0), KEL_OK);
+        ASSERT_NE(image.AllocateBMI(40), nullptr);
+        lent.bits.resize(std::max<std::size_t>(c.nCopied, 120));
+        EXPECT_EQ(PixelsOf(image, lent.bits.size()), lent.bits);
+    }
+}
+
+TEST(Storage, WhatIsReplacedIsReleased) {
+    const RecordingTrace silence(-1);
+    const auto before = support::CountLiveBlocks();
+    {
+        CKelImage image;
+        ASSERT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 10, 10, 1), KEL_OK);
+        image.AllocateBMI(1064);
+        image.AllocateBMI(40);
+        image.AllocateBits(10);
+        image.AllocateBits1();
+        image.CreatePalette(image.m_pBMI);
+        image.CreateLineArray();
+        image.Open();
+        image.Create(3, 3, 24);
+        image.GetBitmapInfo();
+        image.Create(3, 3, 24);
+        image.ChangeBitCount(32);
+        const support::AllocFaults faults(1);
+        EXPECT_EQ(image.AllocateBits(10), nullptr);
+        EXPECT_EQ(image.m_pBits, nullptr);  // and no rows into what is gone
+        EXPECT_EQ(image.m_ppLineArray, nullptr);
+    }
+    EXPECT_EQ(support::CountLiveBlocks(), before);
+}
+
+TEST(Storage, LentMemoryOfUnknownLengthIsNotCopied) {
+    const struct {
+        unsigned int nCompression;
+        KelResult nOpened;
+        bool (*pfnOwn)(CKelImage& image);
+    } cases[] = {// A refused block of 40 bytes; run-length codes whose header does not count them.
+                 {4, KEL_ERR_PARAM, [](CKelImage& i) { return i.AllocateBits(1) && !i.m_pBMI; }},
+                 {4, KEL_ERR_PARAM, [](CKelImage& i) { return i.AllocateBits1() && !i.m_pBMI; }},
+                 {BI_RLE8, KEL_OK, [](CKelImage& i) { return i.AllocateBMI(40) && !i.m_pBits; }}};
+    const RecordingTrace silence(-1);
+    for (const auto& c : cases) {
+        Picture lent = support::MakePicture({8, BI_RGB, 0}, 1000, 1000, 1);
+        lent.Info()->bmiHeader.biCompression = c.nCompression;
+        lent.Info()->bmiHeader.biSizeImage = 0;
+        CKelImage image;
+        ASSERT_EQ(image.OpenAs(lent.Info(), lent.bits.data(), 0), c.nOpened);
+        EXPECT_TRUE(c.pfnOwn(image)) << &c - cases;
+        EXPECT_EQ(image.m_bOwnBuffers, 1);
+        EXPECT_EQ(support::FaultOf(image), "");
+    }
+}
+
+TEST(Storage, PictureSizesKeepTheirLowBits) {
+    const struct {
+        unsigned short nBits;
+        int nWidth, nHeight;
+        unsigned int nSize;
+    } cases[] = {{24, 3, 2, 24},
+                 {1, -128, 3, 0u - 48},
+                 {1, 5, -2, 0u - 8},
+                 {32, 0x7FFFFFFF, 0x7FFFFFFF, 4},
+                 {65535, 0x7FFFFFFF, 0x7FFFFFFF, 0x10001FFC}};
+    for (const auto& c : cases) {
+        CKelImage image;
+        image.m_bmih.biBitCount = c.nBits;
+        image.m_bmih.biWidth = c.nWidth;
+        image.m_bmih.biHeight = c.nHeight;
+        EXPECT_EQ(image.GetBmpDataSize(), c.nSize) << c.nBits << " x " << c.nWidth;
+    }
+}
+
+// The old pixels are released before the size is traced, so that both are never held at once.
+TEST(Storage, AllocateBitsReleasesBeforeItTraces) {
+    const RecordingTrace restore;
+    CKelImage image;
+    ASSERT_NE(image.Create(3, 2, 24), nullptr);
+    zt_trace_set_sink(
+        [](void* pImage, ZT_TraceCall, int, const char*) {
+            EXPECT_EQ(static_cast<CKelImage*>(pImage)->GetBits(), nullptr);
+            EXPECT_EQ(static_cast<CKelImage*>(pImage)->GetLineArray(), nullptr);
+        },
+        &image);
+    EXPECT_NE(image.AllocateBits(0), nullptr);
 }
 
 TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
@@ -140,9 +325,10 @@ TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
         }
         image.AddPaletteEntry(9, 9, 9, 9);
         EXPECT_EQ(image.GetBitmapInfo(), pBlock);
-        // What the block's header speaks of can be read back.
+        // What the block's header describes can be read back.
         CKelImage other;
         EXPECT_EQ(other.Open(pBlock, image.GetBits()), KEL_OK);
+        EXPECT_GE(malloc_usable_size(pBlock), IMG_GetBitmapInfoSize(&pBlock->bmiHeader));
     }
 }
 
@@ -177,7 +363,7 @@ TEST(Storage, BorrowersTakeOwnershipOrStayAsTheyAre) {
                     bFired = faults.Fired();
                 }
                 EXPECT_TRUE(bDone || bFired);
-                EXPECT_TRUE(Consistent(image));
+                EXPECT_EQ("", support::FaultOf(image));
                 EXPECT_EQ(image.m_bOwnBuffers, bDone ? 1 : 0);
                 EXPECT_EQ(image.m_pBits == picture.bits.data(), !bDone);
                 EXPECT_EQ(image.m_pBMI == picture.Info(), !bDone);

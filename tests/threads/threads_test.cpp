@@ -15,11 +15,11 @@ namespace {
 
 constexpr int kThreads = 6, kRounds = 8;
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
 void OnAllThreads(const std::function<void(int)>& work) {
     std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; i++)
+    for (int i = 0; i < kThreads; ++i)
         threads.emplace_back(work, i);
     for (std::thread& thread : threads)
         thread.join();
@@ -56,7 +56,7 @@ TEST(Threads, ImagesSideBySide) {
         ASSERT_FALSE(expected.empty());
         std::atomic<int> nWrong = 0;
         OnAllThreads([&](int) {
-            for (int i = 0; i < kRounds; i++)
+            for (int i = 0; i < kRounds; ++i)
                 nWrong += Job(file, eFormat) != expected;
         });
         EXPECT_EQ(nWrong, 0) << eFormat;
@@ -72,7 +72,7 @@ TEST(Threads, OneImageReadByMany) {
         std::atomic<int> nWrong = 0;
         OnAllThreads([&](int nThread) {
             Bytes line(184);
-            for (int y = 0; y < image.GetHeight(); y++) {
+            for (int y = 0; y < image.GetHeight(); ++y) {
                 const int nRow = (y + nThread) % 20;
                 image.GetLine24AsRGBAt(nRow, line.data());
                 nWrong += std::memcmp(line.data(), expected.data() + 184 * nRow, 183) != 0;

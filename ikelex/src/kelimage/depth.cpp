@@ -1,12 +1,12 @@
 // The one depth change there is: 24 to 32 bits.
 #include <algorithm>
 
-#include "../kelbitmap/rows.h"
-#include "../kelbitmap/strides.h"
-#include "../kelmemory/kelmemory.h"
-#include "../keltrace/keltrace.h"
 #include "headerblock.h"
+#include "kelbitmap/rows.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
 
 void CKelImage::ChangeBitCount(int nBitCount) {
     if (m_bmih.biBitCount != 24 || nBitCount != 32 || m_pBits == nullptr ||
@@ -14,17 +14,16 @@ void CKelImage::ChangeBitCount(int nBitCount) {
         return;
     }
     const std::int64_t nSize = kel::PictureSize(32, m_bmih.biWidth, m_bmih.biHeight);
-    unsigned char* lpNewBit = nullptr;
-    if (nSize >= 0 && nSize <= kel::kMaxSize) {
-        lpNewBit = kel::NewPixelsNothrow(static_cast<std::size_t>(nSize));
-    }
+    unsigned char* lpNewBit = kel::NewPixelsNothrow(nSize);
     if (lpNewBit != nullptr) {
         const std::int64_t nStride = kel::RowStride(32, m_bmih.biWidth);
+        const auto nPixels = static_cast<std::size_t>(std::max<int>(m_bmih.biWidth, 0));
+        kel::RowMove* const pfnExpand = kel::RowFunctionsFor(kel::BestLevel()).pfnExpand24;
         for (std::int64_t y = 0; y < m_bmih.biHeight; ++y) {
-            Convert24BitTo32Bit(0, m_ppLineArray[y], lpNewBit + y * nStride);
+            pfnExpand(m_ppLineArray[y], lpNewBit + y * nStride, nPixels);
         }
     }
-    if (lpNewBit == nullptr || !ReplaceBits(lpNewBit)) {
+    if (lpNewBit == nullptr || !AdoptBits(lpNewBit)) {
         delete[] lpNewBit;
         kel::TraceNull("lpNewBit");
         return;
@@ -35,8 +34,8 @@ void CKelImage::ChangeBitCount(int nBitCount) {
     if (m_pBMI != nullptr) {
         m_pBMI->bmiHeader.biBitCount = 32;
         m_pBMI->bmiHeader.biSizeImage = m_bmih.biSizeImage;
-        // With bit fields the deeper header speaks of three masks, for which the block may have no
-        // room. It is built anew when it is asked for.
+        // With bit fields the deeper header describes three masks, for which the block may have no
+        // room. GetBitmapInfo builds it anew.
         if (kel::HeaderBlockSize(m_bmih) > nOldBlock) {
             DeleteBMI();
         }
@@ -45,6 +44,6 @@ void CKelImage::ChangeBitCount(int nBitCount) {
 }
 
 void CKelImage::Convert24BitTo32Bit(int, unsigned char* pSrc, unsigned char* pDst) {
-    kel::RowFunctionsFor(kel::BestCpuLevel())
-        .pfnExpand24(pSrc, pDst, static_cast<std::size_t>(std::max(m_bmih.biWidth, 0)));
+    kel::RowFunctionsFor(kel::BestLevel())
+        .pfnExpand24(pSrc, pDst, static_cast<std::size_t>(std::max<int>(m_bmih.biWidth, 0)));
 }

@@ -1,4 +1,6 @@
-// Header blocks: one BITMAPINFOHEADER with its colour table behind it, in memory from array new of
+// What a header describes: whether an image holds it, how long its block and its pixels are.
+//
+// A header block is a BITMAPINFOHEADER with its colour table after it, in memory from array new of
 // bytes.
 #ifndef KELIMAGE_HEADERBLOCK_H
 #define KELIMAGE_HEADERBLOCK_H
@@ -9,11 +11,27 @@
 
 namespace kel {
 
-// The bytes of a block with a header of 40 bytes, exact in 64 bits.
+// The depths an image holds: 1, 4, 8, 16, 24 and 32 bits.
+bool IsSupportedDepth(int nBitCount);
+
+// Whether Open() accepts the header: biSize 40, a supported depth, biCompression up to
+// BI_BITFIELDS, no negative size.
+bool IsSupportedHeader(const BITMAPINFOHEADER& header);
+
+// Bytes of a block with a header of 40 bytes, exact in 64 bits.
 std::int64_t HeaderBlockSize(const BITMAPINFOHEADER& header);
 
-// Copies pBlock, null included, to *ppCopy. A block whose header is not of 40 bytes cannot be
-// measured and gives null, as no block does. False, *ppCopy untouched, when memory runs out.
+// Whether the pixel data are run-length codes, which only biSizeImage measures.
+bool IsRunLength(const BITMAPINFOHEADER& header);
+
+// Bytes of all rows of a supported header; the largest 64-bit value when they are more.
+std::int64_t RowBytes(const BITMAPINFOHEADER& header);
+
+// Bytes of pixel data: biSizeImage, or all rows where that is 0 and the rows are uncompressed.
+std::int64_t DataBytes(const BITMAPINFOHEADER& header);
+
+// Copies a caller's block, null included, to *ppCopy. A block that IsSupportedHeader refuses cannot
+// be measured and gives null. False, *ppCopy untouched, when memory runs out.
 bool CopyHeaderBlock(const BITMAPINFO* pBlock, BITMAPINFO** ppCopy);
 
 }  // namespace kel

@@ -1,8 +1,8 @@
 // Construction, release and transfer of what an image holds.
 #include <platform/vamplatform.h>
 
-#include "../keltrace/keltrace.h"
 #include "kelimage.h"
+#include "keltrace/keltrace.h"
 
 IKelImage::~IKelImage() = default;
 
@@ -14,7 +14,7 @@ CKelImage::CKelImage()
       m_pPalette(nullptr),
       m_pBMI(nullptr),
       m_bOwnBuffers(1) {
-    kel::CheckSecure(kel::kSourceImage, memset_s(&m_bmih, sizeof m_bmih, 0, sizeof m_bmih));
+    kel::SecureZero(kel::kSourceImage, &m_bmih, sizeof m_bmih);
 }
 
 CKelImage::~CKelImage() {
@@ -59,7 +59,7 @@ void CKelImage::Clean() {
     }
     m_pBits = nullptr;
     m_pBMI = nullptr;
-    kel::CheckSecure(kel::kSourceImage, memset_s(&m_bmih, sizeof m_bmih, 0, sizeof m_bmih));
+    kel::SecureZero(kel::kSourceImage, &m_bmih, sizeof m_bmih);
 }
 
 void CKelImage::Init() {

@@ -1,20 +1,19 @@
 // Mirror: the picture turned upside down in its own buffer, through one scratch row.
 #include <platform/vamplatform.h>
 
-#include <cstddef>
-
-#include "../kelbitmap/strides.h"
-#include "../keltrace/keltrace.h"
-#include "geometry.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
+#include "picturebuffer.h"
 
 namespace {
 
 // Fetches a row ahead. The bottom rows come in descending order, which the processor does not
 // foresee.
-void PrefetchRow(const unsigned char* pRow, std::size_t nBytes) {
-    constexpr std::size_t kLine = 64;
-    for (std::size_t i = 0; i < nBytes; i += kLine) {
+void PrefetchRow(const unsigned char* pRow, std::int64_t nBytes) {
+    constexpr int kLine = 64;
+    for (std::int64_t i = 0; i < nBytes; i += kLine) {
         __builtin_prefetch(pRow + i);
     }
 }
@@ -37,14 +36,13 @@ void CKelImage::MirrorBytes_V(unsigned char* pBuffer, int nStride, int nRows) co
         return;
     }
     unsigned char* const pRowByte = pScratch.get();
-    const auto nRow = static_cast<std::size_t>(nStride);
     // The middle row of an odd count stays where it is.
     for (int nTop = 0; nTop < nRows / 2; ++nTop) {
-        unsigned char* const pTop = pBuffer + static_cast<std::size_t>(nTop) * nRow;
-        unsigned char* const pBottom = pBuffer + static_cast<std::size_t>(nRows - 1 - nTop) * nRow;
-        PrefetchRow(pBottom - nRow, nRow);
-        kel::CheckSecure(kel::kSourceImage, memcpy_s(pRowByte, nRow, pTop, nRow));
-        kel::CheckSecure(kel::kSourceImage, memcpy_s(pTop, nRow, pBottom, nRow));
-        kel::CheckSecure(kel::kSourceImage, memcpy_s(pBottom, nRow, pRowByte, nRow));
+        unsigned char* const pTop = pBuffer + std::int64_t{nTop} * nStride;
+        unsigned char* const pBottom = pBuffer + std::int64_t{nRows - 1 - nTop} * nStride;
+        PrefetchRow(pBottom - nStride, nStride);
+        kel::SecureCopy(kel::kSourceImage, pRowByte, pTop, nStride);
+        kel::SecureCopy(kel::kSourceImage, pTop, pBottom, nStride);
+        kel::SecureCopy(kel::kSourceImage, pBottom, pRowByte, nStride);
     }
 }

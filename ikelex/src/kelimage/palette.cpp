@@ -5,19 +5,20 @@
 #include <cstring>
 #include <new>
 
-#include "../kelbitmap/colortable.h"
-#include "../kelbitmap/strides.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/colortable.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "keltrace/keltrace.h"
 
 namespace {
 
+constexpr std::int64_t kEntrySize = sizeof(tagKelRGBQUAD);
 constexpr int kGrowth = 16;
 constexpr int kDeepCapacity = 256;
 
 // A zeroed table, or null: what is not yet valid must not show old memory.
 tagKelRGBQUAD* NewTable(std::int64_t nEntries) {
-    if (nEntries * 4 > kel::kMaxSize) {
+    if (nEntries * kEntrySize > kel::kMaxSize) {
         return nullptr;
     }
     return new (std::nothrow) tagKelRGBQUAD[static_cast<std::size_t>(nEntries)]();
@@ -75,9 +76,9 @@ bool CKelImage::ExpandPaletteTable() {
         kel::TraceNull("pNewPalette");
         return false;
     }
-    const std::size_t nOld = static_cast<std::size_t>(m_nPaletteSize) * sizeof *m_pPalette;
-    const std::size_t nNew = nOld + kGrowth * sizeof *m_pPalette;
-    kel::CheckSecure(kel::kSourceImage, memcpy_s(pNewPalette, nNew, m_pPalette, nOld));
+    const std::int64_t nOld = std::int64_t{m_nPaletteSize} * kEntrySize;
+    const std::int64_t nNew = nOld + kGrowth * kEntrySize;
+    kel::SecureCopyInto(kel::kSourceImage, pNewPalette, nNew, m_pPalette, nOld);
     delete[] m_pPalette;
     m_pPalette = pNewPalette;
     m_nPaletteSize += kGrowth;

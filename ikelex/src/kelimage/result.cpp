@@ -1,3 +1,4 @@
+// The names and meanings of results. Hosts show the texts; one table decides them.
 #include <ikelex/result.h>
 
 namespace {

@@ -1,33 +1,33 @@
-// Rotate: the picture transposed into a new buffer.
-#include "../kelbitmap/strides.h"
-#include "geometry.h"
+// Rotate: the picture transposed into a new buffer. kelgeometry/transpose.h defines the bytes.
+#include "kelbitmap/strides.h"
+#include "kelgeometry/transpose.h"
 #include "kelimage.h"
-#include "transpose.h"
+#include "picturebuffer.h"
 
 bool CKelImage::Rotate(int) {
     if (m_pBits == nullptr) {
         return false;
     }
     const int nBits = m_bmih.biBitCount;
-    const kel::Transposition shape = {m_pBits,        kel::RowStride(nBits, m_bmih.biWidth),
-                                      m_bmih.biWidth, m_bmih.biHeight,
-                                      nullptr,        kel::RowStride(nBits, m_bmih.biHeight)};
+    const int nWidth = m_bmih.biWidth;
+    const int nHeight = m_bmih.biHeight;
+    const bool bBits = nBits == 1 || nBits == 2 || nBits == 4;
     std::unique_ptr<unsigned char[]> pNew =
-        kel::NewPicture(kel::PictureSize(nBits, shape.nHeight, shape.nWidth));
+        kel::NewPicture(nBits, nHeight, nWidth, bBits || nBits % 8 == 0);
     if (pNew == nullptr) {
         return false;
     }
-    kel::Transposition work = shape;
-    work.pDst = pNew.get();
-    if (nBits >= 8) {
-        kel::TransposePixels(kel::BestCpuLevel(), nBits / 8, work);
-    } else if (nBits == 1 || nBits == 2 || nBits == 4) {
+    const kel::Transposition work = {m_pBits,    kel::RowStride(nBits, nWidth), nWidth, nHeight,
+                                     pNew.get(), kel::RowStride(nBits, nHeight)};
+    if (bBits) {
         kel::TransposeBits(nBits, work);
+    } else if (nBits >= 8) {
+        kel::TransposePixels(kel::BestLevel(), nBits / 8, work, kel::LeavesCaches(work));
     }
-    if (!ReplaceBits(pNew.get())) {
+    if (!AdoptBits(pNew.get())) {
         return false;
     }
     static_cast<void>(pNew.release());  // the image owns it now
-    kel::SetPictureSize(this, work.nHeight, work.nWidth);
+    kel::SetPictureSize(this, nHeight, nWidth);
     return true;
 }

@@ -2,20 +2,18 @@
 //
 // Invariant: the row array, where there is one, has one entry per row and every row lies inside the
 // pixel buffer. An image that loses its pixel buffer loses its row array with it.
-#include <platform/vamplatform.h>
-
 #include <algorithm>
 #include <new>
 
-#include "../kelbitmap/strides.h"
-#include "../kelmemory/kelmemory.h"
-#include "../keltrace/keltrace.h"
 #include "headerblock.h"
+#include "kelbitmap/padding.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
 
 bool CKelImage::IsValidPixelDepth(int nBitCount) const {
-    return nBitCount == 1 || nBitCount == 4 || nBitCount == 8 || nBitCount == 16 ||
-           nBitCount == 24 || nBitCount == 32;
+    return kel::IsSupportedDepth(nBitCount);
 }
 
 bool CKelImage::IsValidWINCompression(unsigned int dwCompression) const {
@@ -23,12 +21,14 @@ bool CKelImage::IsValidWINCompression(unsigned int dwCompression) const {
 }
 
 unsigned int CKelImage::GetBmpDataSize() {
-    return static_cast<unsigned int>(
-        kel::PictureSize(m_bmih.biBitCount, m_bmih.biWidth, m_bmih.biHeight));
+    // Negative widths round down here, unlike in RowStride; the product keeps its low 32 bits.
+    const std::int64_t nBits = std::int64_t{m_bmih.biBitCount} * m_bmih.biWidth;
+    return static_cast<unsigned int>((nBits + 31) >> 3 & -4) *
+           static_cast<unsigned int>(m_bmih.biHeight);
 }
 
-unsigned char* CKelImage::Create(int nWidth, int nHeight, int nBitCount) {
-    kel::CheckSecure(kel::kSourceImage, memset_s(&m_bmih, sizeof m_bmih, 0, sizeof m_bmih));
+void CKelImage::Describe(int nWidth, int nHeight, int nBitCount) {
+    kel::SecureZero(kel::kSourceImage, &m_bmih, sizeof m_bmih);
     m_bmih.biSize = sizeof m_bmih;
     m_bmih.biWidth = nWidth;
     m_bmih.biHeight = nHeight;
@@ -41,64 +41,74 @@ unsigned char* CKelImage::Create(int nWidth, int nHeight, int nBitCount) {
         m_bOwnBuffers = 1;
     }
     DeleteBMI();
+}
+
+unsigned char* CKelImage::Create(int nWidth, int nHeight, int nBitCount) {
+    Describe(nWidth, nHeight, nBitCount);
     return AllocateBits1();
 }
 
+unsigned char* CKelImage::CreateUncleared(int nWidth, int nHeight, int nBitCount) {
+    Describe(nWidth, nHeight, nBitCount);
+    const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, nWidth);
+    // The last row is zeroed whole, so that the bounded memory function is asked, and traced, once
+    // for each buffer, as in Create.
+    unsigned char* pBits = NewBits(SizeOfRows(), nHeight > 0 ? nStride : 0);
+    if (pBits != nullptr) {
+        kel::ClearPadding(pBits, m_bmih.biBitCount, nWidth, nHeight);
+    }
+    return pBits;
+}
+
+void CKelImage::ClearRowsFrom(int nFirst) {
+    const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
+    if (m_pBits != nullptr && nFirst < m_bmih.biHeight) {
+        std::fill(m_pBits + nFirst * nStride, m_pBits + m_bmih.biHeight * nStride, std::uint8_t{0});
+    }
+}
+
+std::int64_t CKelImage::SizeOfRows() const {
+    const std::int64_t nSize = kel::RowBytes(m_bmih);
+    return m_bmih.biWidth < 0 || m_bmih.biHeight < 0 || nSize > kel::kMaxSize ? -1 : nSize;
+}
+
 unsigned char* CKelImage::AllocateBits1() {
-    const std::int64_t nSize = kel::PictureSize(m_bmih.biBitCount, m_bmih.biWidth, m_bmih.biHeight);
-    const bool bRefused = m_bmih.biWidth < 0 || m_bmih.biHeight < 0 || nSize > kel::kMaxSize;
-    return InstallBits(bRefused ? -1 : nSize);
+    const std::int64_t nSize = SizeOfRows();
+    return NewBits(nSize, nSize);
 }
 
 unsigned char* CKelImage::AllocateBits(unsigned int dwSize) {
+    DropOwnBits();
     if (dwSize == 0 || dwSize > kel::kTracedSizeLimit) {
         kel::TraceInvalid("dwSize", dwSize);
     }
     // The rows the header describes must lie inside the buffer, however small a size was asked for.
-    const std::int64_t nRows =
-        m_bmih.biWidth < 0 || m_bmih.biHeight < 0
-            ? 0
-            : kel::PictureSize(m_bmih.biBitCount, m_bmih.biWidth, m_bmih.biHeight);
+    const bool bRows = m_bmih.biWidth >= 0 && m_bmih.biHeight >= 0;
+    const std::int64_t nRows = bRows ? kel::RowBytes(m_bmih) : 0;
     if (nRows > dwSize && nRows > kel::kMaxSize) {
-        return InstallBits(-1);
-    }
-    return InstallBits(std::max<std::int64_t>(dwSize, nRows));
-}
-
-unsigned char* CKelImage::InstallBits(std::int64_t nSize) {
-    // The old buffer goes first, so that old and new are not held at once.
-    if (m_bOwnBuffers != 0) {
-        delete[] m_pBits;
-        m_pBits = nullptr;
-    }
-    unsigned char* pNewBits =
-        nSize < 0 ? nullptr : kel::TryNewPixels(static_cast<std::size_t>(nSize));
-    if (pNewBits == nullptr || !ReplaceBits(pNewBits)) {
-        delete[] pNewBits;
-        if (m_pBits == nullptr) {
-            DeleteLineArray();
-        }
         return nullptr;
     }
-    const auto nBytes = static_cast<std::size_t>(nSize);
-    kel::CheckSecure(kel::kSourceImage, memset_s(m_pBits, nBytes, 0, nBytes));
-    CreateLineArray();
-    return m_pBits;
+    const std::int64_t nSize = std::max<std::int64_t>(dwSize, nRows);
+    return NewBits(nSize, nSize);
 }
 
-bool CKelImage::ReplaceBits(unsigned char* pNewBits) {
+void CKelImage::DropOwnBits() {
     if (m_bOwnBuffers != 0) {
-        delete[] m_pBits;
-    } else {
-        BITMAPINFO* pCopy = nullptr;
-        if (!kel::CopyHeaderBlock(m_pBMI, &pCopy)) {
-            return false;
-        }
-        m_pBMI = pCopy;
-        m_bOwnBuffers = 1;
+        DeleteBits();
     }
-    m_pBits = pNewBits;
-    return true;
+}
+
+unsigned char* CKelImage::NewBits(std::int64_t nSize, std::int64_t nCleared) {
+    // The old buffer goes first, so that old and new are not held at once.
+    DropOwnBits();
+    unsigned char* const pNewBits = kel::TryNewPixels(nSize);
+    if (pNewBits == nullptr || !AdoptBits(pNewBits)) {
+        delete[] pNewBits;
+        return nullptr;
+    }
+    kel::SecureZero(kel::kSourceImage, m_pBits + (nSize - nCleared), nCleared);
+    CreateLineArray();
+    return m_pBits;
 }
 
 void CKelImage::DeleteBits() {
@@ -123,7 +133,7 @@ unsigned char** CKelImage::CreateLineArray() {
     if (m_pBits == nullptr && nRows > 0) {
         return nullptr;
     }
-    const std::int64_t nBytes = nRows * static_cast<std::int64_t>(sizeof(unsigned char*));
+    const std::int64_t nBytes = nRows * std::int64_t{sizeof(unsigned char*)};
     if (nRows >= 0 && m_bmih.biWidth >= 0 && nBytes <= kel::kMaxSize) {
         m_ppLineArray = new (std::nothrow) unsigned char*[static_cast<std::size_t>(nRows)];
     }
@@ -131,9 +141,13 @@ unsigned char** CKelImage::CreateLineArray() {
         kel::TraceNull("m_ppLineArray");
         return nullptr;
     }
-    const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
-    for (std::int64_t i = 0; i < nRows; ++i) {
-        m_ppLineArray[i] = m_pBits + i * nStride;
-    }
+    PointRowsInto(m_pBits);
     return m_ppLineArray;
+}
+
+void CKelImage::PointRowsInto(unsigned char* pBits) {
+    const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
+    for (std::int64_t i = 0; m_ppLineArray != nullptr && i < m_bmih.biHeight; ++i) {
+        m_ppLineArray[i] = pBits + i * nStride;
+    }
 }

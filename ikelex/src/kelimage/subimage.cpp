@@ -2,16 +2,13 @@
 //
 // A destination row starts at or before its source row and is never longer, so the rows can be
 // moved in place from the top. Each passes through a scratch row, since it may overlap its source.
-#include <platform/vamplatform.h>
-
 #include <algorithm>
-#include <cstddef>
-#include <cstring>
 
-#include "../kelbitmap/strides.h"
-#include "../keltrace/keltrace.h"
-#include "geometry.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
+#include "picturebuffer.h"
 
 namespace {
 
@@ -21,16 +18,16 @@ struct Rectangle {
 
 // Moves the bits of pLine nShift (below 8) places towards its start; those of byNext follow the
 // last.
-void ShiftLeft(unsigned char* pLine, std::size_t nBytes, int nShift, unsigned char byNext) {
-    for (std::size_t i = 0; i < nBytes; ++i) {
-        const unsigned int nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
-        pLine[i] = static_cast<unsigned char>(
-            (static_cast<unsigned int>(pLine[i]) << 8 | nNext) << nShift >> 8);
+void ShiftLeft(unsigned char* pLine, std::int64_t nBytes, int nShift, unsigned char byNext) {
+    for (std::int64_t i = 0; i < nBytes; ++i) {
+        const unsigned int nHigh = pLine[i], nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
+        pLine[i] = static_cast<unsigned char>((nHigh << 8 | nNext) << nShift >> 8);
     }
 }
 
-// The work of CopyBytes. False, traced and nothing moved, when the scratch row cannot be had; true
-// with nothing moved for a rectangle that is larger than the source or starts outside of it.
+// The work of CopyBytes. False, traced and nothing moved, when the scratch row cannot be
+// allocated; true with nothing moved for a rectangle that is larger than the source or starts
+// outside of it.
 bool MoveRectangle(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHeight,
                    const Rectangle& rect) {
     if (rect.nWidth > nSrcWidth || rect.nHeight > nSrcHeight || rect.nX < 0 || rect.nY < 0) {
@@ -48,21 +45,20 @@ bool MoveRectangle(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHei
     // Depths below 8 bits may start inside a byte; the others count whole bytes.
     const std::int64_t nOffset =
         nBits < 8 ? std::int64_t{nBits} * rect.nX / 8 : std::int64_t{nBits / 8} * rect.nX;
-    const int nShift = nBits < 8 ? static_cast<int>(std::int64_t{nBits} * rect.nX % 8) : 0;
+    const int nShift = nBits < 8 ? nBits * (rect.nX % 8) % 8 : 0;
     const std::int64_t nEnd = nSrcStride * nSrcHeight;
     for (int nRow = 0; nRow < rect.nHeight; ++nRow) {
-        // The row's padding comes from the bytes behind the rectangle while the buffer has any.
+        // The row's padding comes from the bytes after the rectangle while the buffer has any.
         const std::int64_t nFrom =
             std::min((std::int64_t{rect.nY} + nRow) * nSrcStride + nOffset, nEnd);
-        const auto nCopy = static_cast<std::size_t>(std::min(nEnd - nFrom, nLine));
-        const auto nBytes = static_cast<std::size_t>(nLine);
+        const std::int64_t nCopy = std::min(nEnd - nFrom, nLine);
         unsigned char* const pTo = pBuffer + nRow * nLine;
-        kel::CheckSecure(kel::kSourceImage, memcpy_s(lpLine, nCopy, pBuffer + nFrom, nCopy));
-        std::memset(lpLine + nCopy, 0, nBytes - nCopy);
+        kel::SecureCopy(kel::kSourceImage, lpLine, pBuffer + nFrom, nCopy);
+        std::fill(lpLine + nCopy, lpLine + nLine, std::uint8_t{0});
         if (nShift != 0) {
-            ShiftLeft(lpLine, nBytes, nShift, nFrom + nLine < nEnd ? pBuffer[nFrom + nLine] : 0);
+            ShiftLeft(lpLine, nLine, nShift, nFrom + nLine < nEnd ? pBuffer[nFrom + nLine] : 0);
         }
-        kel::CheckSecure(kel::kSourceImage, memcpy_s(pTo, nBytes, lpLine, nBytes));
+        kel::SecureCopy(kel::kSourceImage, pTo, lpLine, nLine);
     }
     return true;
 }

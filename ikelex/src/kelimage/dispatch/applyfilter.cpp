@@ -1,29 +1,15 @@
-// The filter entry points. Nothing throws across the interface: what a filter or a host's own class
-// throws becomes a result here, after everything made for the call is released.
+// The filter entry points. What a filter or a host's own class throws becomes a result here, after
+// everything made for the call is released.
 #include <memory>
 #include <new>
 
-#include "../../kelscale/kelfilter.h"
-#include "../../keltrace/keltrace.h"
-#include "../kelimage.h"
 #include "exceptions.h"
-
-namespace {
-
-// Runs fnWork and returns its result, or the code of what it threw.
-template <typename Work>
-KelResult Guard(Work fnWork) {
-    try {
-        return fnWork();
-    } catch (...) {
-        return kel::ResultOfException();
-    }
-}
-
-}  // namespace
+#include "kelimage/kelimage.h"
+#include "kelscale/kelfilter.h"
+#include "keltrace/keltrace.h"
 
 KelResult CKelImage::ApplyFilter(KelImageFilterType eType, tagKelParameters* pParams) {
-    return Guard([&] {
+    return kel::Guard([&] {
         CKelImage* pNew = nullptr;
         const KelResult nResult = ApplyFilter1(&pNew, eType, pParams);
         const std::unique_ptr<CKelImage> owner(pNew);
@@ -37,7 +23,7 @@ KelResult CKelImage::ApplyFilter(KelImageFilterType eType, tagKelParameters* pPa
 KelResult CKelImage::ApplyFilter(IKelImage** ppImage, KelImageFilterType eType,
                                  tagKelParameters* pParams) {
     *ppImage = nullptr;
-    return Guard([&] {
+    return kel::Guard([&] {
         CKelImage* pNew = nullptr;
         const KelResult nResult = ApplyFilter1(&pNew, eType, pParams);
         *ppImage = pNew;
@@ -51,7 +37,7 @@ KelResult CKelImage::ApplyFilter1(CKelImage** ppImage, KelImageFilterType eType,
     if (eType != KEL_FILTER_SCALE) {
         return KEL_ERR_FILTER_TYPE;
     }
-    return Guard([&] {
+    return kel::Guard([&] {
         std::unique_ptr<CKelImage> image(new (std::nothrow) CKelImage);
         if (image == nullptr) {
             kel::TraceNull("pImage");

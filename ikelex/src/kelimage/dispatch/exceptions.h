@@ -4,11 +4,33 @@
 
 #include <ikelex/result.h>
 
+#include <new>
+
 namespace kel {
 
-// The code of the exception being handled; to be called inside catch (...). KEL_ERR_MEMORY for
-// std::bad_alloc, and KEL_ERR_FILE for all others: they come from the host's stream.
-KelResult ResultOfException() noexcept;
+// The result of fnWork, or the code of what it threw: KEL_ERR_MEMORY for std::bad_alloc, and
+// KEL_ERR_FILE for everything else, which comes from the host's stream. fnFailed runs after an
+// exception; what it throws is dropped.
+template <typename Work, typename Failed>
+KelResult Guard(Work fnWork, Failed fnFailed) noexcept {
+    KelResult nResult = KEL_ERR_FILE;
+    try {
+        return fnWork();
+    } catch (const std::bad_alloc&) {
+        nResult = KEL_ERR_MEMORY;
+    } catch (...) {
+    }
+    try {
+        fnFailed();
+    } catch (...) {
+    }
+    return nResult;
+}
+
+template <typename Work>
+KelResult Guard(Work fnWork) noexcept {
+    return Guard(fnWork, [] {});
+}
 
 }  // namespace kel
 

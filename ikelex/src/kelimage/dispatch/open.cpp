@@ -1,44 +1,31 @@
+// Open from a path or a stream, and detection. The first bytes of the data decide the format.
 #include <platform/vamplatform.h>
 
-#include "../../keldecoder/keldecoder.h"
-#include "../kelimage.h"
 #include "exceptions.h"
+#include "formats.h"
+#include "kelimage/kelimage.h"
 
 namespace {
 
 constexpr unsigned int kSignatureSize = 512;
 
-// Brings the stream back after something threw; it may be past helping.
-void TrySeek(CVamArchive* pArchive, unsigned int nPosition) noexcept {
-    try {
-        pArchive->Seek(nPosition, 0);
-    } catch (...) {
-    }
-}
-
-// Reads the picture whose first bytes stand at nStart, where the stream stands before and after.
+// Reads the picture whose first bytes lie at nStart, where the stream is before and after.
 KelResult OpenAt(unsigned int nStart, CVamArchive* pArchive, CKelImage* pImage) {
     unsigned char signature[kSignatureSize] = {};
-    pArchive->Read(signature, kSignatureSize);
+    const unsigned int nRead = pArchive->Read(signature, kSignatureSize);
     pArchive->Seek(nStart, 0);
 
-    KelResult nResult = KEL_OK;
-    switch (pImage->DetectImageFormat(signature, static_cast<int>(kSignatureSize))) {
-        case KEL_IMAGE_BMP:
-            nResult = CKelBMPDecoder().Do(pArchive, pImage);
-            break;
-        case KEL_IMAGE_JPEG:
-            nResult = CKelJpegDecoder().Do(pArchive, pImage);
-            break;
-        case KEL_IMAGE_PNG:
-            nResult = CKelPNGDecoder().Do(pArchive, pImage);
-            break;
-        case KEL_IMAGE_TIFF:
-            break;  // accepted, not read: the image stays empty
-        case KEL_IMAGE_UNKNOWN:
-            return KEL_ERR_FAIL;
-        default:
-            return KEL_ERR_OPEN_FORMAT;
+    // A count above what was asked for means that nothing arrived.
+    const kel::Format* pFormat = kel::FormatOfData(signature, nRead <= kSignatureSize ? nRead : 0);
+    if (pFormat == nullptr) {
+        return KEL_ERR_FAIL;
+    }
+    if (pFormat->pfnRead == nullptr) {
+        return KEL_ERR_OPEN_FORMAT;
+    }
+    const KelResult nResult = pFormat->pfnRead(pArchive, pImage);
+    if (nResult == KEL_ERR_PARAM) {
+        pImage->Clean();  // a refused header may have left its block
     }
     pArchive->Seek(nStart, 0);
     return nResult;
@@ -46,39 +33,35 @@ KelResult OpenAt(unsigned int nStart, CVamArchive* pArchive, CKelImage* pImage) 
 
 }  // namespace
 
+KelImageFormat CKelImage::DetectImageFormat(unsigned char* pBuffer, int) const {
+    const kel::Format* pFormat = kel::FormatOfData(pBuffer, 4);
+    return pFormat != nullptr ? pFormat->eFormat : KEL_IMAGE_UNKNOWN;
+}
+
 KelResult CKelImage::Open(CVamArchive* pArchive) {
     if (pArchive == nullptr) {
         return KEL_ERR_PARAM;
     }
     Clean();
-    unsigned int nStart = 0;
-    try {
-        nStart = static_cast<unsigned int>(pArchive->GetPosition());
-    } catch (...) {
-        return kel::ResultOfException();
-    }
-    try {
-        return OpenAt(nStart, pArchive, this);
-    } catch (...) {
-        const KelResult nResult = kel::ResultOfException();
-        TrySeek(pArchive, nStart);
-        Clean();
-        return nResult;
-    }
+    return kel::Guard([&] {
+        const auto nStart = static_cast<unsigned int>(pArchive->GetPosition());
+        return kel::Guard([&] { return OpenAt(nStart, pArchive, this); },
+                          [&] {
+                              Clean();
+                              pArchive->Seek(nStart, 0);
+                          });
+    });
 }
 
 KelResult CKelImage::Open(const char* pszPath) {
     if (pszPath == nullptr) {
         return KEL_ERR_PARAM;
     }
-    try {
+    const auto fnOpen = [&] {
         CVamArchiveFile file;
         file.Open(pszPath, "rb");
-        if (file.GetHandle() == nullptr) {
-            return KEL_ERR_FILE;
-        }
-        return Open(static_cast<CVamArchive*>(&file));
-    } catch (...) {
-        return kel::ResultOfException();
-    }
+        CVamArchive* const pArchive = &file;
+        return file.GetHandle() == nullptr ? KEL_ERR_FILE : Open(pArchive);
+    };
+    return kel::Guard(fnOpen, [&] { Clean(); });
 }

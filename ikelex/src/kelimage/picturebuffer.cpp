@@ -1,41 +1,37 @@
-#include "geometry.h"
-
-#include <platform/vamplatform.h>
+// The pixel buffer and the size of a picture whose shape changes.
+#include "picturebuffer.h"
 
 #include <limits>
-#include <new>
 
-#include "../kelbitmap/strides.h"
-#include "../kelmemory/kelmemory.h"
-#include "../keltrace/keltrace.h"
+#include "kelbitmap/padding.h"
+#include "kelbitmap/strides.h"
 #include "kelimage.h"
+#include "kelmemory/kelmemory.h"
+#include "keltrace/keltrace.h"
 
 namespace kel {
 
-std::unique_ptr<unsigned char[]> NewPicture(std::int64_t nSize) {
+std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, bool bOverwritten) {
+    const std::int64_t nSize = PictureSize(nBits, nWidth, nHeight);
     if (nSize <= 0 || nSize > kTracedSizeLimit) {
         TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
     }
-    if (nSize < 0 || nSize > std::numeric_limits<std::uint32_t>::max()) {
-        return nullptr;
-    }
-    const auto nBytes = static_cast<std::size_t>(nSize);
     std::unique_ptr<unsigned char[]> pBits;
+    if (nSize < 0 || nSize > std::numeric_limits<std::uint32_t>::max()) {
+        return pBits;
+    }
     try {
-        pBits.reset(NewPixels(nBytes));
+        pBits.reset(NewPixels(nSize));
     } catch (...) {
-        return nullptr;
+        return pBits;
     }
-    CheckSecure(kSourceImage, memset_s(pBits.get(), nBytes, 0, nBytes));
+    // The last row is zeroed whole, so that the bounded memory function is asked, and traced, once.
+    const std::int64_t nCleared = bOverwritten && nHeight > 0 ? RowStride(nBits, nWidth) : nSize;
+    SecureZero(kSourceImage, pBits.get() + nSize - nCleared, nCleared);
+    if (bOverwritten) {
+        ClearPadding(pBits.get(), nBits, nWidth, nHeight);
+    }
     return pBits;
-}
-
-std::unique_ptr<unsigned char[]> NewScratch(std::int64_t nSize) {
-    if (nSize < 0 || nSize > kMaxSize) {
-        return nullptr;
-    }
-    return std::unique_ptr<unsigned char[]>(
-        new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)]);
 }
 
 void SetPictureSize(CKelImage* pImage, int nWidth, int nHeight) {

@@ -1,0 +1,25 @@
+// What the operations that change a picture's shape have in common.
+#ifndef KELIMAGE_PICTUREBUFFER_H
+#define KELIMAGE_PICTUREBUFFER_H
+
+#include <cstdint>
+#include <memory>
+
+class CKelImage;
+
+namespace kel {
+
+// A new pixel buffer. It is zero, except that with bOverwritten the pixels may hold anything: the
+// caller goes on to write them all, and only the padding is zero. Traces "bufferSize" with the low
+// 32 bits of a size of 0 or above the traced limit, and goes on. Null when the size does not fit 32
+// bits or the allocation fails. Lets no exception through.
+std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, bool bOverwritten);
+
+// Records a new picture size in the image's header and, when there is one, in its header block,
+// then rebuilds the row array over the pixel buffer. The buffer already holds nHeight rows, whose
+// size fits 32 bits.
+void SetPictureSize(CKelImage* pImage, int nWidth, int nHeight);
+
+}  // namespace kel
+
+#endif  // KELIMAGE_PICTUREBUFFER_H

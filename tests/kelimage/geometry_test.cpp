@@ -1,0 +1,209 @@
+// Mirror, Rotate, SubImage and ZoomImage: their pictures, what they trace, and what failures leave.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+
+#include "kelgeometry/zoomrows.h"
+#include "support/allocfaults.h"
+#include "support/inspect.h"
+#include "support/recordingtrace.h"
+#include "support/reference/operations.h"
+#include "support/securefaults.h"
+
+namespace {
+
+using support::BlackRows;
+using support::FillImage;
+using support::InputError;
+using support::RandomRows;
+using support::Rows;
+using support::Shows;
+
+// Beyond the small pictures of the random sequences, and what is to change nothing.
+TEST(Geometry, EveryOperationAtEveryDepth) {
+    const int sizes[][4] = {{1, 7, 3, 3}, {90, 31, 21, 8}, {200, 3, 9, 4}, {1, 70, 200, 2}};
+    for (const int nBits : support::kDepths) {
+        for (const auto& s : sizes) {
+            Rows expected = RandomRows(nBits, s[0], s[1], static_cast<unsigned int>(s[2]));
+            CKelImage image;
+            FillImage(&image, expected);
+            const int nPalette = image.AddPaletteEntry(1, 2, 3, 4);
+            image.Mirror(0);
+            image.Mirror(1);  // unknown
+            image.ZoomImage(s[2], s[3]);
+            image.ZoomImage(0, 3);
+            image.ZoomImage(3, -1);
+            EXPECT_TRUE(image.Rotate(270));
+            expected =
+                reference::Transpose(reference::Zoom(reference::Mirror(expected), s[2], s[3]));
+            EXPECT_TRUE(Shows(image, expected)) << "from " << s[0] << "x" << s[1];
+            EXPECT_EQ(image.m_bmih.biSizeImage, expected.bytes.size());
+            EXPECT_EQ(image.GetPaletteNum(), nPalette);
+        }
+    }
+}
+
+TEST(Geometry, LargePicturesAreRotated) {
+    const Rows src = RandomRows(32, 1100, 1003, 8);  // over 4 MiB
+    CKelImage image;
+    FillImage(&image, src);
+    image.Rotate(0);
+    EXPECT_TRUE(Shows(image, reference::Transpose(src)));
+}
+
+TEST(Geometry, WhereOnePixelGoes) {
+    const Rows src = RandomRows(24, 3, 2, 2);
+    CKelImage image;
+    FillImage(&image, src);
+    const auto at = [&](int x, int y) { return support::PixelAt(24, image.GetLineArray()[y], x); };
+    const std::uint32_t nPixel = at(2, 0);
+    image.Rotate(90);
+    EXPECT_EQ(at(0, 2), nPixel);
+    image.Mirror(0);  // with it: 90 degrees counter-clockwise
+    EXPECT_EQ(at(0, 0), nPixel);
+    FillImage(&image, src);
+    image.SubImage(2, 0, 1, 2);
+    EXPECT_EQ(at(0, 0), nPixel);
+}
+
+TEST(SubImage, RectanglesOutsideChangeNothing) {
+    const int rectangles[][4] = {{-1, 0, 2, 2}, {0, -1, 2, 2}, {0, 0, -1, 2},
+                                 {3, 0, 2, 2},  {0, 3, 2, 2},  {1, 1, INT_MAX, INT_MAX}};
+    const Rows src = RandomRows(24, 4, 4, 2);
+    CKelImage image;
+    FillImage(&image, src);
+    for (const auto& r : rectangles) {
+        image.SubImage(r[0], r[1], r[2], r[3]);
+        EXPECT_TRUE(Shows(image, src));
+    }
+    support::Bytes raw = src.bytes;
+    image.CopyBytes(24, raw.data(), 4, 4, -1, 0, 2, 2);
+    image.CopyBytes(24, raw.data(), 4, 4, 0, 0, 5, 2);
+    EXPECT_EQ(raw, src.bytes);
+    // The raw form ends at the buffer's end, whatever is asked for: rows from beyond it are zero.
+    for (const int nBits : support::kDepths) {
+        const Rows part = RandomRows(nBits, 7, 4, 2);
+        raw = part.bytes;
+        image.CopyBytes(nBits, raw.data(), 7, 4, 3, 3, 4, 4);
+        const support::Bytes expected = reference::Crop(part, 3, 3, 4, 4).bytes;
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), raw.begin())) << nBits;
+    }
+}
+
+// Channel values of 2 x 2 pixels, the size they are zoomed to, a pixel of the result, and its byte,
+// which becomes another one when products and sums are fused.
+TEST(Zoom, ResultsAreThoseOfSeparateProductsAndSums) {
+    const struct {
+        unsigned char by[4];
+        int nWidth, nHeight, nX, nY, nWant;
+    } cases[] = {{{27, 51, 51, 0}, 3, 4, 1, 2, 29},
+                 {{1, 204, 0, 0}, 3, 6, 1, 3, 41},
+                 {{3, 255, 51, 51}, 3, 7, 1, 5, 64},
+                 {{1, 153, 0, 0}, 3, 8, 1, 4, 33}};
+    for (const auto& c : cases) {
+        for (const int nBits : {16, 24, 32}) {
+            Rows src = BlackRows(nBits, 2, 2);
+            for (int i = 0; i < 4; ++i) {
+                std::fill_n(src.Row(i / 2) + i % 2 * nBits / 8, nBits / 8, c.by[i]);
+            }
+            CKelImage image;
+            FillImage(&image, src);
+            image.ZoomImage(c.nWidth, c.nHeight);
+            EXPECT_EQ(image.GetLineArray()[c.nY][c.nX * nBits / 8], c.nWant);
+        }
+    }
+}
+
+TEST(Zoom, SamplesStayInsideTheSource) {
+    // From 2^23 on a position plus one half rounds to a whole number, maybe past the last column.
+    for (const int nSrc : {(1 << 23) + 2, (1 << 24) + 3, 0x7FFFFFFF}) {
+        for (const int nDst : {2, 3, 9, 1 << 24, 0x7FFFFFFF}) {
+            const kel::ZoomSample s = kel::ZoomSampleAt(nDst - 1, kel::ZoomStep(nSrc, nDst), nSrc);
+            EXPECT_LT(s.nFirst, nSrc);
+            EXPECT_LT(s.nSecond, nSrc);
+            EXPECT_GE(s.nFirst, 0);
+            EXPECT_GE(s.fFraction, 0.0f);
+        }
+    }
+}
+
+TEST(Geometry, UnusualSizesAreTraced) {
+    const struct {
+        int nBits, nWidth, nHeight, nNewWidth, nNewHeight;  // no new size: a rotation
+        const char* pszTrace;
+    } cases[] = {
+        {8, 13200000, 1, 0, 0, "bufferSize is invalid: 52800000"},  // 4 bytes a row
+        {8, 0, 3, 0, 0, "bufferSize is invalid: 0"},
+        {32, 2, 2, 81920, 161, "bufferSize is invalid: 52756480"},
+        {32, 2, 2, 81921, 1, "nDstWidth is invalid: 81921"},
+        // 4,800,000,000 and 17,179,869,176 bytes do not fit 32 bits.
+        {1, 1200000000, 1, 0, 0, "bufferSize is invalid: 505032704"},
+        {32, 2, 2, 0x7FFFFFFF, 2, "bufferSize is invalid: 4294967288"},
+    };
+    for (const auto& c : cases) {
+        CKelImage image;
+        image.Create(c.nWidth, c.nHeight, c.nBits);
+        support::RecordingTrace trace(2);
+        c.nNewWidth == 0 ? static_cast<void>(image.Rotate(0))
+                         : image.ZoomImage(c.nNewWidth, c.nNewHeight);
+        EXPECT_EQ(trace.Lines(), InputError(c.pszTrace));
+        const bool bFits = &c - cases < 4;  // the others end here
+        EXPECT_EQ(image.GetWidth() != c.nWidth, bFits) << c.pszTrace;
+    }
+    support::RecordingTrace trace(2);
+    CKelImage image;
+    EXPECT_FALSE(image.Rotate(0));  // no picture
+    unsigned char byOut = 7;
+    image.ZoomBytes(8, &byOut, 1, 1, &byOut, 0, 1);
+    EXPECT_EQ(trace.Lines(), InputError("nDstWidth is invalid: 0"));
+    image.ZoomBytes(8, &byOut, 0, 1, &byOut, 1, 1);
+    EXPECT_EQ(byOut, 7);
+}
+
+// What a failed allocation leaves, in the order the memory is asked for: (o)ld picture, (b)lack,
+// the (n)ew one by plain loops, or the new one without its (r)ows.
+TEST(Geometry, FailedAllocationsLeaveTheOldABlackOrTheNewPicture) {
+    const Rows src = RandomRows(24, 40, 30, 9);
+    const struct {
+        std::function<void(CKelImage*)> run;
+        Rows expected;
+        std::string strOutcomes, strTrace;
+        int nCopies;  // bounded copies it makes
+    } operations[] = {
+        {[](auto* p) { p->Mirror(0); }, reference::Mirror(src), "o", "pRowByte is nullptr", 45},
+        {[](auto* p) { p->Rotate(0); }, reference::Transpose(src), "or", "", 1},
+        {[](auto* p) { p->SubImage(3, 1, 2, 2); }, reference::Crop(src, 3, 1, 2, 2), "or",
+         "lpLine is nullptr", 4},
+        {[](auto* p) { p->ZoomImage(9, 8); }, reference::Zoom(src, 9, 8), "obbbr", "", 1},
+    };
+    for (const auto& operation : operations) {
+        CKelImage copied;
+        operation.run(&copied);  // without pixels: nothing
+        FillImage(&copied, src);
+        const support::SecureFaults copies(0);
+        operation.run(&copied);
+        EXPECT_EQ(copies.Seen(), operation.nCopies);
+        const Rows black = BlackRows(24, operation.expected.nWidth, operation.expected.nHeight);
+        for (std::size_t n = 0; n < operation.strOutcomes.size(); ++n) {
+            const char cOutcome = operation.strOutcomes[n];
+            CKelImage image;
+            FillImage(&image, src);
+            support::RecordingTrace trace;
+            {
+                const support::AllocFaults faults(static_cast<long>(n) + 1);
+                operation.run(&image);
+            }
+            EXPECT_EQ(support::RowsOf(image), cOutcome == 'o'   ? src
+                                              : cOutcome == 'b' ? black
+                                                                : operation.expected)
+                << cOutcome << n;
+            EXPECT_EQ(image.GetLineArray() == nullptr, cOutcome == 'r');
+            if (n == 0 && !operation.strTrace.empty()) {
+                EXPECT_EQ(trace.Lines(), InputError(operation.strTrace));
+            }
+        }
+    }
+}
+
+}  // namespace
