@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     fuzz::Input input(pData, nSize);
     Lent lent(input);  // outlives the images that use it
     CKelImage images[2];
-    for (int nCalls = 0; nCalls < 24 && !input.Empty(); nCalls++) {
+    for (int nCalls = 0; nCalls < 24 && !input.Empty(); ++nCalls) {
         CKelImage& image = images[input.Byte() % 2];
         CKelImage& other = images[&image == images ? 1 : 0];
         switch (input.Byte() % 10) {
@@ -48,8 +48,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
                 image.Clean();
                 BITMAPINFO* pBlock =
                     image.AllocateBMI(static_cast<unsigned int>(lent.block.size()));
-                if (pBlock != nullptr)
+                if (pBlock != nullptr) {
                     std::memcpy(pBlock, lent.block.data(), lent.block.size());
+                }
                 image.AllocateBits(static_cast<unsigned int>(lent.bits.size()));
                 fuzz::CheckResult(image.Open());
                 break;

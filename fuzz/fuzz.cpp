@@ -1,20 +1,28 @@
+// The allocation bound, the checks of an image, and what the input can make and do.
 #include "fuzz.h"
+
+#include <new>
 
 #include "kelbitmap/strides.h"
 
+void* operator new[](std::size_t nSize) {
+    void* pBlock = nSize > fuzz::kMaxBytes ? nullptr : std::malloc(nSize == 0 ? 1 : nSize);
+    if (pBlock == nullptr) {
+        throw std::bad_alloc();
+    }
+    return pBlock;
+}
+void* operator new[](std::size_t nSize, const std::nothrow_t&) noexcept {
+    return nSize > fuzz::kMaxBytes ? nullptr : std::malloc(nSize == 0 ? 1 : nSize);
+}
+void operator delete[](void* pBlock) noexcept {
+    std::free(pBlock);
+}
+void operator delete[](void* pBlock, std::size_t) noexcept {
+    std::free(pBlock);
+}
+
 namespace fuzz {
-
-bool IsSmall(const std::uint8_t* pData, std::size_t nSize) {
-    ClaimedSize claim;
-    return ReadClaimedSize(pData, nSize, claim) && claim.nHeight <= 65536 &&
-           claim.nWidth <= 65536 && claim.nBytes <= kMaxBytes;
-}
-
-KelImageFormat Signature(const std::uint8_t* pData, std::size_t nSize) {
-    unsigned char first[4] = {};
-    Input(pData, nSize).Fill(first, sizeof first);
-    return CKelImage().DetectImageFormat(first, sizeof first);
-}
 
 void CheckResult(KelResult nResult) {
     const bool bKnown =
@@ -23,29 +31,14 @@ void CheckResult(KelResult nResult) {
 }
 
 void CheckImage(CKelImage& image) {
-    const BITMAPINFOHEADER& header = *image.GetBitmapInfoHeader();
-    unsigned char** ppRows = image.GetLineArray();
-    Require(image.m_nPaletteNum >= 0 && image.m_nPaletteNum <= image.m_nPaletteSize,
-            "palette count");
+    if (image.GetLineArray() != nullptr) {
+        image.GetBitmapInfo();  // built, so that it is compared from now on
+    }
+    const std::string strFault = support::FaultOf(image);
+    Require(strFault.empty(), strFault.c_str());
     unsigned int nSum = 0;
-    for (int i = 0; i < image.m_nPaletteNum; i++)
-        nSum += image.m_pPalette[i].byGreen;
-    if (ppRows != nullptr) {
-        Require(image.m_pBits != nullptr && header.biHeight >= 0, "rows without pixels");
-        const auto nStride = kel::RowStride(header.biBitCount, header.biWidth);
-        for (int y = 0; y < header.biHeight; y++) {
-            Require(ppRows[y] == image.m_pBits + y * nStride, "row address");
-            for (std::int64_t i = 0; i < nStride; i++)
-                nSum = nSum * 31 + ppRows[y][i];
-        }
-        // Built, so that it is compared from now on after every operation.
-        const BITMAPINFO* pBlock = image.GetBitmapInfo();
-        // (A rejected header leaves its block as it is beside a zeroed header.)
-        Require(pBlock == nullptr || header.biSize == 0 ||
-                    (pBlock->bmiHeader.biWidth == header.biWidth &&
-                     pBlock->bmiHeader.biHeight == header.biHeight &&
-                     pBlock->bmiHeader.biBitCount == header.biBitCount),
-                "header block and header");
+    for (const unsigned char by : support::Snapshot(image)) {
+        nSum = nSum * 31 + by;
     }
     asm volatile("" : : "r"(nSum));  // every byte above was read: the sanitizers have seen it
 }
@@ -55,23 +48,24 @@ void MakeImage(CKelImage& image, Input& input) {
     const int nKind = input.Byte() % 8;
     const int nBits = kDepths[nKind];
     const int nWidth = input.Range(0, kMaxSide), nHeight = input.Range(0, kMaxSide);
-    if (image.Create(nWidth, nHeight, nBits) == nullptr)
+    if (image.Create(nWidth, nHeight, nBits) == nullptr) {
         return;
+    }
     const int nColours = nBits <= 8 ? input.Range(0, 1 << nBits) : nKind >= 6 ? 3 : 0;
-    for (int i = 0; i < nColours; i++) {
+    for (int i = 0; i < nColours; ++i) {
         const unsigned char r = input.Byte(), g = input.Byte(), b = input.Byte();
         image.AddPaletteEntry(r, g, b, input.Byte());
     }
-    if (nKind >= 6)
+    if (nKind >= 6) {
         image.m_bmih.biCompression = BI_BITFIELDS;
+    }
     const std::size_t nSize = image.GetBmpDataSize();
-    for (std::size_t i = 0; i < nSize; i++)
+    for (std::size_t i = 0; i < nSize; ++i) {
         image.m_pBits[i] = input.Noise();
+    }
 }
 
 void Operate(CKelImage& image, Input& input) {
-    static const KelImageFormat kFormats[] = {KEL_IMAGE_BMP, KEL_IMAGE_JPEG, KEL_IMAGE_PNG,
-                                              KEL_IMAGE_GIF};
     switch (input.Byte() % 9) {
         case 0:
             image.ZoomImage(input.Range(-1, kMaxSide), input.Range(-1, kMaxSide));
@@ -102,20 +96,22 @@ void Operate(CKelImage& image, Input& input) {
             tagKelParameterItem item = {"quality", CVamVariant(input.Range(-1, 101))};
             tagKelParameters params = {1, &item};
             CVamArchiveMemory archive;
-            CheckResult(image.Save(&archive, kFormats[input.Byte() % 4], &params));
+            CheckResult(
+                image.Save(&archive, static_cast<KelImageFormat>(input.Byte() % 9), &params));
             break;
         }
         case 7: {
             Bytes line(static_cast<std::size_t>(kel::RowStride(24, image.GetWidth())));
-            for (int y = -1; y <= image.GetHeight(); y++) {
+            for (int y = -1; y <= image.GetHeight(); ++y) {
                 image.GetLine24AsBGRAt(y, line.data());
                 image.GetLine24AsRGBAt(y, line.data());
             }
             break;
         }
         default:
-            for (int n = input.Byte() % 20; n > 0; n--)
+            for (int n = input.Byte() % 20; n > 0; n--) {
                 image.AddPaletteEntry(1, 2, 3, 4);
+            }
     }
     CheckImage(image);
 }

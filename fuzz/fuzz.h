@@ -8,35 +8,36 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
-#include "claimedsize.h"
-#include "kelimage.h"
+#include "support/inspect.h"
 
 namespace fuzz {
 
-using Bytes = std::vector<unsigned char>;
+using support::Bytes;
 
-// The largest picture any target makes or opens.
-inline constexpr unsigned long long kMaxBytes = 1u << 18;
+// Allocations of an array over this size fail in every target, so that a file's claim costs nothing
+// whatever its format: the library answers KEL_ERR_MEMORY.
+inline constexpr std::size_t kMaxBytes = 1u << 20;
 inline constexpr int kMaxSide = 96;
 
 // Ends the program, which is how a target reports a find.
 inline void Require(bool bHolds, const char* pszWhat) {
-    if (bHolds)
+    if (bHolds) {
         return;
+    }
     std::fprintf(stderr, "broken: %s\n", pszWhat);
     std::abort();
 }
 
-// Takes values off the front of the input; zeros behind its end.
+// Takes values off the front of the input; zeros after its end.
 class Input {
   public:
     Input(const std::uint8_t* pData, std::size_t nSize) : m_pData(pData), m_nSize(nSize) {}
     bool Empty() const { return m_nSize == 0; }
     unsigned char Byte() {
-        if (m_nSize == 0)
+        if (m_nSize == 0) {
             return 0;
+        }
         m_nSize--;
         return *m_pData++;
     }
@@ -45,14 +46,15 @@ class Input {
         return nLow | Byte() << 8;
     }
     int Range(int nLow, int nHigh) { return nLow + Word() % (nHigh - nLow + 1); }
-    // The next byte; behind the end, noise that is the same every time.
+    // The next byte; after the end, noise that is the same every time.
     unsigned char Noise() {
         m_nRandom = m_nRandom * 1664525 + 1013904223;
         return Empty() ? static_cast<unsigned char>(m_nRandom >> 24) : Byte();
     }
     void Fill(unsigned char* p, std::size_t nCount) {
-        for (std::size_t i = 0; i < nCount; i++)
+        for (std::size_t i = 0; i < nCount; ++i) {
             p[i] = Byte();
+        }
     }
 
   private:
@@ -61,17 +63,10 @@ class Input {
     unsigned int m_nRandom = 1;
 };
 
-// True when opening these bytes stays within kMaxBytes; unclaimed sizes do not.
-bool IsSmall(const std::uint8_t* pData, std::size_t nSize);
-
-// The format that the first bytes tell.
-KelImageFormat Signature(const std::uint8_t* pData, std::size_t nSize);
-
 // The result is one of the documented codes.
 void CheckResult(KelResult nResult);
 
-// Everything an image promises about itself: rows inside the buffer, header block and header agree;
-// reads every byte it owns.
+// The image is sound; reads every byte it owns.
 void CheckImage(CKelImage& image);
 
 // A picture of any depth and compression from the input, palette included; the pixels take what is

@@ -2,8 +2,8 @@
 #include <string>
 
 #include "fuzz.h"
-#include "kelencoder.h"
-#include "kelfilter.h"
+#include "kelencoder/kelencoder.h"
+#include "kelscale/kelfilter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     static const char* const kNames[] = {"quality", "width", "height", "type", "", "Width"};

@@ -1,15 +1,14 @@
 // Opens any bytes and uses the result through every operation, in an order the last bytes choose;
 // or, compiled with a FUZZ_FORMAT of its own, opens files of that kind alone, as many as it can.
 #include "fuzz.h"
+#include "kelimage/dispatch/formats.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize) {
     constexpr bool bAny = FUZZ_FORMAT == KEL_IMAGE_UNKNOWN;
-    // Of the formats with a reader, only small claims; whatever has none is refused anyway.
-    const KelImageFormat eFormat = fuzz::Signature(pData, nSize);
-    const bool bRead =
-        eFormat == KEL_IMAGE_BMP || eFormat == KEL_IMAGE_JPEG || eFormat == KEL_IMAGE_PNG;
-    if ((bRead && !fuzz::IsSmall(pData, nSize)) || (!bAny && eFormat != FUZZ_FORMAT))
+    const kel::Format* pFormat = kel::FormatOfData(pData, nSize);
+    if (!bAny && (pFormat == nullptr || pFormat->eFormat != FUZZ_FORMAT)) {
         return 0;
+    }
     CVamArchiveMemory archive(pData, nSize);
     CKelImage image;
     fuzz::CheckResult(image.Open(&archive));
@@ -17,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     fuzz::CheckImage(image);
     const std::size_t nTail = nSize < 16 ? nSize : 16;
     fuzz::Input input(pData + nSize - nTail, nTail);
-    for (int i = 0; i < (bAny ? 6 : 0); i++)
+    for (int i = 0; i < (bAny ? 6 : 0); ++i) {
         fuzz::Operate(image, input);
+    }
     return 0;
 }

@@ -24,8 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
         CVamArchiveMemory archive;
         const KelResult nSaved = image.Save(&archive, eFormat, nullptr);
         fuzz::CheckResult(nSaved);
-        if (nSaved != KEL_OK || image.GetWidth() == 0 || image.GetHeight() == 0)
+        if (nSaved != KEL_OK || image.GetWidth() == 0 || image.GetHeight() == 0) {
             continue;
+        }
         CKelImage again;
         archive.Seek(0, 0);
         fuzz::Require(again.Open(&archive) == KEL_OK, "a file of our own does not open");
@@ -36,9 +37,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
         // A picture without a palette shows nothing of its own; bit fields go to PNG as stored.
         const bool bPlain = image.GetBitsPerPixel() > 8 || image.GetPaletteNum() > 0;
         const bool bMasks = image.m_bmih.biCompression == BI_BITFIELDS;
-        if (eFormat == KEL_IMAGE_JPEG || !bPlain || (eFormat == KEL_IMAGE_PNG && bMasks))
+        if (eFormat == KEL_IMAGE_JPEG || !bPlain || (eFormat == KEL_IMAGE_PNG && bMasks)) {
             continue;
-        for (int y = 0; y < image.GetHeight(); y++) {
+        }
+        for (int y = 0; y < image.GetHeight(); ++y) {
             fuzz::Require(Line(image, y) == Line(again, y), "a pixel changed on its way");
         }
     }

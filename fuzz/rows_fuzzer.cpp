@@ -15,8 +15,9 @@ constexpr std::size_t kSizes[][2] = {{24, 3}, {32, 3}, {32, 3}, {24, 4}, {8, 3},
 void Convert(std::size_t nCase, const kel::RowFunctions& functions, const unsigned char* pSource,
              unsigned char* pTarget, std::size_t nPixels, const std::uint32_t* pWords,
              const kel::PixelFields& fields) {
-    const decltype(functions.pfnReverse24) plain[] = {
-        functions.pfnReverse24, functions.pfnPack32, functions.pfnReverse32, functions.pfnExpand24};
+    const decltype(functions.pfnReverse24) plain[] = {functions.pfnReverse24, functions.pfnPack32,
+                                                      functions.pfnPackReverse32,
+                                                      functions.pfnExpand24};
     const decltype(functions.pfnPalette8) indexed[] = {functions.pfnPalette8, functions.pfnPalette4,
                                                        functions.pfnPalette1};
     const decltype(functions.pfnFields16) masked[] = {functions.pfnFields16, functions.pfnFields32};
@@ -45,8 +46,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     }
     std::vector<std::uint32_t> words(256);
     std::vector<tagKelRGBQUAD> palette(1 + input.Byte());
-    for (tagKelRGBQUAD& entry : palette)
+    for (tagKelRGBQUAD& entry : palette) {
         entry = {input.Byte(), input.Byte(), input.Byte(), 0};
+    }
     kel::FillColorWords(palette.data(), static_cast<int>(palette.size()), nShift % 2 == 0,
                         words.data(), 256);
 
@@ -57,8 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     fuzz::Bytes expected(nShift + nTarget);
     Convert(nCase, kel::kRowsPortable, source.get() + nShift, expected.data() + nShift, nPixels,
             words.data(), fields);
-    for (int nLevel = 0; nLevel <= static_cast<int>(kel::BestCpuLevel()); nLevel++) {
-        const auto& functions = kel::RowFunctionsFor(static_cast<kel::CpuLevel>(nLevel));
+    for (const kel::CpuLevel eLevel : kel::Levels()) {
+        const auto& functions = kel::RowFunctionsFor(eLevel);
         const std::unique_ptr<unsigned char[]> target(new unsigned char[nShift + nTarget]());
         Convert(nCase, functions, source.get() + nShift, target.get() + nShift, nPixels,
                 words.data(), fields);
