@@ -1,3 +1,4 @@
+// Paints and keeps the scenes, and makes what the sides of a row start from.
 #include "pictures.h"
 
 #include <platform/vamarchivememory.h>
@@ -5,8 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <tuple>
 
-#include "paintscene.h"
+#include "suite.h"
+#include "support/scene.h"
 
 namespace bench {
 
@@ -21,79 +25,91 @@ Image Blank(Size size, int nBits) {
     return pImage;
 }
 
-// One row of the scene (blue, green, red) at another depth; 8 bits as 3-3-2 bit indices.
-void Reduce(const unsigned char* pIn, int nWidth, int nBits, unsigned char* pOut) {
-    for (int x = 0; x < nWidth; x++) {
-        const int b = pIn[3 * x], g = pIn[3 * x + 1], r = pIn[3 * x + 2];
-        switch (nBits) {
-            case 1:
-                pOut[x / 8] = static_cast<unsigned char>(pOut[x / 8] | (g > 127) << (7 - x % 8));
-                break;
-            case 8:
-                pOut[x] = static_cast<unsigned char>((r & 0xE0) | (g & 0xE0) >> 3 | b >> 6);
-                break;
-            case 16: {
-                const int p = (r & 0xF8) << 7 | (g & 0xF8) << 2 | b >> 3;
-                pOut[2 * x] = static_cast<unsigned char>(p);
-                pOut[2 * x + 1] = static_cast<unsigned char>(p >> 8);
-                break;
-            }
-            default:
-                std::memcpy(pOut + 4 * x, pIn + 3 * x, 3);
-                pOut[4 * x + 3] = static_cast<unsigned char>(255 - x % 256 / 4);
+// The pixel (blue, green, red) at another depth; up to 8 bits as an index into RampEntry's colours.
+std::uint32_t Reduced(const unsigned char* p, int nBits) {
+    const std::uint32_t b = p[0], g = p[1], r = p[2];
+    switch (nBits) {
+        case 1:
+            return g >> 7;
+        case 4:
+            return g >> 4;
+        case 8:
+            return (r & 0xE0) | (g & 0xE0) >> 3 | b >> 6;
+        case 16:
+            return (r & 0xF8) << 7 | (g & 0xF8) << 2 | b >> 3;
+        default:
+            return 0xC8000000u | r << 16 | g << 8 | b;
+    }
+}
+
+void AddPalette(CKelImage& image, int nBits) {
+    const auto byte = [](int n) { return static_cast<unsigned char>(n); };
+    for (int i = 0; nBits <= 8 && i < 1 << nBits; ++i) {
+        const int nGrey = nBits < 8 ? 255 * i / ((1 << nBits) - 1) : 0;
+        image.AddPaletteEntry(byte(nBits == 8 ? i & 0xE0 : nGrey),
+                              byte(nBits == 8 ? i << 3 & 0xE0 : nGrey),
+                              byte(nBits == 8 ? i << 6 & 0xC0 : nGrey), 255);
+    }
+}
+
+Image Paint(Size size, int nBits) {
+    const support::Rows scene = support::SceneRows(size.nWidth, size.nHeight);
+    Image pImage = Blank(size, nBits);
+    if (nBits == 24) {
+        std::memcpy(pImage->GetBits(), scene.bytes.data(), scene.bytes.size());
+        return pImage;
+    }
+    for (int y = 0; y < size.nHeight; ++y) {
+        for (int x = 0; x < size.nWidth; ++x) {
+            support::SetPixelAt(nBits, pImage->GetLineArray()[y], x,
+                                Reduced(scene.Row(y) + 3 * x, nBits));
         }
     }
+    AddPalette(*pImage, nBits);
+    return pImage;
 }
 
 }  // namespace
 
-Image MakeScene(Size size, int nBits) {
-    Image pScene = Blank(size, 24);
-    unsigned char** ppRows = pScene->GetLineArray();
-    PaintScene(pScene->GetBits(), size.nWidth, size.nHeight, (24 * size.nWidth + 31) / 32 * 4);
-    if (nBits == 24)
-        return pScene;
-
-    Image pImage = Blank(size, nBits);
-    for (int y = 0; y < size.nHeight; y++) {
-        Reduce(ppRows[y], size.nWidth, nBits, pImage->GetLineArray()[y]);
+SharedImage Scene(Size size, int nBits) {
+    static std::map<std::tuple<int, int, int>, SharedImage> scenes;
+    SharedImage& pScene = scenes[{size.nWidth, size.nHeight, nBits}];
+    if (pScene == nullptr) {
+        pScene = Paint(size, nBits);
     }
-    for (int i = 0; nBits <= 8 && i < 1 << nBits; i++) {
-        const int nGrey = nBits == 1 ? 255 * i : 0;
-        pImage->AddPaletteEntry(static_cast<unsigned char>((i & 0xE0) | nGrey),
-                                static_cast<unsigned char>((i << 3 & 0xE0) | nGrey),
-                                static_cast<unsigned char>((i << 6 & 0xC0) | nGrey), 255);
-    }
-    return pImage;
+    return pScene;
 }
 
 Image Copy(CKelImage& image) {
     Image pCopy = Blank({image.GetWidth(), image.GetHeight()}, image.GetBitsPerPixel());
     std::memcpy(pCopy->GetBits(), image.GetBits(), image.GetBmpDataSize());
-    for (int i = 0; i < image.GetPaletteNum(); i++) {
+    for (int i = 0; i < image.GetPaletteNum(); ++i) {
         const tagKelRGBQUAD entry = image.GetPalette()[i];
         pCopy->AddPaletteEntry(entry.byRed, entry.byGreen, entry.byBlue, entry.byReserved);
     }
     return pCopy;
 }
 
-plain::Bytes RgbPixels(CKelImage& image) {
+support::Rows RowsOf(CKelImage& image) {
+    support::Rows rows =
+        support::BlackRows(image.GetBitsPerPixel(), image.GetWidth(), image.GetHeight());
+    std::memcpy(rows.bytes.data(), image.GetBits(), rows.bytes.size());
+    return rows;
+}
+
+support::Bytes RgbPixels(CKelImage& image) {
     const std::size_t nRow = static_cast<std::size_t>(image.GetWidth()) * 3;
-    plain::Bytes pixels(nRow * static_cast<std::size_t>(image.GetHeight()) + 4);
-    for (int y = 0; y < image.GetHeight(); y++) {
+    support::Bytes pixels(nRow * static_cast<std::size_t>(image.GetHeight()) + 4);
+    for (int y = 0; y < image.GetHeight(); ++y) {
         image.GetLine24AsRGBAt(y, pixels.data() + nRow * static_cast<std::size_t>(y));
     }
     return pixels;
 }
 
-plain::Bytes Saved(CKelImage& image, KelImageFormat eFormat) {
+support::Bytes Saved(CKelImage& image, KelImageFormat eFormat) {
     CVamArchiveMemory archive;
-    const KelResult nResult = image.Save(&archive, eFormat, nullptr);
-    if (nResult != KEL_OK) {
-        std::fprintf(stderr, "bench: a picture could not be saved: %s\n", KelResultName(nResult));
-        std::exit(1);
-    }
-    return plain::Bytes(archive.GetData(), archive.GetData() + archive.GetSize());
+    Check(image.Save(&archive, eFormat, nullptr));
+    return support::Bytes(archive.GetData(), archive.GetData() + archive.GetSize());
 }
 
 }  // namespace bench

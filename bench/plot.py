@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Turns the results of tools/bench --json FILE into a page's table or plot.
+"""Turns the results of tools/bench --json FILE into a page's tables and plot.
 
-  bench/plot.py FILE            the rows as a Markdown table, on standard output
-  bench/plot.py FILE OUT.svg    a bar for each row: its ratio, and its target as a mark
+  bench/plot.py table FILE...           the rows of all files as a Markdown table
+  bench/plot.py levels FILE FILE FILE   ours / limit of the best, AVX2 and portable variants
+  bench/plot.py svg OUT.svg FILE...     a bar for each row with a limit: ours / limit; the fastest peer as a mark
 """
 import html
 import json
@@ -12,58 +13,99 @@ import sys
 BAR, GAP, LEFT, WIDTH = 12, 5, 330, 900
 
 
+def load(path):
+    with open(path, encoding="utf-8") as file:
+        return json.load(file)["rows"]
+
+
+def fastest(row, *kinds):
+    """The fastest of the first of the kinds that the row has."""
+    for kind in kinds:
+        found = [other for other in row["others"] if other["kind"] == kind]
+        if found:
+            return min(found, key=lambda other: other["ms"])
+    return None
+
+
+def time(milliseconds):
+    if milliseconds < 0.1:
+        return f"{1000 * milliseconds:.2f} µs"
+    return f"{milliseconds:.2f} ms" if milliseconds < 1000 else f"{milliseconds:.0f}"
+
+
+def cells(other):
+    return f"{other['name']}, {time(other['ms'])} | {other['ratio']:.2f}" if other else "|"
+
+
+def missed(row):
+    other = fastest(row, row["against"])
+    return row["reach"] and other and other["ratio"] > row["reach"]
+
+
 def table(rows):
-    judged = any(row["target"] for row in rows)
-    print("| work | ours, ms | other, ms | other | ratio |" + (" target | |" if judged else ""))
-    print("|---|--:|--:|---|--:|" + ("--:|---|" if judged else ""))
+    print("| work | ours | limit, or other form of ours | ours / limit | fastest peer | ours / peer |")
+    print("|---|--:|---|--:|---|--:|")
     for row in rows:
-        line = (f"| {row['work'].strip()} | {row['ours_ms']:.2f} | {row['yardstick_ms']:.2f} | "
-                f"{row['yardstick']} | {row['ratio']:.3f} |")
-        verdict = f"{row['target']:.3g} | {'met' if row['met'] else 'missed'}" if row["target"] else "|"
-        print(line + (f" {verdict} |" if judged else ""))
+        print(f"| {row['work']} | {time(row['ours_ms'])} | {cells(fastest(row, 'limit', 'own'))} | "
+              f"{cells(fastest(row, 'peer'))} |")
+    for row in rows:
+        if missed(row):
+            other = fastest(row, row["against"])
+            print(f"beyond {row['reach']:g} x {row['against']}: {row['work']} ({other['ratio']:.2f})",
+                  file=sys.stderr)
 
 
-def plot(rows, title, path):
-    """Bars on a logarithmic axis from 0.005 to 5; 1 is the other side's time."""
+def levels(files):
+    print("| work | AVX-512 | AVX2 | portable |")
+    print("|---|--:|--:|--:|")
+    runs = [{row["work"]: fastest(row, "limit") for row in rows} for rows in files]
+    for work in runs[0]:
+        ratios = [run.get(work) for run in runs]
+        if all(ratios):
+            print(f"| {work} | " + " | ".join(f"{other['ratio']:.2f}" for other in ratios) + " |")
+
+
+def plot(rows, path):
+    """Bars on a logarithmic axis from 0.2 to 20; 1 is the limit."""
     def x(ratio):
-        span = math.log(5) - math.log(0.005)
-        clamped = min(max(ratio, 0.005), 5)
-        return LEFT + (WIDTH - LEFT - 20) * (math.log(clamped) - math.log(0.005)) / span
+        span = math.log(100)
+        clamped = min(max(ratio, 0.2), 20)
+        return LEFT + (WIDTH - LEFT - 20) * math.log(clamped / 0.2) / span
 
+    rows = [row for row in rows if fastest(row, "limit")]
     height = 60 + len(rows) * (BAR + GAP)
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" '
            'font-family="sans-serif" font-size="11">',
            f'<rect width="{WIDTH}" height="{height}" fill="white"/>',
-           f'<text x="10" y="18" font-size="14">{html.escape(title)}: time as a share of the '
-           "other side's</text>"]
-    for tick in (0.01, 0.03, 0.1, 0.3, 1, 3):
+           '<text x="10" y="18" font-size="14">time / time of the limit; the mark is the fastest '
+           "peer</text>"]
+    for tick in (0.5, 1, 2, 5, 10):
         out.append(f'<line x1="{x(tick):.0f}" x2="{x(tick):.0f}" y1="30" y2="{height - 20}" '
                    f'stroke="{"#888" if tick == 1 else "#ddd"}"/>'
                    f'<text x="{x(tick):.0f}" y="{height - 6}" text-anchor="middle">{tick}</text>')
     for i, row in enumerate(rows):
         y = 34 + i * (BAR + GAP)
-        limit = row["work"].startswith("limit")
-        colour = "#999" if limit else "#3a7d44" if row["met"] else "#c8553d"
-        name = row["work"].strip() + ("" if row["target"] else f" / {row['yardstick']}")
-        out.append(f'<text x="{LEFT - 6}" y="{y + 10}" text-anchor="end">{html.escape(name)}</text>'
-                   f'<rect x="{LEFT}" y="{y}" width="{x(row["ratio"]) - LEFT:.1f}" height="{BAR}" '
-                   f'fill="{colour}"/>')
-        if row["target"]:
-            out.append(f'<rect x="{x(row["target"]) - 1:.1f}" y="{y - 2}" width="2" '
-                       f'height="{BAR + 4}" fill="black"/>')
+        limit, peer = fastest(row, "limit"), fastest(row, "peer")
+        out.append(f'<text x="{LEFT - 6}" y="{y + 10}" text-anchor="end">{html.escape(row["work"])}</text>'
+                   f'<rect x="{LEFT}" y="{y}" width="{x(limit["ratio"]) - LEFT:.1f}" height="{BAR}" '
+                   'fill="#3a7d44"/>')
+        if peer:
+            out.append(f'<rect x="{x(peer["ms"] / limit["ms"]) - 1:.1f}" y="{y - 2}" width="3" '
+                       f'height="{BAR + 4}" fill="#c8553d"/>')
     with open(path, "w", encoding="utf-8") as file:
         file.write("\n".join(out + ["</svg>", ""]))
 
 
 def main():
-    if len(sys.argv) not in (2, 3):
+    arguments = sys.argv[1:]
+    if len(arguments) < 2 or (arguments[0] == "svg" and len(arguments) < 3):
         sys.exit(__doc__)
-    with open(sys.argv[1], encoding="utf-8") as file:
-        results = json.load(file)
-    if len(sys.argv) == 2:
-        table(results["rows"])
+    if arguments[0] == "levels":
+        levels([load(path) for path in arguments[1:]])
+    elif arguments[0] == "table":
+        table([row for path in arguments[1:] for row in load(path)])
     else:
-        plot(results["rows"], results["title"], sys.argv[2])
+        plot([row for path in arguments[2:] for row in load(path)], arguments[1])
 
 
 if __name__ == "__main__":

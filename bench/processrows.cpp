@@ -6,14 +6,13 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <thread>
 
-#include "plaincodecs.h"
 #include "suite.h"
+#include "support/reference/codecs.h"
 
 extern char** environ;
 
@@ -44,12 +43,13 @@ double RunProgram(const std::string& strProgram, const std::string& strIn,
     return dSeconds;
 }
 
-// The peak memory in KiB a program wrote behind its output, as it found it in its own status.
+// The peak memory in KiB that a program wrote after its output, as it found it in its own status.
 double PeakKiB(const std::string& strOut) {
     double dPeak = 0;
     if (std::FILE* pFile = std::fopen((strOut + ".peak").c_str(), "r")) {
-        if (std::fscanf(pFile, "%lf", &dPeak) != 1)
+        if (std::fscanf(pFile, "%lf", &dPeak) != 1) {
             dPeak = 0;
+        }
         std::fclose(pFile);
     }
     return dPeak;
@@ -71,34 +71,27 @@ struct Files {
 
 std::shared_ptr<Files> MakeFiles(Size size) {
     auto pFiles = std::make_shared<Files>();
-    if (MakeScene(size, 24)->Save(pFiles->strIn.c_str(), KEL_IMAGE_JPEG, nullptr) != KEL_OK) {
-        std::exit(1);
-    }
+    Check(Scene(size, 24)->Save(pFiles->strIn.c_str(), KEL_IMAGE_JPEG, nullptr));
     return pFiles;
 }
 
 // Opens, scales and saves one picture, all in memory.
-void OneJob(const plain::Bytes& file) {
+void OneJob(const support::Bytes& file) {
     CVamArchiveMemory in(file.data(), file.size()), out;
     tagKelParameterItem items[] = {{"width", CVamVariant(320)}, {"height", CVamVariant(240)}};
     tagKelParameters params = {2, items};
     CKelImage image;
-    if (image.Open(&in) != KEL_OK || image.ApplyFilter(KEL_FILTER_SCALE, &params) != KEL_OK ||
-        image.Save(&out, KEL_IMAGE_JPEG, nullptr) != KEL_OK) {
-        std::exit(1);
-    }
+    Check(image.Open(&in));
+    Check(image.ApplyFilter(KEL_FILTER_SCALE, &params));
+    Check(image.Save(&out, KEL_IMAGE_JPEG, nullptr));
 }
 
-// The job in two threads at once, and in one.
-Pair TwoAndOne(const std::function<void()>& fnJob) {
-    return {[fnJob] {
-                return Seconds([&] {
-                    std::thread other(fnJob);
-                    fnJob();
-                    other.join();
-                });
-            },
-            [fnJob] { return Seconds(fnJob); }};
+Side InTwoThreads(const std::function<void()>& job) {
+    return Timed([job] {
+        std::thread other(job);
+        job();
+        other.join();
+    });
 }
 
 }  // namespace
@@ -106,37 +99,42 @@ Pair TwoAndOne(const std::function<void()>& fnJob) {
 void AddProcessRows(std::vector<Row>& rows, const Options& options) {
     const Size large = options.Large();
     const std::string strJob = "program: JPEG " + large.Text() + " to 320x240 JPEG";
-    rows.push_back({strJob, "program that only decodes", 1.15, [large] {
-                        auto pFiles = MakeFiles(large);
-                        return Pair{[=] {
-                                        return RunProgram(Sibling("ikelex_bench_thumbnail"),
-                                                          pFiles->strIn, pFiles->strOut);
-                                    },
-                                    [=] {
-                                        return RunProgram(Sibling("ikelex_bench_decode"),
-                                                          pFiles->strIn, pFiles->strOut);
-                                    }};
-                    }});
-    // Not a time: the two sides are memory in KiB (written as thousandths of a second).
+    rows.push_back(
+        {strJob, {}, [large] {
+             const auto pFiles = MakeFiles(large);
+             const auto side = [pFiles](const char* pszProgram) -> Side {
+                 return
+                     [=] { return RunProgram(Sibling(pszProgram), pFiles->strIn, pFiles->strOut); };
+             };
+             return Sides{side("ikelex_bench_thumbnail"),
+                          {{Kind::kLimit, "program that decodes", side("ikelex_bench_decode")}}};
+         }});
+    // Not a time: both sides are memory in KiB, written as thousandths of a second.
     const double dPicture = 3.0 * large.nWidth * large.nHeight / 1024;
-    rows.push_back({"the same, peak memory in KiB", "picture + 8 MiB", 1.0, [large, dPicture] {
-                        auto pFiles = MakeFiles(large);
-                        return Pair{[=] {
-                                        RunProgram(Sibling("ikelex_bench_thumbnail"), pFiles->strIn,
-                                                   pFiles->strOut);
-                                        return PeakKiB(pFiles->strOut) / 1e3;
-                                    },
-                                    [=] { return (dPicture + 8 * 1024) / 1e3; }};
-                    }});
-    rows.push_back({"two threads, one picture each", "one thread, one picture", 2 / 1.9, [large] {
-                        auto pFile = std::make_shared<plain::Bytes>(
-                            Saved(*MakeScene(large, 24), KEL_IMAGE_JPEG));
-                        return TwoAndOne([pFile] { OneJob(*pFile); });
-                    }});
-    rows.push_back({"limit: libjpeg, two threads", "one thread", 0, [large] {
-                        auto pFile = std::make_shared<plain::Bytes>(
-                            Saved(*MakeScene(large, 24), KEL_IMAGE_JPEG));
-                        return TwoAndOne([pFile] { plain::DecodeJpeg(*pFile); });
+    rows.push_back(
+        {"the same, peak memory in KiB", {}, [large, dPicture] {
+             const auto pFiles = MakeFiles(large);
+             return Sides{
+                 [=] {
+                     RunProgram(Sibling("ikelex_bench_thumbnail"), pFiles->strIn, pFiles->strOut);
+                     return PeakKiB(pFiles->strOut) / 1e3;
+                 },
+                 {{Kind::kLimit, "picture + 8 MiB", [=] { return (dPicture + 8 * 1024) / 1e3; }}}};
+         }});
+    rows.push_back(
+        {"open, scale, save in two threads at once", {}, [large] {
+             const auto pFile =
+                 std::make_shared<support::Bytes>(Saved(*Scene(large, 24), KEL_IMAGE_JPEG));
+             return Sides{
+                 InTwoThreads([=] { OneJob(*pFile); }),
+                 {{Kind::kOwn, "one thread, one picture", Timed([=] { OneJob(*pFile); })}}};
+         }});
+    rows.push_back({"libjpeg alone in two threads at once", {}, [large] {
+                        const auto pFile = std::make_shared<support::Bytes>(
+                            Saved(*Scene(large, 24), KEL_IMAGE_JPEG));
+                        return Sides{InTwoThreads([=] { reference::DecodeJpeg(*pFile); }),
+                                     {{Kind::kOwn, "one thread, one picture",
+                                       Timed([=] { reference::DecodeJpeg(*pFile); })}}};
                     }});
 }
 

@@ -1,65 +1,122 @@
-// The scale filter into a new image, against the plain passes into fresh memory.
-#include <cstdio>
+// The scale filter into a new image: kernels and sizes, other depths, wide rows, small pictures,
+// and the scaler with a progress callback.
 #include <cstdlib>
 #include <memory>
 
-#include "suite.h"
+#include "kelscale.h"
+#include "machinelimits.h"
+#include "peer.h"
+#include "support/reference/operations.h"
 
 namespace bench {
 
 namespace {
 
-constexpr const char* kKernels[] = {"", "bilinear", "box", "gaussian", "hamming"};
+const tagKelScaleKernel& KernelOf(int nKernel) {
+    int nCount = 0;
+    return GetScaleKernels(&nCount)[nKernel - 1];
+}
 
-Pair MakePair(Size in, Size out, int nKernel) {
-    std::shared_ptr<CKelImage> pImage = MakeScene(in, 24);
-    const Side ours = [=] {
+Side Filter(const SharedImage& pImage, Size out, int nKernel) {
+    return Timed([=] {
         tagKelParameterItem items[] = {{"width", CVamVariant(out.nWidth)},
                                        {"height", CVamVariant(out.nHeight)},
                                        {"type", CVamVariant(nKernel)}};
         tagKelParameters params = {3, items};
-        return Seconds([&] {
-            IKelImage* pScaled = nullptr;
-            if (pImage->ApplyFilter(&pScaled, KEL_FILTER_SCALE, &params) != KEL_OK)
-                std::exit(1);
-            Use(pScaled->GetBits());
-            DestroyImageObject(pScaled);
-        });
-    };
-    const Side yardstick = [=] {
-        return Seconds([&] {
-            const int nStride = (24 * out.nWidth + 31) / 32 * 4;
-            plain::Bytes target(static_cast<std::size_t>(nStride) *
-                                static_cast<std::size_t>(out.nHeight));
-            plain::Scale(nKernel, pImage->GetLineArray(), in.nWidth, in.nHeight,
-                         plain::Rows(target.data(), nStride, out.nHeight).data(), out.nWidth,
-                         out.nHeight);
-            Use(target.data());
-        });
-    };
-    return {ours, yardstick};
+        IKelImage* pScaled = nullptr;
+        Check(pImage->ApplyFilter(&pScaled, KEL_FILTER_SCALE, &params));
+        Use(pScaled->GetBits());
+        DestroyImageObject(pScaled);
+    });
+}
+
+bool GoOn(unsigned char) {
+    return true;
+}
+
+// The scaler alone, into rows that stay.
+Side Scaler(const SharedImage& pImage, Size out, int nKernel, ScaleProgressFunc pfnProgress) {
+    const auto pTarget =
+        std::make_shared<support::Rows>(support::BlackRows(24, out.nWidth, out.nHeight));
+    return Timed([=] {
+        using Pixels = CDataRGB_UBYTE::PixelClass**;
+        const tagKelScaleKernel& kernel = KernelOf(nKernel);
+        const std::unique_ptr<PLContribDef> contribDef(kernel.pfnCreate(kernel.dWidth));
+        C2PassScale<CDataRGB_UBYTE> scaler(contribDef.get(), pfnProgress);
+        std::vector<unsigned char*> rows = pTarget->Pointers();
+        const auto u = [](int n) { return static_cast<unsigned int>(n); };
+        if (scaler.Scale(reinterpret_cast<Pixels>(pImage->GetLineArray()), u(pImage->GetWidth()),
+                         u(pImage->GetHeight()), reinterpret_cast<Pixels>(rows.data()),
+                         u(out.nWidth), u(out.nHeight)) == nullptr) {
+            std::exit(1);
+        }
+    });
+}
+
+Sides MakeSides(Size in, Size out, int nKernel) {
+    const SharedImage pImage = Scene(in, 24);
+    Sides sides{Filter(pImage, out, nKernel), {ReadWriteLimit(pImage, PictureSize(24, out))}};
+    AddPeers(sides.others, [&](const Peer& peer) { return peer.Scale(pImage, out, nKernel); });
+    sides.others.push_back(
+        {Kind::kLoops, "reference loops", Timed([=] {
+             support::Rows target = support::BlackRows(24, out.nWidth, out.nHeight);
+             reference::Scale(nKernel, pImage->GetLineArray(), in.nWidth, in.nHeight,
+                              target.Pointers().data(), out.nWidth, out.nHeight);
+             Use(target.Row(0));
+         })});
+    return sides;
+}
+
+std::string Work(Size in, Size out, int nKernel) {
+    return "scale " + in.Text() + " to " + out.Text() + " " + KernelOf(nKernel).pszName;
 }
 
 }  // namespace
 
 void AddScaleRows(std::vector<Row>& rows, const Options& options) {
+    const Size large = options.Large(), hd = options.Hd();
+    const Reach none, toPeer{Kind::kPeer, 0.95}, ahead{Kind::kPeer, 0.9};
+    const auto limit = [](double dFactor) { return Reach{Kind::kLimit, dFactor}; };
     struct Job {
         Size in, out;
-        double dTargets[4];
+        Reach reaches[4];  // bilinear, box, Gaussian, Hamming
     };
     const Job jobs[] = {
-        {options.Large(), options.Target(320, 240), {0.18, 0.10, 0.055, 0.06}},
-        {options.Large(), options.Target(1920, 1440), {0.10, 0.11, 0.07, 0.09}},
-        {options.Hd(), options.Target(3840, 2160), {0.10, 0.09, 0.09, 0.10}},
+        {large, options.Target(160, 120), {toPeer, toPeer, none, none}},
+        {large, options.Target(320, 240), {ahead, none, none, none}},
+        {large, options.Target(1920, 1440), {limit(1.8), limit(1.8), limit(3.2), limit(3.2)}},
+        {hd, options.Target(3840, 2160), {limit(2), limit(2), limit(4), limit(4)}},
+        {{64, 64}, {32, 32}, {{Kind::kPeer, 1.0}, none, none, none}},
+        {{256, 256}, {128, 128}, {none, none, none, none}},
     };
     for (const Job& job : jobs) {
-        for (int nKernel = 1; nKernel <= 4; nKernel++) {
-            rows.push_back(
-                {"scale " + job.in.Text() + " to " + job.out.Text() + " " + kKernels[nKernel],
-                 "plain loops", job.dTargets[nKernel - 1],
-                 [job, nKernel] { return MakePair(job.in, job.out, nKernel); }});
+        for (int nKernel = 1; nKernel <= (job.in.nWidth <= 256 ? 1 : 4); ++nKernel) {
+            rows.push_back({Work(job.in, job.out, nKernel), job.reaches[nKernel - 1],
+                            [=] { return MakeSides(job.in, job.out, nKernel); }});
         }
     }
+    const Size icon = options.Target(320, 240), half = options.Target(1920, 1440);
+    for (const auto& [out, nKernel] :
+         {std::pair{icon, KEL_SCALE_BILINEAR}, {half, KEL_SCALE_HAMMING}}) {
+        rows.push_back({Work(large, out, nKernel) + ", progress", {Kind::kOwn, 1.15}, [=] {
+                            const SharedImage pImage = Scene(large, 24);
+                            return Sides{Scaler(pImage, out, nKernel, GoOn),
+                                         {{Kind::kOwn, "without a callback",
+                                           Scaler(pImage, out, nKernel, nullptr)}}};
+                        }});
+    }
+    for (const int nBits : {1, 4, 8, 16, 32}) {
+        rows.push_back(
+            {Work(large, icon, 1) + ", from " + std::to_string(nBits), {Kind::kOwn, 1.5}, [=] {
+                 return Sides{Filter(Scene(large, nBits), icon, 1),
+                              {{Kind::kOwn, "from 24 bits", Filter(Scene(large, 24), icon, 1)}}};
+             }});
+    }
+    rows.push_back({"scale rows of 350000 columns to 1000x8 bilinear", {Kind::kOwn, 1.1}, [=] {
+                        return Sides{Filter(Scene({350000, 16}, 24), {1000, 8}, 1),
+                                     {{Kind::kOwn, "349000 columns",
+                                       Filter(Scene({349000, 16}, 24), {1000, 8}, 1)}}};
+                    }});
 }
 
 }  // namespace bench

@@ -1,113 +1,73 @@
-// Measuring and printing. A repetition runs both sides of a row, one right after the other and in
-// turn first, so that whatever else the machine does hits both; the ratio is the median of the
+// Measuring. A repetition runs every side of a row, one right after the other and another one first
+// each time, so that whatever else the machine does hits all; a ratio is the median of the
 // repetitions' ratios.
 #include "suite.h"
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <memory>
+
+#include "report.h"
 
 namespace bench {
 
 namespace {
 
-// Google Benchmark's own lines are not wanted.
-class Silence : public benchmark::BenchmarkReporter {
-  public:
-    bool ReportContext(const Context&) override { return true; }
-    void ReportRuns(const std::vector<Run>&) override {}
-};
+// Short work is repeated until a measurement takes this long.
+constexpr double kShortest = 1e-3;
 
-// The value at a share of the sorted values.
-double Quantile(std::vector<double> values, double dShare) {
+double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
-    return values[static_cast<std::size_t>(dShare * static_cast<double>(values.size() - 1) + 0.5)];
+    return values.empty() ? 0 : values[values.size() / 2];
 }
 
-struct Measured {
-    const Row* pRow;
-    double dOurs, dYardstick;    // seconds, medians
-    double dRatio, dLow, dHigh;  // median and quartiles
-    bool Met() const { return pRow->dTarget == 0 || dRatio <= pRow->dTarget; }
-};
-
-Measured Measure(const Row& row, int nRepetitions) {
-    std::vector<double> ours, yardstick, ratios;
-    {
-        const Pair pair = row.make();
-        pair.ours();  // once unmeasured: caches, pages, the processor's clock
-        pair.yardstick();
-        const auto repetition = [&](benchmark::State& state) {
-            for (auto _ : state) {
-                const bool bOursFirst = ours.size() % 2 == 0;
-                const double dFirst = bOursFirst ? pair.ours() : pair.yardstick();
-                const double dSecond = bOursFirst ? pair.yardstick() : pair.ours();
-                ours.push_back(bOursFirst ? dFirst : dSecond);
-                yardstick.push_back(bOursFirst ? dSecond : dFirst);
-                ratios.push_back(ours.back() / yardstick.back());
-                state.SetIterationTime(ours.back());
+Result Measure(const Row& row, int nRepetitions) {
+    const Sides sides = row.make();
+    std::vector<double> ours;
+    std::vector<std::vector<double>> times(sides.others.size()), ratios(sides.others.size());
+    const std::size_t nSides = sides.others.size() + 1;
+    for (int i = -1; i < nRepetitions; ++i) {  // the first one warms caches, pages and the clock
+        std::vector<double> seconds(nSides);
+        for (std::size_t k = 0; k < nSides; ++k) {
+            const std::size_t nSide = (k + static_cast<std::size_t>(i + 1)) % nSides;
+            if (nSide == 0) {
+                seconds[0] = sides.ours();
+            } else if (sides.others[nSide - 1].eKind != Kind::kLoops || i == 0) {
+                seconds[nSide] = sides.others[nSide - 1].side();
             }
-        };
-        benchmark::RegisterBenchmark("row", repetition)
-            ->UseManualTime()
-            ->Iterations(1)
-            ->Repetitions(nRepetitions);
-        Silence silence;
-        benchmark::RunSpecifiedBenchmarks(&silence);
-        benchmark::ClearRegisteredBenchmarks();
+        }
+        if (i < 0) {
+            continue;
+        }
+        ours.push_back(seconds[0]);
+        for (std::size_t k = 0; k + 1 < nSides; ++k) {
+            if (seconds[k + 1] > 0) {
+                times[k].push_back(seconds[k + 1]);
+                ratios[k].push_back(seconds[0] / seconds[k + 1]);
+            }
+        }
     }
-    return {&row,
-            Quantile(ours, 0.5),
-            Quantile(yardstick, 0.5),
-            Quantile(ratios, 0.5),
-            Quantile(ratios, 0.25),
-            Quantile(ratios, 0.75)};
-}
-
-void Print(const Measured& m) {
-    char szTarget[32] = "";
-    if (m.pRow->dTarget != 0)
-        std::snprintf(szTarget, sizeof szTarget, "%.3f", m.pRow->dTarget);
-    std::printf("%-46s %9.2f %9.2f  %-28s %6.3f  %-6s %s\n", m.pRow->strWork.c_str(), m.dOurs * 1e3,
-                m.dYardstick * 1e3, m.pRow->strYardstick.c_str(), m.dRatio, szTarget,
-                m.pRow->dTarget == 0 ? ""
-                : m.Met()            ? "met"
-                                     : "MISSED");
-    std::fflush(stdout);
-}
-
-bool WriteJson(const std::string& strPath, const char* pszTitle, const std::vector<Measured>& all) {
-    std::FILE* pFile = std::fopen(strPath.c_str(), "w");
-    if (pFile == nullptr)
-        return false;
-    std::fprintf(pFile, "{\"title\": \"%s\", \"rows\": [", pszTitle);
-    for (std::size_t i = 0; i < all.size(); i++) {
-        const Measured& m = all[i];
-        std::fprintf(pFile,
-                     "%s\n {\"work\": \"%s\", \"yardstick\": \"%s\", \"ours_ms\": %.4f, "
-                     "\"yardstick_ms\": %.4f, \"ratio\": %.4f, \"ratio_q1\": %.4f, "
-                     "\"ratio_q3\": %.4f, \"target\": %.4f, \"met\": %s}",
-                     i == 0 ? "" : ",", m.pRow->strWork.c_str(), m.pRow->strYardstick.c_str(),
-                     m.dOurs * 1e3, m.dYardstick * 1e3, m.dRatio, m.dLow, m.dHigh, m.pRow->dTarget,
-                     m.Met() ? "true" : "false");
+    Result result{row.strWork, row.reach, Median(ours), {}};
+    for (std::size_t k = 0; k + 1 < nSides; ++k) {
+        const Other& other = sides.others[k];
+        result.others.push_back({other.eKind, other.strName, Median(times[k]), Median(ratios[k])});
     }
-    std::fputs("\n]}\n", pFile);
-    return std::fclose(pFile) == 0;
+    return result;
 }
 
 bool ReadOptions(int argc, char** argv, Options& options) {
-    for (int i = 1; i < argc; i++) {
+    for (int i = 1; i < argc; ++i) {
         const std::string strArgument = argv[i];
         const bool bMore = i + 1 < argc;
         if (strArgument == "--quick") {
             options.bQuick = true;
-            options.nRepetitions = 3;
+            options.nRepetitions = 1;
         } else if (strArgument == "--repetitions" && bMore) {
             options.nRepetitions = std::max(1, std::atoi(argv[++i]));
         } else if (strArgument == "--only" && bMore) {
-            options.strOnly = argv[++i];
+            options.selected.push_back(argv[++i]);
         } else if (strArgument == "--json" && bMore) {
             options.strJson = argv[++i];
         } else {
@@ -117,40 +77,89 @@ bool ReadOptions(int argc, char** argv, Options& options) {
     return true;
 }
 
+bool IsSelected(const Row& row, const Options& options) {
+    const auto contains = [&row](const std::string& strText) {
+        return row.strWork.find(strText) != std::string::npos;
+    };
+    return options.selected.empty() ||
+           std::any_of(options.selected.begin(), options.selected.end(), contains);
+}
+
 }  // namespace
 
-int Run(int argc, char** argv, const char* pszTitle,
-        const std::function<void(std::vector<Row>&, const Options&)>& addRows) {
-    Options options;
-    if (!ReadOptions(argc, argv, options)) {
-        std::fprintf(stderr, "usage: %s [--quick] [--repetitions N] [--only TEXT] [--json FILE]\n",
+Side Timed(const std::function<void()>& work) {
+    const auto pCount = std::make_shared<int>(0);
+    return [work, pCount] {
+        if (*pCount == 0) {
+            work();
+            *pCount = static_cast<int>(std::clamp(kShortest / Seconds(work), 1.0, 1e5));
+        }
+        const double dAll = Seconds([&] {
+            for (int i = 0; i < *pCount; ++i) {
+                work();
+            }
+        });
+        return dAll / *pCount;
+    };
+}
+
+Side TimedOn(const std::function<Image()>& make, const std::function<void(CKelImage&)>& work) {
+    return [make, work] {
+        double dAll = 0;
+        int nDone = 0;
+        while (dAll < kShortest) {
+            std::vector<Image> images;  // few, so that small ones stay in the caches
+            for (int i = 0; i < (nDone == 0 ? 1 : 8); ++i) {
+                images.push_back(make());
+            }
+            dAll += Seconds([&] {
+                for (const Image& pImage : images) {
+                    work(*pImage);
+                }
+            });
+            nDone += static_cast<int>(images.size());
+        }
+        return dAll / nDone;
+    };
+}
+
+void Check(KelResult nResult) {
+    if (nResult != KEL_OK) {
+        std::fprintf(stderr, "bench: %s\n", KelResultName(nResult));
+        std::exit(1);
+    }
+}
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+    bench::Options options;
+    if (!bench::ReadOptions(argc, argv, options)) {
+        std::fprintf(stderr,
+                     "usage: %s [--quick] [--repetitions N] [--only TEXT]... [--json FILE]\n",
                      argv[0]);
         return 2;
     }
-    int nArguments = 1;
-    benchmark::Initialize(&nArguments, argv);
+    std::vector<bench::Row> rows;
+    bench::AddScaleRows(rows, options);
+    bench::AddGeometryRows(rows, options);
+    bench::AddConversionRows(rows, options);
+    bench::AddCodecRows(rows, options);
+    bench::AddProcessRows(rows, options);
 
-    std::vector<Row> rows;
-    addRows(rows, options);
-    std::printf("%s; medians of %d runs of both sides in turn\n\n", pszTitle, options.nRepetitions);
-    std::printf("%-46s %9s %9s  %-28s %6s  %-6s\n", "work", "ours ms", "other ms", "other", "ratio",
-                "target");
-    std::vector<Measured> all;
-    for (const Row& row : rows) {
-        if (row.strWork.find(options.strOnly) == std::string::npos)
-            continue;
-        all.push_back(Measure(row, options.nRepetitions));
-        Print(all.back());
+    bench::PrintHead(options.nRepetitions);
+    std::vector<bench::Result> results;
+    for (const bench::Row& row : rows) {
+        if (bench::IsSelected(row, options)) {
+            results.push_back(bench::Measure(row, options.nRepetitions));
+            bench::Print(results.back());
+        }
     }
-    const auto nMissed =
-        std::count_if(all.begin(), all.end(), [](const Measured& m) { return !m.Met(); });
-    std::printf("\n%zu rows, %td over their target%s\n", all.size(), nMissed,
+    std::printf("\n%zu rows%s\n", results.size(),
                 options.bQuick ? " (a quick run: its ratios say nothing)" : "");
-    if (!options.strJson.empty() && !WriteJson(options.strJson, pszTitle, all)) {
+    if (!options.strJson.empty() && !bench::WriteJson(options.strJson, results)) {
         std::fprintf(stderr, "%s cannot be written\n", options.strJson.c_str());
         return 1;
     }
     return 0;
 }
-
-}  // namespace bench
