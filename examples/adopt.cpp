@@ -1,16 +1,17 @@
-// adopt: lets the library work on a bitmap that belongs to the caller, without copying it, and
-// takes it back.
+// adopt: lends the library a bitmap of the caller's without copying it.
 //
 //   adopt OUT
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 
 #include <cstdio>
 #include <vector>
 
 #include "paintscene.h"
 #include "safesave.h"
+#include "utf8.h"
 
 int main(int nCount, char** ppArguments) {
+    TakeUtf8Arguments(nCount, ppArguments);
     if (nCount != 2 || FormatOfName(ppArguments[1]) == KEL_IMAGE_UNKNOWN) {
         std::fputs("usage: adopt OUT.(bmp|jpg|png)\n", stderr);
         return 2;
@@ -26,25 +27,23 @@ int main(int nCount, char** ppArguments) {
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 24;
 
-    const ImagePtr image = NewImage();
+    const KelImagePtr image = KelNewImage();
     // 0: header and pixels stay the caller's; both outlive their use by the image.
-    KelResult nResult = image ? image->OpenAs(&info, pixels.data(), 0) : KEL_ERR_MEMORY;
-    if (nResult == KEL_OK) {
+    KelStatus status = image ? image->OpenAs(&info, pixels.data(), 0) : KEL_ERR_MEMORY;
+    if (status) {
         image->GetLineArray()[0][0] = 255;  // the image's rows are the caller's memory
-        tagKelParameterItem items[] = {{"width", 160}, {"height", 120}};
-        tagKelParameters params = {2, items};
-        IKelImage* pSmall = nullptr;
-        nResult = image->ApplyFilter(&pSmall, KEL_FILTER_SCALE, &params);
-        const ImagePtr small(pSmall);
-        if (nResult == KEL_OK) {
-            nResult = SafeSave(*small, ppArguments[1], FormatOfName(ppArguments[1]), nullptr);
+        KelImagePtr small;
+        status = KelApplyFilter(image, small, KEL_FILTER_SCALE,
+                                KelParameters{}.Set("width", 160).Set("height", 120));
+        if (status) {
+            status = SafeSave(*small, ppArguments[1], FormatOfName(ppArguments[1]), nullptr);
         }
     }
-    if (nResult != KEL_OK) {
-        std::fprintf(stderr, "adopt: %s: %s\n", KelResultName(nResult), KelResultMeaning(nResult));
+    if (!status) {
+        std::fprintf(stderr, "adopt: %s\n", status.ToString().c_str());
         return 1;
     }
-    // The image goes, the bitmap stays: it was only lent.
+    // The image ends. The bitmap was lent and stays.
     std::printf("lent %zu bytes, saved a picture of them, have them back: first byte %d\n",
                 pixels.size(), pixels[0]);
     return 0;

@@ -17,7 +17,7 @@ struct ClaimedSize {
 inline bool ReadClaimedSize(const unsigned char* p, std::size_t nSize, ClaimedSize& claim) {
     const auto big = [p](std::size_t i, int nBytes) {
         unsigned long long n = 0;
-        for (int k = 0; k < nBytes; k++)
+        for (int k = 0; k < nBytes; ++k)
             n = n << 8 | p[i + static_cast<std::size_t>(k)];
         return n;
     };

@@ -1,13 +1,15 @@
-// folder: thumbnails of every picture in a folder, several at a time.
+// folder: opens and scales every picture of a folder on a thread pool, and says how many a second.
 //
-//   folder IN_FOLDER OUT_FOLDER [THREADS]
+//   folder IN_FOLDER [OUT_FOLDER] [--size PIXELS] [--threads N]
 //
-// An image belongs to one thread at a time, and different images do not disturb each other: each
-// thread makes its own and needs no lock.
-#include <ikelex/ikelex.h>
+// With OUT_FOLDER each result is saved as a JPEG. Without it the results are dropped, as a program
+// would drop them after it has drawn them. An image belongs to one thread at a time, and different
+// images do not disturb each other. So each thread has one image of its own and needs no lock.
+#include <ikelex/handle.h>
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -15,43 +17,31 @@
 #include <string>
 #include <system_error>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "safesave.h"
+#include "utf8.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kLongest = 160;  // pixels along the longer side of a thumbnail
-
-KelResult MakeThumbnail(const fs::path& source, const fs::path& target) {
-    const ImagePtr image = NewImage();
-    if (image == nullptr) {
-        return KEL_ERR_MEMORY;
-    }
-    KelResult nResult = image->Open(source.c_str());
-    const int nLonger = std::max(image->GetWidth(), image->GetHeight());
-    if (nResult == KEL_OK && nLonger > kLongest) {
-        const double dFactor = double{kLongest} / nLonger;  // a double is a factor, an int pixels
-        tagKelParameterItem items[] = {{"width", dFactor}, {"height", dFactor}};
-        tagKelParameters params = {2, items};
-        nResult = image->ApplyFilter(KEL_FILTER_SCALE, &params);
-    }
-    return nResult == KEL_OK ? SafeSave(*image, target.string(), KEL_IMAGE_JPEG, nullptr) : nResult;
-}
+struct Request {
+    std::vector<fs::path> sources;
+    fs::path target;  // empty: nothing is saved
+    int nSize = 160;  // pixels along the longer side of a result
+    unsigned int nThreads = std::max(1u, std::thread::hardware_concurrency());
+};
 
 // The work, the next piece of it, and the one line that shows how far it has come.
 class Pool {
   public:
-    Pool(std::vector<fs::path> sources, fs::path target)
-        : m_Sources(std::move(sources)), m_Target(std::move(target)) {}
+    explicit Pool(const Request& request) : m_Request(request) {}
 
     // Returns how many pictures failed.
-    int Run(unsigned int nThreads) {
+    std::size_t Run() {
         std::vector<std::thread> threads;
-        for (unsigned int i = 0; i < nThreads; ++i) {
+        for (unsigned int i = 0; i < m_Request.nThreads; ++i) {
             threads.emplace_back(&Pool::Work, this);
         }
         for (std::thread& thread : threads) {
@@ -62,60 +52,109 @@ class Pool {
 
   private:
     void Work() {
-        for (std::size_t i = m_nNext++; i < m_Sources.size(); i = m_nNext++) {
-            const fs::path& source = m_Sources[i];
+        const KelImagePtr image = KelNewImage();  // opening the next picture empties it first
+        for (std::size_t i = m_nNext++; i < m_Request.sources.size(); i = m_nNext++) {
+            const fs::path& source = m_Request.sources[i];
+            Report(source, image == nullptr ? KelStatus(KEL_ERR_MEMORY) : Make(*image, source));
+        }
+    }
+
+    KelStatus Make(IKelImage& image, const fs::path& source) const {
+        KelStatus status = image.Open(Utf8Of(source).c_str());
+        const int nLonger = std::max(image.GetWidth(), image.GetHeight());
+        if (status && nLonger > m_Request.nSize) {
+            const double dFactor = double(m_Request.nSize) / nLonger;  // an int would mean pixels
+            status = image.ApplyFilter(
+                KEL_FILTER_SCALE, KelParameters{}.Set("width", dFactor).Set("height", dFactor));
+        }
+        if (status && !m_Request.target.empty()) {
             // The whole name, so that a.png and a.jpg do not meet.
-            const fs::path target = m_Target / (source.filename().string() + ".thumb.jpg");
-            Report(source, MakeThumbnail(source, target));
+            const fs::path target =
+                m_Request.target / PathOf(Utf8Of(source.filename()) + ".thumb.jpg");
+            status = SafeSave(image, Utf8Of(target), KEL_IMAGE_JPEG, nullptr);
         }
+        return status;
     }
 
-    void Report(const fs::path& source, KelResult nResult) {
+    void Report(const fs::path& source, KelStatus status) {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (nResult != KEL_OK) {
+        if (!status) {
             ++m_nFailed;
-            std::printf("\r%s: %s\n", source.c_str(), KelResultMeaning(nResult));
+            std::printf("\r%s: %s\n", Utf8Of(source).c_str(), status.Meaning());
         }
-        ++m_nDone;
-        const std::size_t nBar = (40 * m_nDone / m_Sources.size());
-        std::printf("\r[%s%s] %zu of %zu", std::string(nBar, '#').c_str(),
-                    std::string(40 - nBar, ' ').c_str(), m_nDone, m_Sources.size());
-        std::fflush(stdout);
+        const std::size_t nAll = m_Request.sources.size();
+        const std::size_t nBar = 40 * ++m_nDone / nAll;
+        if (nBar != m_nBar) {
+            m_nBar = nBar;
+            std::printf("\r[%s%s] %zu of %zu", std::string(nBar, '#').c_str(),
+                        std::string(40 - nBar, ' ').c_str(), m_nDone, nAll);
+            std::fflush(stdout);
+        }
     }
 
-    const std::vector<fs::path> m_Sources;
-    const fs::path m_Target;
+    const Request& m_Request;
     std::atomic<std::size_t> m_nNext{0};
     std::mutex m_Mutex;  // guards what stands below, and the line on the screen
     std::size_t m_nDone = 0;
-    int m_nFailed = 0;
+    std::size_t m_nFailed = 0;
+    std::size_t m_nBar = 0;
 };
+
+// The pictures of the folder, by the endings of their names.
+std::error_code List(const fs::path& folder, std::vector<fs::path>& sources) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+        if (entry.is_regular_file(error) && FormatOfName(Utf8Of(entry.path())) != 0) {
+            sources.push_back(entry.path());
+        }
+    }
+    return error;
+}
+
+bool Parse(int nCount, char** ppArguments, std::vector<fs::path>& folders, Request& request) {
+    for (int i = 1; i < nCount; ++i) {
+        const std::string strName = ppArguments[i];
+        if (strName.compare(0, 2, "--") != 0) {
+            folders.push_back(PathOf(strName));
+            continue;
+        }
+        const int nValue = ++i < nCount ? std::atoi(ppArguments[i]) : 0;
+        if (strName == "--size" && nValue > 0) {
+            request.nSize = nValue;
+        } else if (strName == "--threads" && nValue > 0 && nValue <= 64) {
+            request.nThreads = static_cast<unsigned int>(nValue);
+        } else {
+            return false;
+        }
+    }
+    return folders.size() == 1 || folders.size() == 2;
+}
 
 }  // namespace
 
 int main(int nCount, char** ppArguments) {
-    const int nThreads = nCount == 4 ? std::atoi(ppArguments[3]) : 0;
-    if (nCount < 3 || nCount > 4 || nThreads < 0 || nThreads > 64) {
-        std::fputs("usage: folder IN_FOLDER OUT_FOLDER [THREADS, at most 64]\n", stderr);
+    TakeUtf8Arguments(nCount, ppArguments);
+    Request request;
+    std::vector<fs::path> folders;
+    if (!Parse(nCount, ppArguments, folders, request)) {
+        std::fputs("usage: folder IN_FOLDER [OUT_FOLDER] [--size PIXELS] [--threads 1..64]\n",
+                   stderr);
         return 2;
     }
-    std::error_code error;
-    std::vector<fs::path> sources;
-    for (const fs::directory_entry& entry : fs::directory_iterator(ppArguments[1], error)) {
-        if (entry.is_regular_file(error) && FormatOfName(entry.path().string()) != 0) {
-            sources.push_back(entry.path());
-        }
-    }
-    if (!error) {
-        fs::create_directories(ppArguments[2], error);
+    std::error_code error = List(folders[0], request.sources);
+    if (!error && folders.size() == 2) {
+        request.target = folders[1];
+        fs::create_directories(request.target, error);
     }
     if (error) {
         std::fprintf(stderr, "folder: %s\n", error.message().c_str());
         return 1;
     }
-    const unsigned int nCores = std::max(1u, std::thread::hardware_concurrency());
-    const int nFailed = Pool(std::move(sources), ppArguments[2])
-                            .Run(nThreads > 0 ? static_cast<unsigned int>(nThreads) : nCores);
-    std::printf("\n%d failed\n", nFailed);
+    const auto start = std::chrono::steady_clock::now();
+    const std::size_t nFailed = Pool(request).Run();
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    std::printf("\n%zu pictures, %zu failed, %.0f a second on %u threads\n", request.sources.size(),
+                nFailed, static_cast<double>(request.sources.size()) / seconds.count(),
+                request.nThreads);
     return nFailed == 0 ? 0 : 1;
 }

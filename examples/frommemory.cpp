@@ -1,7 +1,7 @@
 // frommemory: opens a picture whose bytes are already in memory, and saves another into memory.
 //
 //   frommemory IN
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 #include <platform/vamplatform.h>
 
 #include <cstdio>
@@ -9,30 +9,30 @@
 #include <iterator>
 #include <vector>
 
-#include "safesave.h"
+#include "utf8.h"
 
 int main(int nCount, char** ppArguments) {
+    TakeUtf8Arguments(nCount, ppArguments);
     if (nCount != 2) {
         std::fputs("usage: frommemory IN\n", stderr);
         return 2;
     }
-    // Wherever a host has its bytes from: a network, a data base, an archive.
-    std::ifstream file(ppArguments[1], std::ios::binary);
+    // A host has its bytes from a network, a data base or an archive.
+    std::ifstream file(PathOf(ppArguments[1]), std::ios::binary);
     const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), {});
 
     CVamArchiveMemory input(bytes.data(), bytes.size());  // reads in place, copies nothing
-    const ImagePtr image = NewImage();
-    KelResult nResult = image ? image->Open(&input) : KEL_ERR_MEMORY;
+    const KelImagePtr image = KelNewImage();
+    KelStatus status = image ? image->Open(&input) : KEL_ERR_MEMORY;
     CVamArchiveMemory output;  // grows as it is written to
-    if (nResult == KEL_OK) {
-        nResult = image->Save(&output, KEL_IMAGE_PNG, nullptr);
+    if (status) {
+        status = image->Save(&output, KEL_IMAGE_PNG, nullptr);
     }
-    if (nResult == KEL_OK && output.HasFailed()) {
-        nResult = KEL_ERR_MEMORY;
+    if (status && output.HasFailed()) {
+        status = KEL_ERR_MEMORY;
     }
-    if (nResult != KEL_OK) {
-        std::fprintf(stderr, "frommemory: %s: %s\n", KelResultName(nResult),
-                     KelResultMeaning(nResult));
+    if (!status) {
+        std::fprintf(stderr, "frommemory: %s\n", status.ToString().c_str());
         return 1;
     }
     std::printf("%zu bytes in, %d x %d pixels, %zu bytes of PNG out\n", bytes.size(),

@@ -1,20 +1,20 @@
 // hoststream: reads through a stream class of the host's own, and receives the library's trace.
 //
 //   hoststream IN
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 #include <platform/vamplatform.h>
 
 #include <cstdio>
 #include <fstream>
 
-#include "safesave.h"
+#include "utf8.h"
 
 namespace {
 
 // Five operations make a stream. This one reads a C++ stream and counts what passes through.
 class HostStream : public CVamArchive {
   public:
-    explicit HostStream(const char* pszPath) : m_Stream(pszPath, std::ios::binary) {}
+    explicit HostStream(const std::string& strPath) : m_Stream(PathOf(strPath), std::ios::binary) {}
 
     unsigned int Read(void* pBuffer, unsigned int nCount) override {
         m_Stream.read(static_cast<char*>(pBuffer), nCount);
@@ -44,7 +44,7 @@ class HostStream : public CVamArchive {
     unsigned int m_nReads = 0;
 };
 
-// Every line the library traces arrives here; an input error arrives by two calls.
+// Receives every line that the library traces. An input error arrives by two calls.
 void Receive(void* pContext, ZT_TraceCall eCall, int nLevel, const char* pszText) {
     if (eCall != ZT_TRACE_INPUT_ERROR) {
         std::printf("%s, level %d: %s\n", static_cast<const char*>(pContext), nLevel, pszText);
@@ -54,6 +54,7 @@ void Receive(void* pContext, ZT_TraceCall eCall, int nLevel, const char* pszText
 }  // namespace
 
 int main(int nCount, char** ppArguments) {
+    TakeUtf8Arguments(nCount, ppArguments);
     if (nCount != 2) {
         std::fputs("usage: hoststream IN\n", stderr);
         return 2;
@@ -63,12 +64,12 @@ int main(int nCount, char** ppArguments) {
     zt_trace_set_level(2);  // detail lines too
 
     HostStream stream(ppArguments[1]);
-    const ImagePtr image = NewImage();
-    const KelResult nResult = !stream.IsOpen() ? KEL_ERR_FILE
-                              : image          ? image->Open(&stream)
-                                               : KEL_ERR_MEMORY;
-    std::printf("%s: %s\n", KelResultName(nResult), KelResultMeaning(nResult));
-    if (nResult != KEL_OK) {
+    const KelImagePtr image = KelNewImage();
+    const KelStatus status = !stream.IsOpen() ? KEL_ERR_FILE
+                             : image          ? image->Open(&stream)
+                                              : KEL_ERR_MEMORY;
+    std::printf("%s\n", status.ToString().c_str());
+    if (!status) {
         return 1;
     }
     std::printf("%d x %d pixels from %llu bytes in %u reads\n", image->GetWidth(),

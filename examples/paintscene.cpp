@@ -1,3 +1,4 @@
+// The painted scene, layer by layer, in integer arithmetic alone.
 #include "paintscene.h"
 
 #include <algorithm>

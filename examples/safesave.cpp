@@ -1,7 +1,13 @@
+// The safe order of a save: a new file beside the old one, ask whether it arrived, rename.
 #include "safesave.h"
 
 #include <platform/vamplatform.h>
+#ifdef _WIN32
+#include <io.h>
+#include <process.h>
+#else
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cctype>
@@ -9,21 +15,40 @@
 #include <filesystem>
 #include <system_error>
 
+#include "utf8.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
+// Waits until the disk has what was written to the open file.
+bool Synchronise(std::FILE* pFile) {
+#ifdef _WIN32
+    return _commit(_fileno(pFile)) == 0;
+#else
+    return fsync(fileno(pFile)) == 0;
+#endif
+}
+
+bool IsWritable(const fs::path& path) {
+#ifdef _WIN32
+    return _waccess(path.c_str(), 2) == 0;
+#else
+    return access(path.c_str(), W_OK) == 0;
+#endif
+}
+
 // Saves into a file that is already open, and makes sure of it: Save does not report a full disk,
 // the file does. bSync false is for targets that cannot be synchronised.
-KelResult SaveInto(IKelImage& image, CVamArchiveFile& file, bool bSync, KelImageFormat eFormat,
+KelStatus SaveInto(IKelImage& image, CVamArchiveFile& file, bool bSync, KelImageFormat eFormat,
                    tagKelParameters* pParams) {
-    const KelResult nResult = image.Save(static_cast<CVamArchive*>(&file), eFormat, pParams);
+    const KelStatus status = image.Save(static_cast<CVamArchive*>(&file), eFormat, pParams);
     bool bArrived = file.Flush();
     if (bArrived && bSync) {
-        bArrived = fsync(fileno(file.GetHandle())) == 0;
+        bArrived = Synchronise(file.GetHandle());
     }
     bArrived = file.Close() && bArrived;
-    return nResult == KEL_OK && !bArrived ? KEL_ERR_FILE : nResult;
+    return status && !bArrived ? KelStatus(KEL_ERR_FILE) : status;
 }
 
 // Opens a file beside strPath that did not exist before and returns its name; the file stays closed
@@ -39,14 +64,8 @@ std::string OpenBeside(const std::string& strPath, CVamArchiveFile& file) {
 
 }  // namespace
 
-ImagePtr NewImage() {
-    IKelImage* pImage = nullptr;
-    CreateImageObject(&pImage);
-    return ImagePtr(pImage);
-}
-
 KelImageFormat FormatOfName(const std::string& strName) {
-    std::string strEnding = fs::path(strName).extension().string();
+    std::string strEnding = Utf8Of(PathOf(strName).extension());
     std::transform(strEnding.begin(), strEnding.end(), strEnding.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (strEnding == ".jpg" || strEnding == ".jpeg") {
@@ -57,36 +76,36 @@ KelImageFormat FormatOfName(const std::string& strName) {
                                  : KEL_IMAGE_UNKNOWN;
 }
 
-KelResult SafeSave(IKelImage& image, const std::string& strPath, KelImageFormat eFormat,
+KelStatus SafeSave(IKelImage& image, const std::string& strPath, KelImageFormat eFormat,
                    tagKelParameters* pParams) {
     std::error_code error;
-    const fs::file_status old = fs::status(strPath, error);
-    if (fs::exists(old) && access(strPath.c_str(), W_OK) != 0) {
+    const fs::path path = PathOf(strPath);
+    const fs::file_status old = fs::status(path, error);
+    if (fs::exists(old) && !IsWritable(path)) {
         return KEL_ERR_FILE;
     }
     CVamArchiveFile file;
     if (fs::exists(old) && !fs::is_regular_file(old)) {
         file.Open(strPath.c_str(), "w+b");
-        return file.GetHandle() == nullptr ? KEL_ERR_FILE
+        return file.GetHandle() == nullptr ? KelStatus(KEL_ERR_FILE)
                                            : SaveInto(image, file, false, eFormat, pParams);
     }
     // Through a link, the file it leads to is the one to replace.
-    const std::string strTarget =
-        fs::exists(old) ? fs::canonical(strPath, error).string() : strPath;
+    const std::string strTarget = fs::exists(old) ? Utf8Of(fs::canonical(path, error)) : strPath;
     const std::string strPart = OpenBeside(strTarget, file);
     if (file.GetHandle() == nullptr) {
         return KEL_ERR_FILE;
     }
-    KelResult nResult = SaveInto(image, file, true, eFormat, pParams);
-    if (nResult == KEL_OK) {
+    KelStatus status = SaveInto(image, file, true, eFormat, pParams);
+    if (status) {
         if (fs::exists(old)) {
-            fs::permissions(strPart, old.permissions(), error);
+            fs::permissions(PathOf(strPart), old.permissions(), error);
         }
-        fs::rename(strPart, strTarget, error);
-        nResult = error ? KEL_ERR_FILE : KEL_OK;
+        fs::rename(PathOf(strPart), PathOf(strTarget), error);
+        status = error ? KEL_ERR_FILE : KEL_OK;
     }
-    if (nResult != KEL_OK) {
-        std::remove(strPart.c_str());
+    if (!status) {
+        fs::remove(PathOf(strPart), error);
     }
-    return nResult;
+    return status;
 }

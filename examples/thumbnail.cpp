@@ -5,8 +5,7 @@
 //   thumbnail --paint OUT [WIDTH HEIGHT] [--quality N] [--format bmp|jpeg|png]
 //
 // The second form paints a scene to try the first one on.
-#include <ikelex/ikelex.h>
-#include <platform/vamplatform.h>
+#include <ikelex/handle.h>
 
 #include <chrono>
 #include <csignal>
@@ -17,8 +16,11 @@
 #include <string>
 #include <vector>
 
+#include "newpicture.h"
 #include "paintscene.h"
 #include "safesave.h"
+#include "tracelines.h"
+#include "utf8.h"
 
 namespace {
 
@@ -116,22 +118,9 @@ bool Parse(int nCount, char** ppArguments, Request* pRequest) {
            pRequest->eFormat != KEL_IMAGE_UNKNOWN;
 }
 
-// Keeps what the library traces, for the message of a failure.
-void KeepTrace(void* pContext, ZT_TraceCall eCall, int, const char* pszText) {
-    if (eCall !=
-        ZT_TRACE_INPUT_ERROR) {  // an input error's text came before through ZT_TRACE_WRITE
-        try {
-            static_cast<std::string*>(pContext)->append("\n  trace:   ").append(pszText);
-        } catch (const std::bad_alloc&) {
-            // A trace that cannot be kept is lost; a sink must not throw.
-        }
-    }
-}
-
 class Thumbnail {
   public:
-    Thumbnail(const Request& request, const std::string* pTrace)
-        : m_Request(request), m_pTrace(pTrace), m_Image(NewImage()) {}
+    explicit Thumbnail(const Request& request) : m_Request(request), m_Image(KelNewImage()) {}
 
     // The whole job; returns whether it succeeded and has then said so step by step.
     bool Run() {
@@ -150,17 +139,19 @@ class Thumbnail {
         return passed.count();
     }
 
-    bool Failed(const char* pszStep, const std::string& strWhat, KelResult nResult) const {
-        std::fprintf(stderr, "thumbnail: cannot %s %s\n  result:  %s (%d)\n  meaning: %s%s\n",
-                     pszStep, strWhat.c_str(), KelResultName(nResult), nResult,
-                     KelResultMeaning(nResult), m_pTrace->c_str());
+    bool Failed(const char* pszStep, const std::string& strWhat, KelStatus status) {
+        std::fprintf(stderr, "thumbnail: cannot %s %s\n  result:  %s (%d)\n  meaning: %s\n",
+                     pszStep, strWhat.c_str(), status.Name(), status.Code(), status.Meaning());
+        for (const std::string& strLine : m_Trace.Take()) {
+            std::fprintf(stderr, "  trace:   %s\n", strLine.c_str());
+        }
         return false;
     }
 
     bool Open() {
-        const KelResult nResult = m_Image->Open(m_Request.strIn.c_str());
-        if (nResult != KEL_OK) {
-            return Failed("open", m_Request.strIn, nResult);
+        const KelStatus status = m_Image->Open(m_Request.strIn.c_str());
+        if (!status) {
+            return Failed("open", m_Request.strIn, status);
         }
         if (m_Image->GetBits() == nullptr) {
             return Failed("open", m_Request.strIn + ": accepted, but not read",
@@ -172,13 +163,13 @@ class Thumbnail {
     }
 
     bool Scale() {
-        tagKelParameterItem items[] = {{"width", m_Request.nWidth},
-                                       {"height", m_Request.nHeight},
-                                       {"type", static_cast<int>(m_Request.eKernel)}};
-        tagKelParameters params = {3, items};
-        const KelResult nResult = m_Image->ApplyFilter(KEL_FILTER_SCALE, &params);
-        if (nResult != KEL_OK) {
-            return Failed("scale", m_Request.strIn, nResult);
+        const KelStatus status =
+            m_Image->ApplyFilter(KEL_FILTER_SCALE, KelParameters{}
+                                                       .Set("width", m_Request.nWidth)
+                                                       .Set("height", m_Request.nHeight)
+                                                       .Set("type", m_Request.eKernel));
+        if (!status) {
+            return Failed("scale", m_Request.strIn, status);
         }
         std::printf("scaled  to %d x %d, %s, %.1f ms\n", m_Image->GetWidth(), m_Image->GetHeight(),
                     NameOf(kKernels, m_Request.eKernel), Lap());
@@ -186,38 +177,25 @@ class Thumbnail {
     }
 
     bool Paint() {
-        const long long nStride = (m_Request.nWidth * 24LL + 31) / 32 * 4;
-        const long long nSize = nStride * m_Request.nHeight;
-        BITMAPINFO* pInfo = m_Image->AllocateBMI(sizeof(BITMAPINFOHEADER));
-        unsigned char* pBits =
-            nSize < 0x7FFFFFFF ? m_Image->AllocateBits(static_cast<unsigned int>(nSize)) : nullptr;
-        if (pInfo == nullptr || pBits == nullptr) {
+        m_Image = NewPicture(m_Request.nWidth, m_Request.nHeight, 24);
+        if (m_Image == nullptr) {
             return Failed("make", "room for the scene", KEL_ERR_MEMORY);
         }
-        pInfo->bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-        pInfo->bmiHeader.biWidth = m_Request.nWidth;
-        pInfo->bmiHeader.biHeight = m_Request.nHeight;
-        pInfo->bmiHeader.biPlanes = 1;
-        pInfo->bmiHeader.biBitCount = 24;
-        const KelResult nResult = m_Image->Open();
-        if (nResult != KEL_OK) {
-            return Failed("set up", "the scene", nResult);
-        }
-        PaintScene(pBits, m_Request.nWidth, m_Request.nHeight, static_cast<int>(nStride));
+        PaintScene(m_Image->GetBits(), m_Request.nWidth, m_Request.nHeight,
+                   (m_Request.nWidth * 24 + 31) / 32 * 4);
         std::printf("painted a scene: %d x %d, %.1f ms\n", m_Image->GetWidth(),
                     m_Image->GetHeight(), Lap());
         return true;
     }
 
     bool Save() {
-        tagKelParameterItem item = {"quality", m_Request.nQuality};
-        tagKelParameters params = {1, &item};
-        const KelResult nResult = SafeSave(*m_Image, m_Request.strOut, m_Request.eFormat, &params);
-        if (nResult != KEL_OK) {
-            return Failed("write", m_Request.strOut, nResult);
+        const KelStatus status = SafeSave(*m_Image, m_Request.strOut, m_Request.eFormat,
+                                          KelParameters{}.Set("quality", m_Request.nQuality));
+        if (!status) {
+            return Failed("write", m_Request.strOut, status);
         }
         std::error_code error;
-        const auto nBytes = std::filesystem::file_size(m_Request.strOut, error);
+        const auto nBytes = std::filesystem::file_size(PathOf(m_Request.strOut), error);
         std::printf("wrote   %s: %s, %lld bytes, %.1f ms\n", m_Request.strOut.c_str(),
                     NameOf(kFormats, m_Request.eFormat),
                     error ? 0LL : static_cast<long long>(nBytes), Lap());
@@ -225,14 +203,15 @@ class Thumbnail {
     }
 
     const Request& m_Request;
-    const std::string* m_pTrace;
-    ImagePtr m_Image;
+    TraceLines m_Trace;
+    KelImagePtr m_Image;
     std::chrono::steady_clock::time_point m_Start = std::chrono::steady_clock::now();
 };
 
 }  // namespace
 
 int main(int nCount, char** ppArguments) {
+    TakeUtf8Arguments(nCount, ppArguments);
     Request request;
     if (!Parse(nCount, ppArguments, &request)) {
         std::fputs(
@@ -244,11 +223,9 @@ int main(int nCount, char** ppArguments) {
         return 2;
     }
     // A write that a size limit or a closed pipe refuses is to fail, not to end the program.
+#ifndef _WIN32
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
-    std::string strTrace;
-    zt_trace_set_sink(&KeepTrace, &strTrace);
-    const bool bDone = Thumbnail(request, &strTrace).Run();
-    zt_trace_set_sink(nullptr, nullptr);
-    return bDone ? 0 : 1;
+#endif
+    return Thumbnail(request).Run() ? 0 : 1;
 }

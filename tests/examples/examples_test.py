@@ -119,7 +119,9 @@ class Examples(unittest.TestCase):
         source.mkdir()
         for i in range(9):
             (source / f"{i}.jpg").write_bytes(self.scene.read_bytes())
-        self.assertIn("9 of 9", self.runs("folder", source, target, 3))
+        self.assertIn("9 of 9", self.runs("folder", source, target, "--threads", 3, "--size", 64))
+        self.assertRegex(self.runs("folder", source), r"9 pictures, 0 failed, [1-9]\d* a second")
+        self.assertIn("64 x 48", self.runs("frommemory", target / "0.jpg.thumb.jpg"))
         (source / "bad.png").write_bytes(b"no picture")
         code, output, _ = run("folder", source, target)
         self.assertEqual(code, 1)

@@ -3,7 +3,7 @@
 //   contactsheet IN OUT.png
 //
 // Public interface only. Each row of the page is one function below.
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 #include <platform/vamplatform.h>
 
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include <string>
 
 #include "sheet.h"
+#include "utf8.h"
 
 namespace {
 
@@ -31,48 +32,48 @@ constexpr Kernel kKernels[] = {{KEL_SCALE_BILINEAR, "bilinear"},
                                {KEL_SCALE_HAMMING, "hamming"}};
 
 // Ends the program with a message; the sheet is worth nothing with a panel missing.
-[[noreturn]] void Fail(const std::string& strWhat, KelResult nResult) {
-    std::fprintf(stderr, "contactsheet: %s: %s (%s)\n", strWhat.c_str(), KelResultName(nResult),
-                 KelResultMeaning(nResult));
+[[noreturn]] void Fail(const std::string& strWhat, KelStatus status) {
+    std::fprintf(stderr, "contactsheet: %s: %s\n", strWhat.c_str(), status.ToString().c_str());
     std::exit(1);
 }
 
-std::string SizeOf(IKelImage& image) {
-    return std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight());
+std::string SizeOf(const KelImagePtr& image) {
+    return std::to_string(image->GetWidth()) + " x " + std::to_string(image->GetHeight());
 }
 
 // A panel in column nColumn at height nY: its label, and below it the picture, as 24 bits.
-void Panel(Sheet& sheet, int nColumn, int nY, const std::string& strLabel, IKelImage& image) {
+void Panel(Sheet& sheet, int nColumn, int nY, const std::string& strLabel,
+           const KelImagePtr& image) {
     const int nX = kMargin + nColumn * kPitch;
     sheet.Write(nX, nY, strLabel);
     // The box kernel reproduces a picture of unchanged size exactly, so it serves to bring any
     // depth to 24 bits.
-    ImagePtr pPicture = Scaled(image, image.GetWidth(), image.GetHeight(), KEL_SCALE_BOX);
+    KelImagePtr pPicture = Scaled(image, image->GetWidth(), image->GetHeight(), KEL_SCALE_BOX);
     if (pPicture == nullptr || !sheet.Place(nX, nY + kLabel, *pPicture)) {
         Fail(strLabel, KEL_ERR_MEMORY);
     }
 }
 
-ImagePtr Checked(ImagePtr pImage, const char* pszWhat) {
+KelImagePtr Checked(KelImagePtr pImage, const char* pszWhat) {
     if (pImage == nullptr) {
         Fail(pszWhat, KEL_ERR_MEMORY);
     }
     return pImage;
 }
 
-ImagePtr Copy(IKelImage& image) {
-    return Checked(Scaled(image, image.GetWidth(), image.GetHeight(), KEL_SCALE_BOX), "copy");
+KelImagePtr Copy(const KelImagePtr& image) {
+    return Checked(Scaled(image, image->GetWidth(), image->GetHeight(), KEL_SCALE_BOX), "copy");
 }
 
 // The part of the picture with the strongest differences between neighbours.
-Area BusiestArea(IKelImage& image, int nWidth, int nHeight) {
+Area BusiestArea(const KelImagePtr& image, int nWidth, int nHeight) {
     Area best = {0, 0, nWidth, nHeight};
     long nBest = -1;
-    for (int nY = 0; nY + nHeight <= image.GetHeight(); nY += 6) {
-        for (int nX = 0; nX + nWidth <= image.GetWidth(); nX += 6) {
+    for (int nY = 0; nY + nHeight <= image->GetHeight(); nY += 6) {
+        for (int nX = 0; nX + nWidth <= image->GetWidth(); nX += 6) {
             long nSum = 0;
             for (int y = nY; y < nY + nHeight; ++y) {
-                const unsigned char* pRow = image.GetLineArray()[y];
+                const unsigned char* pRow = image->GetLineArray()[y];
                 for (int x = 3 * nX; x < 3 * (nX + nWidth - 1); ++x) {
                     nSum += std::abs(pRow[x] - pRow[x + 3]);
                 }
@@ -87,7 +88,7 @@ Area BusiestArea(IKelImage& image, int nWidth, int nHeight) {
 }
 
 // The four kernels at one size, and under each the same busy part of it, four times enlarged.
-void ShowKernels(Sheet& sheet, int nY, IKelImage& source) {
+void ShowKernels(Sheet& sheet, int nY, const KelImagePtr& source) {
     sheet.Write(kMargin, nY,
                 "scale filter: the source at " + std::to_string(kWidth) + " x " +
                     std::to_string(kHeight) + ", and a part of it enlarged 4 times",
@@ -96,36 +97,37 @@ void ShowKernels(Sheet& sheet, int nY, IKelImage& source) {
     Area part = {};
     int nColumn = 0;
     for (const Kernel& kernel : kKernels) {
-        ImagePtr pScaled = Checked(Scaled(source, kWidth, kHeight, kernel.eType), kernel.pszName);
+        KelImagePtr pScaled =
+            Checked(Scaled(source, kWidth, kHeight, kernel.eType), kernel.pszName);
         if (nColumn == 0) {
-            part = BusiestArea(*pScaled, kWidth / 4, kHeight / 4);
+            part = BusiestArea(pScaled, kWidth / 4, kHeight / 4);
         }
         const int nX = kMargin + nColumn * kPitch;
-        Panel(sheet, nColumn, nY, kernel.pszName, *pScaled);
+        Panel(sheet, nColumn, nY, kernel.pszName, pScaled);
         sheet.Frame({nX + part.nX, nY + kLabel + part.nY, part.nWidth, part.nHeight});
         sheet.Place(nX, nY + kLabel + kHeight + 10, *pScaled, 4, &part);
         ++nColumn;
     }
 }
 
-void ShowGeometry(Sheet& sheet, int nY, IKelImage& picture) {
+void ShowGeometry(Sheet& sheet, int nY, const KelImagePtr& picture) {
     sheet.Write(kMargin, nY, "in place: zoom, mirror, transpose, crop", 2);
     nY += 26;
-    ImagePtr pImage = Copy(picture);
+    KelImagePtr pImage = Copy(picture);
     pImage->ZoomImage(kWidth, kHeight / 2);
-    Panel(sheet, 0, nY, "ZoomImage(264, 99)", *pImage);
+    Panel(sheet, 0, nY, "ZoomImage(264, 99)", pImage);
     pImage = Copy(picture);
     pImage->Mirror(0);
-    Panel(sheet, 1, nY, "Mirror(0)", *pImage);
+    Panel(sheet, 1, nY, "Mirror(0)", pImage);
     pImage = Copy(picture);
     pImage->Rotate(0);
-    Panel(sheet, 2, nY, "Rotate(0)", *pImage);
+    Panel(sheet, 2, nY, "Rotate(0)", pImage);
     pImage = Copy(picture);
     pImage->SubImage(kWidth / 4, kHeight / 4, kWidth / 2, kHeight / 2);
-    Panel(sheet, 3, nY, "SubImage(66, 49, 132, 99)", *pImage);
+    Panel(sheet, 3, nY, "SubImage(66, 49, 132, 99)", pImage);
     // What is left of that panel: the crop zoomed back to the width of a panel, half as high.
     pImage->ZoomImage(kWidth, kHeight / 2 - 20);
-    Panel(sheet, 3, nY + kLabel + kHeight / 2 + 20, "... then ZoomImage(264, 79)", *pImage);
+    Panel(sheet, 3, nY + kLabel + kHeight / 2 + 20, "... then ZoomImage(264, 79)", pImage);
 }
 
 // A threshold of a 4 x 4 ordered dither, 0 to 15.
@@ -145,9 +147,9 @@ int Grey(const unsigned char* pPixel) {
 }
 
 // The picture held at 1, 4 or 8 bits with a palette, or at 16 bits (5 per channel).
-ImagePtr AtDepth(IKelImage& picture, int nBits) {
+KelImagePtr AtDepth(const KelImagePtr& picture, int nBits) {
     const int nColours = nBits <= 8 ? 1 << nBits : 0;
-    ImagePtr pImage = Checked(Blank(kWidth, kHeight, nBits, nColours), "depth");
+    KelImagePtr pImage = Checked(NewPicture(kWidth, kHeight, nBits, nColours), "depth");
     RGBQUAD* pColours = pImage->GetBitmapInfo()->bmiColors;
     for (int i = 0; i < nColours; ++i) {
         // 2 or 16 greys; or a cube of 6 x 7 x 6 colours, the rest unused.
@@ -161,7 +163,7 @@ ImagePtr AtDepth(IKelImage& picture, int nBits) {
     }
     const int nStride = (kWidth * nBits + 31) / 32 * 4;
     for (int y = 0; y < kHeight; ++y) {
-        const unsigned char* pFrom = picture.GetLineArray()[y];
+        const unsigned char* pFrom = picture->GetLineArray()[y];
         unsigned char* pRow = pImage->GetBits() + y * nStride;
         for (int x = 0; x < kWidth; ++x, pFrom += 3) {
             if (nBits == 16) {
@@ -179,38 +181,38 @@ ImagePtr AtDepth(IKelImage& picture, int nBits) {
             }
         }
     }
-    const KelResult nResult = pImage->Open();
-    if (nResult != KEL_OK) {
-        Fail("depth", nResult);
+    const KelStatus status = pImage->Open();
+    if (!status) {
+        Fail("depth", status);
     }
     return pImage;
 }
 
-void ShowDepths(Sheet& sheet, int nY, IKelImage& picture) {
+void ShowDepths(Sheet& sheet, int nY, const KelImagePtr& picture) {
     sheet.Write(kMargin, nY, "every depth that an image holds, read back as 24 bits", 2);
     nY += 26;
     constexpr int kDepths[] = {1, 4, 8, 16};
     for (int i = 0; i < 4; ++i) {
-        ImagePtr pImage = AtDepth(picture, kDepths[i]);
+        KelImagePtr pImage = AtDepth(picture, kDepths[i]);
         Panel(sheet, i, nY, std::to_string(kDepths[i]) + (i == 0 ? " bit" : " bits") + " per pixel",
-              *pImage);
+              pImage);
     }
     nY += kLabel + kHeight + 14;
-    ImagePtr pImage = Copy(picture);
-    Panel(sheet, 0, nY, "24 bits per pixel", *pImage);
+    KelImagePtr pImage = Copy(picture);
+    Panel(sheet, 0, nY, "24 bits per pixel", pImage);
     pImage->ChangeBitCount(32);
-    Panel(sheet, 1, nY, "ChangeBitCount(32): 32 bits per pixel", *pImage);
+    Panel(sheet, 1, nY, "ChangeBitCount(32): 32 bits per pixel", pImage);
     pImage = AtDepth(picture, 8);
     pImage->SubImage(kWidth / 4, kHeight / 4, kWidth / 2, kHeight / 2);
     pImage->ZoomImage(kWidth, kHeight);
-    Panel(sheet, 2, nY, "8 bits, SubImage, ZoomImage(264, 198)", *pImage);
+    Panel(sheet, 2, nY, "8 bits, SubImage, ZoomImage(264, 198)", pImage);
     pImage = AtDepth(picture, 4);
     pImage->SubImage(kWidth / 4, kHeight / 4, kWidth / 2, kHeight / 2);
     pImage->Rotate(0);
-    Panel(sheet, 3, nY, "4 bits, SubImage, Rotate(0)", *pImage);
+    Panel(sheet, 3, nY, "4 bits, SubImage, Rotate(0)", pImage);
 }
 
-void ShowFormats(Sheet& sheet, int nY, IKelImage& picture) {
+void ShowFormats(Sheet& sheet, int nY, const KelImagePtr& picture) {
     sheet.Write(kMargin, nY, "saved and opened again", 2);
     nY += 26;
     struct Format {
@@ -224,43 +226,43 @@ void ShowFormats(Sheet& sheet, int nY, IKelImage& picture) {
                                    {KEL_IMAGE_JPEG, "JPEG, quality 10", 10}};
     int nColumn = 0;
     for (const Format& format : kFormats) {
-        tagKelParameterItem quality = {"quality", CVamVariant(format.nQuality)};
-        tagKelParameters params = {1, &quality};
         CVamArchiveMemory archive;
-        ImagePtr pImage = Checked(NewImage(), format.pszName);
-        KelResult nResult = picture.Save(&archive, format.eFormat, &params);
+        KelImagePtr pImage = Checked(KelNewImage(), format.pszName);
+        KelStatus status = picture->Save(&archive, format.eFormat,
+                                         KelParameters{}.Set("quality", format.nQuality));
         archive.Seek(0, 0);
-        if (nResult == KEL_OK) {
-            nResult = pImage->Open(&archive);
+        if (status) {
+            status = pImage->Open(&archive);
         }
-        if (nResult != KEL_OK) {
-            Fail(format.pszName, nResult);
+        if (!status) {
+            Fail(format.pszName, status);
         }
         Panel(sheet, nColumn++, nY,
               std::string(format.pszName) + ", " + std::to_string(archive.GetSize()) + " bytes",
-              *pImage);
+              pImage);
     }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    TakeUtf8Arguments(argc, argv);
     if (argc != 3) {
         std::fprintf(stderr, "usage: contactsheet IN OUT.png\n");
         return 2;
     }
-    ImagePtr pSource = Checked(NewImage(), "source");
-    const KelResult nOpened = pSource->Open(argv[1]);
-    if (nOpened != KEL_OK) {
-        Fail(argv[1], nOpened);
+    KelImagePtr pSource = Checked(KelNewImage(), "source");
+    const KelStatus opened = pSource->Open(argv[1]);
+    if (!opened) {
+        Fail(argv[1], opened);
     }
     Sheet sheet(2 * kMargin + 4 * kPitch - 16, 2030);
 
-    ImagePtr pLarge =
-        Checked(Scaled(*pSource, 2 * kWidth, 2 * kHeight, KEL_SCALE_BILINEAR), "source");
+    KelImagePtr pLarge =
+        Checked(Scaled(pSource, 2 * kWidth, 2 * kHeight, KEL_SCALE_BILINEAR), "source");
     sheet.Write(kMargin, 16, "ikelex " IKELEX_VERSION_STRING, 3);
     sheet.Write(kMargin, 46,
-                "source: " + SizeOf(*pSource) + ", " + std::to_string(pSource->GetBitsPerPixel()) +
+                "source: " + SizeOf(pSource) + ", " + std::to_string(pSource->GetBitsPerPixel()) +
                     " bits per pixel",
                 2);
     sheet.Place(kMargin, 70, *pLarge);
@@ -284,14 +286,14 @@ int main(int argc, char** argv) {
         nNoteY += 26;
     }
 
-    ImagePtr pPicture = Checked(Scaled(*pSource, kWidth, kHeight, KEL_SCALE_BILINEAR), "picture");
-    ShowKernels(sheet, 490, *pSource);
-    ShowGeometry(sheet, 960, *pPicture);
-    ShowDepths(sheet, 1280, *pPicture);
-    ShowFormats(sheet, 1770, *pPicture);
-    const KelResult nSaved = sheet.Save(argv[2]);
-    if (nSaved != KEL_OK) {
-        Fail(argv[2], nSaved);
+    KelImagePtr pPicture = Checked(Scaled(pSource, kWidth, kHeight, KEL_SCALE_BILINEAR), "picture");
+    ShowKernels(sheet, 490, pSource);
+    ShowGeometry(sheet, 960, pPicture);
+    ShowDepths(sheet, 1280, pPicture);
+    ShowFormats(sheet, 1770, pPicture);
+    const KelStatus saved = sheet.Save(argv[2]);
+    if (!saved) {
+        Fail(argv[2], saved);
     }
     return 0;
 }

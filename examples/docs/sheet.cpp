@@ -1,3 +1,4 @@
+// The page as rows of its own, which an image borrows for the time of the save.
 #include "sheet.h"
 
 #include <algorithm>
@@ -30,14 +31,7 @@ void Sheet::Dot(int nX, int nY, int nSize, const unsigned char* pColour) {
 }
 
 void Sheet::Write(int nX, int nY, const std::string& strText, int nDot) {
-    for (const char chLetter : strText) {
-        for (int i = 0; i < kLetterHeight * 5; ++i) {
-            if ((LetterRow(chLetter, i / 5) >> (4 - i % 5) & 1) != 0) {
-                Dot(nX + i % 5 * nDot, nY + i / 5 * nDot, nDot, kInk);
-            }
-        }
-        nX += kLetterPitch * nDot;
-    }
+    EachDot(strText, [&](int x, int y) { Dot(nX + x * nDot, nY + y * nDot, nDot, kInk); });
 }
 
 bool Sheet::Place(int nX, int nY, IKelImage& image, int nFactor, const Area* pArea) {
@@ -67,9 +61,8 @@ void Sheet::Frame(const Area& area) {
     }
 }
 
-KelResult Sheet::Save(const std::string& strPath) {
-    // The image adopts the page for the time of the save and gives it back.
-    ImagePtr pImage = NewImage();
+KelStatus Sheet::Save(const std::string& strPath) {
+    KelImagePtr pImage = KelNewImage();
     if (pImage == nullptr) {
         return KEL_ERR_MEMORY;
     }
@@ -79,36 +72,14 @@ KelResult Sheet::Save(const std::string& strPath) {
     info.bmiHeader.biHeight = m_nHeight;
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 24;
-    const KelResult nResult = pImage->OpenAs(&info, m_Bits.data(), 0);
-    return nResult != KEL_OK ? nResult : SafeSave(*pImage, strPath, FormatOfName(strPath), nullptr);
+    const KelStatus status = pImage->OpenAs(&info, m_Bits.data(), 0);
+    return !status ? status : SafeSave(*pImage, strPath, FormatOfName(strPath), nullptr);
 }
 
-ImagePtr Scaled(IKelImage& image, int nWidth, int nHeight, KelScaleType eKernel) {
-    tagKelParameterItem items[] = {{"width", CVamVariant(nWidth)},
-                                   {"height", CVamVariant(nHeight)},
-                                   {"type", CVamVariant(static_cast<int>(eKernel))}};
-    tagKelParameters params = {3, items};
-    IKelImage* pScaled = nullptr;
-    image.ApplyFilter(&pScaled, KEL_FILTER_SCALE, &params);
-    return ImagePtr(pScaled);
-}
-
-ImagePtr Blank(int nWidth, int nHeight, int nBits, int nColours) {
-    ImagePtr pImage = NewImage();
-    if (pImage == nullptr) {
-        return nullptr;
-    }
-    BITMAPINFO* pInfo = pImage->AllocateBMI(static_cast<unsigned int>(
-        sizeof(BITMAPINFOHEADER) + sizeof(RGBQUAD) * static_cast<std::size_t>(nColours)));
-    if (pInfo == nullptr || pImage->AllocateBits(static_cast<unsigned int>(Stride(nWidth, nBits) *
-                                                                           nHeight)) == nullptr) {
-        return nullptr;
-    }
-    pInfo->bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-    pInfo->bmiHeader.biWidth = nWidth;
-    pInfo->bmiHeader.biHeight = nHeight;
-    pInfo->bmiHeader.biPlanes = 1;
-    pInfo->bmiHeader.biBitCount = static_cast<unsigned short>(nBits);
-    pInfo->bmiHeader.biClrUsed = static_cast<unsigned int>(nColours);
-    return pImage;
+KelImagePtr Scaled(const KelImagePtr& image, int nWidth, int nHeight, KelScaleType eKernel) {
+    KelImagePtr scaled;
+    KelApplyFilter(
+        image, scaled, KEL_FILTER_SCALE,
+        KelParameters{}.Set("width", nWidth).Set("height", nHeight).Set("type", eKernel));
+    return scaled;
 }

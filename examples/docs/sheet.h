@@ -1,12 +1,13 @@
 // A white page on which pictures and labels are laid out.
-#ifndef EXAMPLES_SHEET_H
-#define EXAMPLES_SHEET_H
+#ifndef DOCS_SHEET_H
+#define DOCS_SHEET_H
 
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 
 #include <string>
 #include <vector>
 
+#include "newpicture.h"
 #include "safesave.h"
 
 // A rectangle of a picture, in pixels from its left top corner.
@@ -33,7 +34,7 @@ class Sheet {
     void Frame(const Area& area);
 
     // Saves the page; results as SafeSave.
-    KelResult Save(const std::string& strPath);
+    KelStatus Save(const std::string& strPath);
 
   private:
     void Dot(int nX, int nY, int nSize, const unsigned char* pColour);
@@ -45,11 +46,6 @@ class Sheet {
 };
 
 // A new image of the same picture resampled to nWidth x nHeight at 24 bits, or null.
-ImagePtr Scaled(IKelImage& image, int nWidth, int nHeight, KelScaleType eKernel);
+KelImagePtr Scaled(const KelImagePtr& image, int nWidth, int nHeight, KelScaleType eKernel);
 
-// A new empty picture of the given size and depth with room for nColours palette entries, ready to
-// be filled through GetBits and GetBitmapInfo; Open() then makes it whole. Null when memory runs
-// out.
-ImagePtr Blank(int nWidth, int nHeight, int nBits, int nColours = 0);
-
-#endif  // EXAMPLES_SHEET_H
+#endif  // DOCS_SHEET_H

@@ -1,16 +1,17 @@
-// kernelstudy: the limits of the four kernels, as docs/kernels.md shows them.
+// kernelstudy: the limits of the kernels, as docs/kernels.md shows them.
 //
 //   kernelstudy PICTURE OUT.png
 //
 // Prints the tables and writes the picture page: reductions until the weights vanish, the overshoot
 // of the Hamming kernel, the blur of the Gaussian one. Reads the weights from the scaler itself.
-#include <ikelex/ikelex.h>
+#include <ikelex/handle.h>
 
 #include <kelscale.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,21 @@ using Scaler = C2PassScale<CDataRGB_UBYTE>;
 struct Kernel {
     KelScaleType eType;
     const char* pszName;
-    PLContribDef* pContribDef;
+    std::shared_ptr<PLContribDef> contribDef;
 };
+
+// The kernels of the scale filter.
+std::vector<Kernel> AllKernels() {
+    int nCount = 0;
+    const tagKelScaleKernel* pKernels = GetScaleKernels(&nCount);
+    std::vector<Kernel> kernels;
+    for (int i = 0; i < nCount; ++i) {
+        kernels.push_back(
+            {pKernels[i].eType, pKernels[i].pszName,
+             std::shared_ptr<PLContribDef>(pKernels[i].pfnCreate(pKernels[i].dWidth))});
+    }
+    return kernels;
+}
 
 // What the weights of one reduction are like, over all output positions away from the border.
 struct Weights {
@@ -33,9 +47,9 @@ struct Weights {
     bool bVanish = false;  // some position has no weight at all
 };
 
-Weights WeightsAt(PLContribDef* pContribDef, unsigned int nReduction) {
+Weights WeightsAt(const Kernel& kernel, unsigned int nReduction) {
     constexpr unsigned int kOut = 40;
-    const Scaler scaler(pContribDef);
+    const Scaler scaler(kernel.contribDef.get());
     LineContribType* pTable =
         scaler.CalcContributions(kOut, kOut * nReduction, 1.0 / static_cast<double>(nReduction));
     Weights weights;
@@ -57,16 +71,18 @@ Weights WeightsAt(PLContribDef* pContribDef, unsigned int nReduction) {
 }
 
 void PrintReductions(const std::vector<Kernel>& kernels) {
+    std::string strRule = "|---:|";
     std::printf("| reduction |");
     for (const Kernel& kernel : kernels) {
         std::printf(" %s |", kernel.pszName);
+        strRule += "---|";
     }
-    std::printf("\n|---:|---|---|---|---|\n");
+    std::printf("\n%s\n", strRule.c_str());
     for (const unsigned int nReduction : {1u, 2u, 4u, 8u, 12u, 16u, 24u, 32u, 37u, 38u, 64u, 100u,
                                           128u, 163u, 164u, 200u, 256u, 257u}) {
         std::printf("| %u |", nReduction);
         for (const Kernel& kernel : kernels) {
-            const Weights weights = WeightsAt(kernel.pContribDef, nReduction);
+            const Weights weights = WeightsAt(kernel, nReduction);
             if (weights.bVanish) {
                 std::printf(" black |");
             } else {
@@ -77,7 +93,7 @@ void PrintReductions(const std::vector<Kernel>& kernels) {
     }
     for (const Kernel& kernel : kernels) {
         unsigned int nLast = 1;
-        while (nLast < 1000 && !WeightsAt(kernel.pContribDef, nLast + 1).bVanish) {
+        while (nLast < 1000 && !WeightsAt(kernel, nLast + 1).bVanish) {
             ++nLast;
         }
         std::printf("%s: black from reduction %u on\n", kernel.pszName, nLast + 1);
@@ -86,9 +102,9 @@ void PrintReductions(const std::vector<Kernel>& kernels) {
 
 // A 24-bit picture whose pixel (x, y) is the grey pfnGrey(x, y).
 template <class Grey>
-ImagePtr Painted(int nWidth, int nHeight, Grey pfnGrey) {
-    ImagePtr pImage = Blank(nWidth, nHeight, 24);
-    if (pImage == nullptr || pImage->Open() != KEL_OK) {
+KelImagePtr Painted(int nWidth, int nHeight, Grey pfnGrey) {
+    KelImagePtr pImage = NewPicture(nWidth, nHeight, 24);
+    if (pImage == nullptr) {
         std::fprintf(stderr, "kernelstudy: no memory\n");
         std::exit(1);
     }
@@ -102,16 +118,16 @@ ImagePtr Painted(int nWidth, int nHeight, Grey pfnGrey) {
 }
 
 // A vertical edge between two greys, reduced three times in each direction.
-ImagePtr ReducedEdge(int nDark, int nBright) {
-    ImagePtr pEdge = Painted(300, 30, [&](int x, int) { return x < 151 ? nDark : nBright; });
-    return Scaled(*pEdge, 100, 10, KEL_SCALE_HAMMING);
+KelImagePtr ReducedEdge(int nDark, int nBright) {
+    KelImagePtr pEdge = Painted(300, 30, [&](int x, int) { return x < 151 ? nDark : nBright; });
+    return Scaled(pEdge, 100, 10, KEL_SCALE_HAMMING);
 }
 
 void PrintOvershoot() {
     std::printf("\n| edge | darkest | brightest | |\n|---|---:|---:|---|\n");
     const int kEdges[][2] = {{64, 192}, {16, 240}, {12, 243}, {8, 247}, {4, 251}, {0, 255}};
     for (const auto& edge : kEdges) {
-        ImagePtr pEdge = ReducedEdge(edge[0], edge[1]);
+        KelImagePtr pEdge = ReducedEdge(edge[0], edge[1]);
         const unsigned char* pRow = pEdge->GetLineArray()[5];
         // Left of the edge all is dark and right of it bright: what is not has wrapped.
         const int nMiddle = (edge[0] + edge[1]) / 2;
@@ -130,16 +146,16 @@ void PrintOvershoot() {
 void PrintBlur() {
     std::printf("\n| stripes of period | contrast left |\n|---:|---:|\n");
     for (const int nPeriod : {2, 4, 6, 8, 12, 16, 32}) {
-        ImagePtr pStripes =
+        KelImagePtr pStripes =
             Painted(192, 8, [&](int x, int) { return x % nPeriod < nPeriod / 2 ? 0 : 200; });
-        ImagePtr pBlurred = Scaled(*pStripes, 192, 8, KEL_SCALE_GAUSSIAN);
+        KelImagePtr pBlurred = Scaled(pStripes, 192, 8, KEL_SCALE_GAUSSIAN);
         const unsigned char* pRow = pBlurred->GetLineArray()[4];
         const auto range = std::minmax_element(pRow + 3 * 32, pRow + 3 * 160);
         std::printf("| %d | %d %% |\n", nPeriod, (*range.second - *range.first) * 100 / 200);
     }
 }
 
-KelResult SavePage(const std::vector<Kernel>& kernels, IKelImage& source,
+KelStatus SavePage(const std::vector<Kernel>& kernels, const KelImagePtr& source,
                    const std::string& strPath) {
     constexpr int kPanel = 200;
     constexpr int kPitch = kPanel + 16;
@@ -150,12 +166,12 @@ KelResult SavePage(const std::vector<Kernel>& kernels, IKelImage& source,
         const int nY = 70 + static_cast<int>(k) * (kPanel * 3 / 4 + 16);
         sheet.Write(16, nY + 60, kernels[k].pszName);
         for (int i = 0; i < 5; ++i) {
-            const int nWidth = std::max(source.GetWidth() / kReductions[i], 1);
-            const int nHeight = std::max(source.GetHeight() / kReductions[i], 1);
+            const int nWidth = std::max(source->GetWidth() / kReductions[i], 1);
+            const int nHeight = std::max(source->GetHeight() / kReductions[i], 1);
             if (k == 0) {
                 sheet.Write(84 + i * kPitch, 52, "1/" + std::to_string(kReductions[i]));
             }
-            ImagePtr pSmall = Scaled(source, nWidth, nHeight, kernels[k].eType);
+            KelImagePtr pSmall = Scaled(source, nWidth, nHeight, kernels[k].eType);
             const int nFactor = std::max(kPanel / nWidth, 1);
             const Area part = {0, 0, std::min(nWidth, kPanel / nFactor),
                                std::min(nHeight, kPanel * 3 / 4 / nFactor)};
@@ -170,8 +186,8 @@ KelResult SavePage(const std::vector<Kernel>& kernels, IKelImage& source,
     sheet.Place(16 + 520, 790, *ReducedEdge(16, 240), 20, &around);
 
     sheet.Write(16, 970, "gaussian at equal size: before and after, enlarged", 2);
-    ImagePtr pSharp = Scaled(source, 320, 240, KEL_SCALE_BOX);
-    ImagePtr pSoft = pSharp == nullptr ? nullptr : Scaled(*pSharp, 320, 240, KEL_SCALE_GAUSSIAN);
+    KelImagePtr pSharp = Scaled(source, 320, 240, KEL_SCALE_BOX);
+    KelImagePtr pSoft = pSharp == nullptr ? nullptr : Scaled(pSharp, 320, 240, KEL_SCALE_GAUSSIAN);
     const Area middle = {40, 85, 120, 42};
     if (pSoft == nullptr || !sheet.Place(16, 1000, *pSharp, 4, &middle) ||
         !sheet.Place(16 + 520, 1000, *pSoft, 4, &middle)) {
@@ -187,26 +203,17 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: kernelstudy PICTURE OUT.png\n");
         return 2;
     }
-    // The widths are those that the scale filter uses.
-    PLBilinearContribDef bilinear(0.64);
-    PLBoxContribDef box(0.5);
-    PLGaussianContribDef gaussian(3.0);
-    PLHammingContribDef hamming(3.0);
-    const std::vector<Kernel> kernels = {{KEL_SCALE_BILINEAR, "bilinear", &bilinear},
-                                         {KEL_SCALE_BOX, "box", &box},
-                                         {KEL_SCALE_GAUSSIAN, "gaussian", &gaussian},
-                                         {KEL_SCALE_HAMMING, "hamming", &hamming}};
-    ImagePtr pSource = NewImage();
-    KelResult nResult = pSource == nullptr ? KEL_ERR_MEMORY : pSource->Open(argv[1]);
-    if (nResult == KEL_OK) {
+    const std::vector<Kernel> kernels = AllKernels();
+    KelImagePtr pSource = KelNewImage();
+    KelStatus status = pSource == nullptr ? KEL_ERR_MEMORY : pSource->Open(argv[1]);
+    if (status) {
         PrintReductions(kernels);
         PrintOvershoot();
         PrintBlur();
-        nResult = SavePage(kernels, *pSource, argv[2]);
+        status = SavePage(kernels, pSource, argv[2]);
     }
-    if (nResult != KEL_OK) {
-        std::fprintf(stderr, "kernelstudy: %s (%s)\n", KelResultName(nResult),
-                     KelResultMeaning(nResult));
+    if (!status) {
+        std::fprintf(stderr, "kernelstudy: %s\n", status.ToString().c_str());
         return 1;
     }
     return 0;
