@@ -1,23 +1,18 @@
-# What `cmake --install` puts where, the CMake package, the pkg-config file and the Debian package.
+# What `cmake --install` puts where, the CMake package and the pkg-config file.
 include(CMakePackageConfigHelpers)
 
+# The Debian packages take the components apart: runtime is what a program needs, devel what its maker does.
 install(TARGETS ikelex ikelex_static ikelex_platform ikelex_platform_static EXPORT ikelexTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT devel
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT devel)
+
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME devel)
 install(DIRECTORY ikelex/include/ikelex platform/include/platform
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 # The class headers name each other by room, so they keep their rooms.
-set(class_headers
-    kelbitmap/kelbitmap.h
-    kelparameters/kelparameters.h
-    kelimage/kelimage.h
-    keldecoder/keldecoder.h keldecoder/keldecoderbase.h keldecoder/kelbmpdecoder.h
-    keldecoder/keljpegdecoder.h keldecoder/kelpngdecoder.h
-    kelencoder/kelencoder.h kelencoder/kelencoderbase.h kelencoder/kelbmpencoder.h
-    kelencoder/keljpegencoder.h kelencoder/kelpngencoder.h
-    kelscale/kelscale.h kelscale/kelfilter.h)
-foreach(header ${class_headers})
+foreach(header ${IKELEX_CLASS_HEADERS})
     get_filename_component(room ${header} DIRECTORY)
     install(FILES ikelex/src/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ikelex/classes/${room})
 endforeach()
@@ -33,21 +28,32 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ikelexConfig.cmake
 # The pkg-config file finds the prefix from where it lies itself, so the tree may be moved.
 file(RELATIVE_PATH IKELEX_PC_UP "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" IKELEX_PC_UP "${IKELEX_PC_UP}")
+list(TRANSFORM IKELEX_CLASS_ROOMS PREPEND " -I\${classes}/" OUTPUT_VARIABLE IKELEX_PC_CLASSES)
+string(REPLACE ";" "" IKELEX_PC_CLASSES "${IKELEX_PC_CLASSES}")
 configure_file(cmake/ikelex.pc.in ikelex.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ikelex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ikelex)
+install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ikelex COMPONENT license)
 
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME ikelex)
-set(CPACK_PACKAGE_VENDOR "ikelex")
-set(CPACK_PACKAGE_CONTACT "ikelex maintainers <maintainers@ikelex.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libjpeg-dev, libpng-dev")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR}/platform)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-include(CPack)
+if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)
+    include(cmake/IkelexDebian.cmake)
+endif()
+
+# A Windows developer has neither the compiler's DLLs nor the codec libraries: both come along, and
+# `cpack -G ZIP` makes one archive of everything.
+if(MINGW AND CMAKE_CROSSCOMPILING AND PROJECT_IS_TOP_LEVEL)
+    foreach(dll libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}.dll
+            OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
+        install(FILES ${file} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+    endforeach()
+    foreach(part lib include share/doc)
+        install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/windows-codecs/prefix/${part}/ DESTINATION ${part}
+            FILES_MATCHING PATTERN "*.a" PATTERN "*.h" PATTERN "copyright"
+            PATTERN cmake EXCLUDE PATTERN pkgconfig EXCLUDE PATTERN libpng EXCLUDE)
+    endforeach()
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_NAME ikelex)
+    set(CPACK_PACKAGE_VENDOR ikelex)
+    set(CPACK_PACKAGE_FILE_NAME ikelex-${PROJECT_VERSION}-windows-x86_64)
+    include(CPack)
+endif()

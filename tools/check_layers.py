@@ -1,15 +1,20 @@
 #!/usr/bin/env python3
-"""Holds the one rule of the tree: an include goes to a lower level or stays in its room.
+"""Holds the rules of the tree that no other tool knows.
 
-Prints every include that goes upward or sideways and exits with 1; prints one line and exits with 0
-when there is none.
+- An include goes to a lower level or stays in its room.
+- A header has an include guard of its own.
+- No source file is over 400 lines.
+- Instruction sets are chosen by function attributes, never by compiler flags of a file.
+
+Prints every fault and exits with 1; prints one line and exits with 0 when there is none.
 """
 import pathlib
 import re
+import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-SOURCES = ROOT / "ikelex" / "src"
+LONGEST = 400
 
 # Room -> level. Rooms of one level do not include each other.
 LEVELS = {
@@ -20,58 +25,97 @@ LEVELS = {
     "keltrace": 2,
     "kelparameters": 2,
     "kelbitmap": 3,
-    "kelimage": 4,
-    "keldecoder": 5,
-    "kelencoder": 5,
-    "kelscale": 5,
-    "dispatch": 6,
+    "kelgeometry": 4,
+    "kelimage": 5,
+    "keldecoder": 6,
+    "kelencoder": 6,
+    "kelscale": 6,
+    "dispatch": 7,
+    "support": 8,
+    "tests": 9,
+    "fuzz": 9,
+    "bench": 9,
 }
+# The benchmark's picture is the one the examples paint.
+SCENE = ("support/scene.h", "examples/paintscene.h")
+
 INCLUDE = re.compile(r'^\s*#\s*include\s+[<"]([^">]+)[">]', re.MULTILINE)
+GUARD = re.compile(r"^#ifndef (\w+)\n#define \1\n", re.MULTILINE)
+FLAG = re.compile(r"-m(?:avx|sse|fma|arch|tune)[\w.=-]*")
+FOLDERS = ("", "ikelex/src", "ikelex/include", "platform/include", "examples")
 
 
-def room_of(path):
-    """The room a file of this project lies in, or None for a foreign one."""
-    try:
-        parts = path.resolve().relative_to(ROOT).parts
-    except ValueError:
-        return None
-    if parts[0] == "platform":
-        return "platform"
+def room_of(name):
+    """The room of a file; a tests folder is a room of its own."""
+    parts = pathlib.PurePath(name).parts
     if parts[:2] == ("ikelex", "include"):
         return "include"
     if parts[:2] == ("ikelex", "src"):
         return "dispatch" if "dispatch" in parts else parts[2]
-    return parts[0]
+    return "/".join(parts[:2]) if parts[0] == "tests" else parts[0]
 
 
-def target_of(source, name):
+def level_of(room):
+    return LEVELS.get(room.split("/")[0], 99)
+
+
+def target_of(name, include, files, by_name):
     """The file an include names, or None when it is none of ours."""
-    for folder in (source.parent, SOURCES, ROOT / "ikelex/include", ROOT / "platform/include"):
-        if (folder / name).is_file():
-            return folder / name
-    return None
+    beside = (ROOT / name).parent / include
+    candidates = [beside.resolve()] + [ROOT / folder / include for folder in FOLDERS]
+    for path in candidates:
+        if path.is_relative_to(ROOT) and str(path.relative_to(ROOT)) in files:
+            return str(path.relative_to(ROOT))
+    return by_name.get(include)  # a class header by its bare name
+
+
+def include_faults(name, text, files, by_name):
+    room = room_of(name)
+    if room != "examples" and level_of(room) == 99:
+        yield f"room '{room}' has no level"
+        return
+    for include in INCLUDE.findall(text):
+        target = target_of(name, include, files, by_name)
+        if target is None or (name, target) == SCENE:
+            continue
+        other = room_of(target)
+        if room == "examples":
+            # Programs of a host: they see what is installed, the class headers among it.
+            if other not in ("platform", "include", "examples") and target not in by_name.values():
+                yield f"includes {include} ({other}), which a host does not have"
+        elif other != room and level_of(other) >= level_of(room):
+            yield f"includes {include} ({other}) from {room}"
 
 
 def main():
-    faults, count = [], 0
-    files = [f for top in ("platform", "ikelex") for f in (ROOT / top).rglob("*")
-             if f.suffix in (".h", ".cpp")]
-    for source in sorted(files):
-        room = room_of(source)
-        if room not in LEVELS:
-            faults.append(f"{source.relative_to(ROOT)}: room '{room}' has no level")
-            continue
-        for name in INCLUDE.findall(source.read_text(encoding="utf-8")):
-            target = target_of(source, name)
-            if target is None:
-                continue
-            count += 1
-            other = room_of(target)
-            if other != room and LEVELS.get(other, 99) >= LEVELS[room]:
-                faults.append(f"{source.relative_to(ROOT)}: includes {name} ({other}) from {room}")
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, check=True,
+                            capture_output=True, text=True).stdout.split()
+    tops = ("platform/", "ikelex/", "support/", "tests/", "fuzz/", "bench/", "examples/")
+    files = {name for name in listed if name.startswith(tops) and (ROOT / name).is_file()}
+    by_name = {pathlib.PurePath(name).name: name for name in files
+               if re.match(r"ikelex/src/kel\w+/kel\w+\.h$", name)}
+    # A host of its own, with a platform of its own.
+    foreign = ("tests/hostplatform/", "tests/package/")
+    faults, guards = [], {}
+    for name in sorted(files):
+        text = (ROOT / name).read_text(encoding="utf-8", errors="replace")
+        found = []
+        if name.endswith((".h", ".cpp", ".py")) and text.count("\n") > LONGEST:
+            found.append(f"{text.count(chr(10))} lines, over {LONGEST}")
+        if name.endswith(("CMakeLists.txt", ".cmake")):
+            found += [f"instruction-set flag {flag}" for flag in FLAG.findall(text)]
+        if name.endswith((".h", ".cpp")) and not name.startswith(foreign):
+            found += include_faults(name, text, files, by_name)
+        if name.endswith(".h") and not name.startswith(foreign):
+            guard = GUARD.search(text)
+            if not guard:
+                found.append("no include guard")
+            elif guards.setdefault(guard.group(1), name) != name:
+                found.append(f"has the include guard of {guards[guard.group(1)]}")
+        faults += [f"{name}: {fault}" for fault in found]
     for fault in faults:
         print(fault)
-    print(f"{len(files)} files, {count} includes of our own, {len(faults)} against the levels")
+    print(f"{len(files)} files, {len(faults)} against the rules of the tree")
     return 1 if faults or not files else 0
 
 

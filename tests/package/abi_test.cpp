@@ -72,6 +72,25 @@ TEST(Abi, RecordOfAnImage) {
     EXPECT_EQ(static_cast<void*>(static_cast<IKelImage*>(&image)), static_cast<void*>(&image));
 }
 
+// No type of a standard library among them: their layout is the same for every host.
+TEST(Abi, PlatformTypes) {
+    EXPECT_EQ(sizeof(CVamString), 8u);
+    EXPECT_EQ(sizeof(CVamVariant), 16u);
+    EXPECT_EQ(offsetof(CVamVariant, m_byType), 0u);
+    EXPECT_EQ(offsetof(CVamVariant, m_Value), 8u);
+    EXPECT_EQ(sizeof(tagKelParameterItem), 24u);
+    EXPECT_EQ(offsetof(tagKelParameterItem, strName), 0u);
+    EXPECT_EQ(offsetof(tagKelParameterItem, varValue), 8u);
+    EXPECT_EQ(sizeof(CVamArchive), 8u);
+    EXPECT_EQ(sizeof(CVamArchiveFile), 16u);
+    EXPECT_EQ(sizeof(CVamArchiveMemory), 16u);
+    EXPECT_EQ(SlotOf(&CVamArchive::Read), 2);
+    EXPECT_EQ(SlotOf(&CVamArchive::Write), 3);
+    EXPECT_EQ(SlotOf(&CVamArchive::Seek), 4);
+    EXPECT_EQ(SlotOf(&CVamArchive::GetPosition), 5);
+    EXPECT_EQ(SlotOf(&CVamArchive::Flush), 6);
+}
+
 TEST(Abi, OtherRecords) {
     EXPECT_EQ(sizeof(BITMAPINFOHEADER), 40u);
     EXPECT_EQ(offsetof(BITMAPINFOHEADER, biBitCount), 14u);

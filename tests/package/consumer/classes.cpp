@@ -7,6 +7,10 @@
 #include <kelparameters.h>
 #include <kelscale.h>
 
+#if defined(NO_OTHER_HEADERS) && (__has_include("plan.h") || __has_include("kelscale/plan.h"))
+#error "a header of the library's own can be included"
+#endif
+
 int main() {
     CKelImage image;
     CKelBMPEncoder encoder;
