@@ -7,7 +7,7 @@
 
 namespace {
 
-// The process's one sink. The pair changes and is read as one; the lock is not held while a sink
+// The process's one sink. The pair changes and is read as one. The lock is not held while a sink
 // runs.
 struct Sink {
     ZT_TraceSink pfnSink;

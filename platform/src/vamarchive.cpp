@@ -1,4 +1,4 @@
-// The archive base: its virtual table has its home here, so that the type is one in every program.
+// The archive base. Its virtual table is here, so that the type is one in every program.
 #include <platform/vamarchive.h>
 
 CVamArchive::~CVamArchive() = default;

@@ -1,5 +1,5 @@
-// The buffer of the file stream. One buffer serves both directions; what lies in it and where the
-// system's position stands relative to it decides every byte.
+// The buffer of the file stream. One buffer serves both directions. Its content and the system's
+// position relative to it decide every byte.
 #include <platform/vamarchivefile.h>
 
 #include <algorithm>
@@ -24,8 +24,8 @@ struct CVamArchiveFile::State {
     bool bWriting = false;
     unsigned int nNext = 0;
     unsigned int nEnd = 0;
-    // The small buffer below, or, once a stream has written more than that holds, a large one of
-    // its own: each call into the system costs as much as copying some 20 KiB.
+    // The small buffer below, or a large one of its own once a stream has written more than the
+    // small one holds. Each call into the system costs as much as copying some 20 KiB.
     unsigned char* pBuffer = Small;
     unsigned int nRoom = kSmallBuffer;
     unsigned char Small[kSmallBuffer];

@@ -1,4 +1,4 @@
-// The byte stream over memory. A position beyond the end is legal, as in a file: reads deliver
+// The byte stream over memory. A position beyond the end is legal, as in a file. Reads deliver
 // nothing there, and a write fills the gap with zeros.
 #include <platform/vamarchivememory.h>
 

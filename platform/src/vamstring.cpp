@@ -5,7 +5,7 @@
 
 namespace {
 
-// A new copy of the text; null for null and for the empty text.
+// A new copy of the text. Null for null and for the empty text.
 char* Duplicate(const char* pszText) {
     if (pszText == nullptr || *pszText == '\0') {
         return nullptr;
@@ -30,7 +30,7 @@ CVamString& CVamString::operator=(const CVamString& other) {
 }
 
 void CVamString::Clone(const CVamString& other) {
-    // Copied before the old text goes: other may be this string.
+    // Copied before the old text goes, because other may be this string.
     char* const pszCopy = Duplicate(other.m_pszText);
     delete[] m_pszText;
     m_pszText = pszCopy;

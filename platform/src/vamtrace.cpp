@@ -1,4 +1,4 @@
-// VamTrace: a printf-style line, with "%$s" taken for "%s".
+// VamTrace, which writes a printf-style line and takes "%$s" for "%s".
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kLineSize = 1024;
 
-// The length of the conversion that starts at the '%' pszFormat points at, its letter included; 0
+// The length of the conversion that starts at the '%' pszFormat points at, its letter included. 0
 // when the format ends before the letter.
 std::size_t ConversionLength(const char* pszFormat) {
     const std::size_t nBefore = 1 + std::strspn(pszFormat + 1, "0123456789$#-+ '.*hlLjzt");
@@ -17,7 +17,7 @@ std::size_t ConversionLength(const char* pszFormat) {
 }
 
 // Copies the format with "%$s", which printf refuses, spelled "%s". A format that does not fit is
-// cut before a conversion, never inside one; an unfinished conversion at its end is left out.
+// cut before a conversion, never inside one. An unfinished conversion at its end is left out.
 void TranslateFormat(const char* pszFormat, char (&szOut)[kLineSize]) {
     std::size_t nLength = 0;
     while (*pszFormat != '\0') {

@@ -49,7 +49,8 @@ struct tagRGBQUAD {
 };
 typedef struct tagRGBQUAD RGBQUAD;  ///< the published name
 
-/// A header and its colour table: as many entries as the header says, or three 32-bit masks.
+/// A header and its colour table. The table has the number of entries that the header gives, or
+/// holds three 32-bit masks.
 struct tagBITMAPINFO {
     BITMAPINFOHEADER bmiHeader;  ///< says how many entries follow
     RGBQUAD bmiColors[1];        ///< the first of them
@@ -65,7 +66,7 @@ static_assert(sizeof(BITMAPINFOHEADER) == 40, "IKELEX_NO_BITMAP_TYPES: they come
 static_assert(sizeof(RGBQUAD) == 4 && sizeof(BITMAPINFO) == 44, "not the published bitmap types");
 
 /// A palette entry, laid out as RGBQUAD. For 16- and 32-bit images with BI_BITFIELDS the palette
-/// table holds three little-endian colour masks instead: red, green, blue.
+/// table holds three little-endian colour masks instead, in the order red, green, blue.
 struct tagKelRGBQUAD {
     unsigned char byBlue;      ///< 0 to 255
     unsigned char byGreen;     ///< 0 to 255

@@ -4,8 +4,8 @@
 #define IKELEX_EXPORT_H
 
 // IKELEX_API marks what leaves the shared library, IKELEX_LOCAL a member of such a class that does
-// not. On Windows a host that links the static library with other than GNU tools defines
-// IKELEX_STATIC; GNU linkers find the names of either library without any definition.
+// not. GNU linkers on Windows find the names of either library without any definition. A host that
+// links the static library with other tools there defines IKELEX_STATIC.
 #if defined(_WIN32) && defined(IKELEX_BUILDS_DLL)
 #define IKELEX_API __declspec(dllexport)
 #define IKELEX_LOCAL
@@ -22,7 +22,7 @@
 #define IKELEX_LOCAL
 #endif
 
-/// The version of these headers: major * 10000 + minor * 100 + patch.
+/// The version of these headers, which is major * 10000 + minor * 100 + patch.
 #define IKELEX_VERSION 10000
 /// The same as text.
 #define IKELEX_VERSION_STRING "1.0.0"

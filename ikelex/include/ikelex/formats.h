@@ -3,8 +3,8 @@
 #ifndef IKELEX_FORMATS_H
 #define IKELEX_FORMATS_H
 
-/// What DetectImageFormat recognises and Save is asked for. BMP, JPEG and PNG are read and written;
-/// docs/formats.md tells what happens to the others. The values 2, 3 and 10 are reserved.
+/// What DetectImageFormat recognises and Save is asked for. BMP, JPEG and PNG are read and written.
+/// docs/formats.md says what happens to the others. The values 2, 3 and 10 are reserved.
 enum KelImageFormat : int {
     KEL_IMAGE_UNKNOWN = 0,
     KEL_IMAGE_BMP = 1,

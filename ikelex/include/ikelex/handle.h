@@ -1,6 +1,6 @@
-// Optional C++11 helpers over the interface: an owning pointer, parameter lists, results.
-// Everything here is inline code of the host's own program. The library exports nothing for it, and
-// no type of this file crosses the interface.
+// Optional C++11 helpers over the interface, for ownership, parameter lists and results. Everything
+// here is inline code of the host's own program. The library exports nothing for it, and no type of
+// this file crosses the interface.
 #ifndef IKELEX_HANDLE_H
 #define IKELEX_HANDLE_H
 
@@ -8,9 +8,9 @@
 /// Optional C++11 helpers over the interface. `ikelex.h` does not include this header.
 ///
 /// A host that links the library needs nothing else. A host that loads the library at run time can
-/// use the helpers too, as far as they call nothing that it does not link:
-/// - `KelImagePtr`, `KelApplyFilter`, `KelNewImage` with both functions, and the value and the test
-///   of a `KelStatus` need nothing.
+/// use the helpers too, as long as they call nothing that it does not link.
+/// - `KelImagePtr`, `KelApplyFilter` and `KelNewImage` with both functions need nothing. Neither do
+///   the value and the test of a `KelStatus`.
 /// - `KelParameters` needs the platform layer to be linked, for strings and variants.
 /// - `KelNewImage()` and the texts of a `KelStatus` need the library itself.
 ///
@@ -96,7 +96,7 @@ class KelStatus {
     KelResult m_nResult;
 };
 
-/// A parameter list that is built in place and owns its items:
+/// A parameter list that is built in place and owns its items, as in
 /// `image->ApplyFilter(KEL_FILTER_SCALE, KelParameters{}.Set("width", 320).Set("height", 240))`.
 class KelParameters {
   public:
@@ -134,7 +134,7 @@ class KelParameters {
     tagKelParameters m_List;
 };
 
-/// Applies a filter and leaves `image` alone. `result` then owns the new image; it is null on
+/// Applies a filter and leaves `image` alone. `result` then owns the new image. It is null on
 /// failure.
 inline KelStatus KelApplyFilter(const KelImagePtr& image, KelImagePtr& result,
                                 KelImageFilterType eType, tagKelParameters* pParams) {

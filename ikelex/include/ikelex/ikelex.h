@@ -1,6 +1,6 @@
 /// @file
-/// ikelex: reads, transforms and writes pictures. This header includes all public ones
-/// but handle.h, whose helpers are optional.
+/// The library reads, transforms and writes pictures. This header includes all public ones but
+/// handle.h, whose helpers are optional.
 #ifndef IKELEX_IKELEX_H
 #define IKELEX_IKELEX_H
 

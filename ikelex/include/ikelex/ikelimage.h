@@ -1,5 +1,5 @@
 /// @file
-/// IKelImage: the interface of an image, and the factory that makes one.
+/// IKelImage, the interface of an image, and the factory that makes one.
 #ifndef IKELEX_IKELIMAGE_H
 #define IKELEX_IKELIMAGE_H
 
@@ -13,15 +13,15 @@
 class CVamArchive;
 
 /// A device-independent bitmap: a header, an optional palette, one pixel buffer, and an array of
-/// pointers to its rows. Rows are held top-down: row 0 is the top of the picture, the height is
-/// positive. Each row is padded to a multiple of 4 bytes: stride = (bits * width + 31) / 32 * 4.
+/// pointers to its rows. Row 0 is the top of the picture, and the height is positive. Each row is
+/// padded to a multiple of 4 bytes. Its stride is (bits * width + 31) / 32 * 4.
 ///
 /// - Pixels of 24 bits are stored blue, green, red.
 /// - Pixels of 32 bits are stored blue, green, red and a fourth byte.
 /// - Of pixels of 1 and 4 bits the leftmost lies in the highest bits.
 ///
-/// An image has no lock. One thread at a time uses an image; different images may be used by any
-/// threads at once. No operation throws.
+/// An image has no lock. One thread at a time uses an image. Different images may be used by
+/// different threads. No operation throws.
 ///
 /// The order of the operations is part of the binary interface. The number before each is its slot.
 class IKELEX_API IKelImage {
@@ -29,7 +29,7 @@ class IKELEX_API IKelImage {
     /// 1. Releases the image and everything it owns.
     virtual ~IKelImage();
 
-    /// 2. Opens the picture file pszPath (UTF-8). The data decide the format, never the name.
+    /// 2. Opens the picture file pszPath (UTF-8). Its content decides the format, never its name.
     /// KEL_ERR_PARAM for a null path and KEL_ERR_FILE for a file that cannot be opened leave the
     /// image as it was. Everything else is as in slot 3.
     virtual KelResult Open(const char* pszPath) = 0;
@@ -44,7 +44,7 @@ class IKELEX_API IKelImage {
     /// - KEL_ERR_CODEC: a damaged JPEG or PNG. The image is empty, or keeps the rows read so far
     ///   with the rest zero.
     /// - KEL_ERR_MEMORY: the image is empty.
-    /// - KEL_ERR_FILE: the stream threw; the image is empty.
+    /// - KEL_ERR_FILE: the stream threw. The image is empty.
     virtual KelResult Open(CVamArchive* pArchive) = 0;
 
     /// 4. Derives header, palette and rows from the header block and the pixel buffer that the
@@ -59,8 +59,8 @@ class IKELEX_API IKelImage {
     /// memory runs out, KEL_OK comes without a row array or without a palette.
     virtual KelResult Open() = 0;
 
-    /// 5. Copies a caller's bitmap: the header with its colour table, and biSizeImage bytes of
-    /// pixels in memory order. For uncompressed rows a biSizeImage of 0 means stride * height.
+    /// 5. Copies a caller's bitmap. It takes the header with its colour table, and biSizeImage
+    /// bytes of pixels in memory order. For uncompressed rows a biSizeImage of 0 means all rows.
     ///
     /// - KEL_ERR_PARAM and the picture stays: pBMI or pBits lies in memory of this image, or the
     ///   colour table or the pixels reach into it.
@@ -80,14 +80,14 @@ class IKELEX_API IKelImage {
     virtual KelResult OpenAs(BITMAPINFO* pBMI, unsigned char* pBits, int bOwn) = 0;
 
     /// 7. Writes the picture to the file pszPath (UTF-8). The file is created or truncated first,
-    /// also when the format turns out to be unsupported. pParams may be null; JPEG reads "quality".
+    /// also when the format is not supported. pParams may be null. JPEG reads "quality".
     /// KEL_ERR_PARAM for a null path, KEL_ERR_FILE when the file cannot be created, everything else
-    /// as in slot 8. A full disk is not reported here: save through a CVamArchiveFile of your own
+    /// as in slot 8. A full disk is not reported here. Save through a CVamArchiveFile of your own
     /// and ask it.
     virtual KelResult Save(const char* pszPath, KelImageFormat eFormat,
                            tagKelParameters* pParams) = 0;
 
-    /// 8. Writes the picture to a stream: JPEG and PNG from its current position, BMP from position
+    /// 8. Writes the picture to a stream, JPEG and PNG from its current position, BMP from position
     /// 0. The image is not changed.
     ///
     /// - KEL_ERR_SAVE_FORMAT: there is no such writer.
@@ -98,13 +98,13 @@ class IKELEX_API IKelImage {
     /// - KEL_ERR_MEMORY: memory ran out.
     /// - KEL_ERR_FILE: the stream threw.
     ///
-    /// Failed writes of the stream are not reported; ask the stream.
+    /// Failed writes of the stream are not reported. Ask the stream.
     virtual KelResult Save(CVamArchive* pArchive, KelImageFormat eFormat,
                            tagKelParameters* pParams) = 0;
 
-    /// 9. Applies a filter in place. On any result but KEL_OK the image is unchanged:
-    /// KEL_ERR_FILTER_TYPE, KEL_ERR_PARAM (target size 0 or below, no rows), KEL_ERR_MEMORY. A
-    /// "type" outside 1 to 4 gives KEL_OK and a black picture; the original is lost.
+    /// 9. Applies a filter in place. KEL_ERR_FILTER_TYPE, KEL_ERR_PARAM (target size 0 or below, no
+    /// rows) and KEL_ERR_MEMORY leave the image unchanged. A "type" outside 1 to 4 gives KEL_OK and
+    /// a black picture. The original is then lost.
     virtual KelResult ApplyFilter(KelImageFilterType eType, tagKelParameters* pParams) = 0;
 
     /// 10. Applies a filter and leaves this image alone. *ppImage receives a new image, which the
@@ -117,26 +117,27 @@ class IKELEX_API IKelImage {
     /// valid until the image changes.
     virtual unsigned char* GetBits() = 0;
 
-    /// 12. The row array: one pointer per row, top row first, or null. Valid until the image
-    /// changes.
+    /// 12. The row array, or null. It has one pointer per row, top row first, and is valid until
+    /// the image changes.
     virtual unsigned char** GetLineArray() = 0;
 
-    /// 13. The palette: GetPaletteNum entries, or null. Valid until the image changes.
+    /// 13. The palette of GetPaletteNum entries, or null. It is valid until the image changes.
     virtual tagKelRGBQUAD* GetPalette() = 0;
 
-    /// 14. The header; never null, all zero for an empty image.
+    /// 14. The header. It is never null, and all zero for an empty image.
     virtual BITMAPINFOHEADER* GetBitmapInfoHeader() = 0;
 
-    /// 15. The header block: header and colour table in one. Built on first use, then held and
-    /// returned unchanged. Null for an empty image or when memory runs out.
+    /// 15. The header block, which is header and colour table in one. Built on first use, then held
+    /// and returned unchanged. Null for an empty image or when memory runs out.
     virtual BITMAPINFO* GetBitmapInfo() = 0;
 
     /// 16. Replaces the header block by a zeroed one of nSize bytes, to be filled before Open().
-    /// Null and nothing changed when nSize is below 40; null and no block when memory runs out.
+    /// When nSize is below 40, the result is null and nothing changes. When memory runs out, the
+    /// result is null and no block is left.
     virtual BITMAPINFO* AllocateBMI(unsigned int nSize) = 0;
 
     /// 17. Replaces the pixel buffer by a zeroed one of dwSize bytes, to be filled before Open(),
-    /// and at least as long as the rows of the current header. Null when memory runs out; the old
+    /// and at least as long as the rows of the current header. Null when memory runs out. The old
     /// pixels are then gone, except lent ones. Sizes of 0 and above 52,428,800 are traced and still
     /// tried.
     virtual unsigned char* AllocateBits(unsigned int dwSize) = 0;
@@ -144,14 +145,14 @@ class IKELEX_API IKelImage {
     /// 18. The number of palette entries.
     virtual int GetPaletteNum() = 0;
 
-    /// 19. Pixels per row; 0 for an empty image.
+    /// 19. Pixels per row, 0 for an empty image.
     virtual int GetWidth() = 0;
-    /// 20. Rows; 0 for an empty image.
+    /// 20. Rows, 0 for an empty image.
     virtual int GetHeight() = 0;
-    /// 21. Bits per pixel; 0 for an empty image.
+    /// 21. Bits per pixel, 0 for an empty image.
     virtual int GetBitsPerPixel() = 0;
 
-    /// 22. Bytes of the whole picture: stride * height, the low 32 bits.
+    /// 22. The low 32 bits of stride * height, which is the size of the pixels in bytes.
     virtual unsigned int GetBmpDataSize() = 0;
 
     /// 23. Resizes in place by bilinear sampling of pixels (nearest pixel at 1, 4 and 8 bits).
@@ -168,8 +169,8 @@ class IKELEX_API IKelImage {
     /// Pixels lent through OpenAs are changed too.
     virtual void Mirror(int nMode) = 0;
 
-    /// 26. Transposes the picture: pixel (x, y) moves to (y, x). The argument has no effect. False
-    /// and nothing changed for an empty image or when memory runs out.
+    /// 26. Transposes the picture, so that pixel (x, y) moves to (y, x). The argument has no
+    /// effect. False and nothing changed for an empty image or when memory runs out.
     virtual bool Rotate(int nUnused) = 0;
 
     /// 27. Changes a 24-bit image to 32 bits, fourth byte 0. Any other request does nothing.
@@ -177,7 +178,7 @@ class IKELEX_API IKelImage {
 
     /// 28. Releases what the image holds and deletes the image itself.
     virtual void Destroy() = 0;
-    // The interface ends here; new operations follow after this line.
+    // The interface ends here. New operations follow after this line.
 };
 
 extern "C" {

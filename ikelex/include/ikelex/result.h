@@ -24,8 +24,8 @@ enum {
 
 extern "C" {
 
-/// The code's name, such as "KEL_ERR_FILE"; "unknown result" for a value not listed above. The text
-/// lives as long as the library. Any thread.
+/// The code's name, such as "KEL_ERR_FILE", or "unknown result" for a value not listed above. The
+/// text lives as long as the library. Any thread.
 IKELEX_API const char* KelResultName(KelResult nResult);
 
 /// What the code means, one sentence in English. The text lives as long as the library. Any thread.

@@ -7,7 +7,7 @@
 
 #ifdef _WIN32
 // The C library of Windows has a memcpy_s that ends the process where this one returns a code. Its
-// declarations come first; then the two names mean the functions below, which have names of their
+// declarations come first. Then the two names mean the functions below, which have names of their
 // own for the linker.
 #include <memory.h>
 #include <string.h>
@@ -18,8 +18,8 @@
 extern "C" {
 
 /// Copies count bytes from src to dest, which has room for destMax. Returns 0 on success. A null
-/// pointer gives 22 (EINVAL) and a count above destMax 34 (ERANGE), with nothing copied; a count of
-/// 0 succeeds whatever the pointers. The areas must not overlap.
+/// pointer gives 22 (EINVAL) and a count above destMax 34 (ERANGE), with nothing copied. A count of
+/// 0 succeeds whatever the pointers are. The areas must not overlap.
 int memcpy_s(void* dest, std::size_t destMax, const void* src, std::size_t count);
 
 /// Sets count bytes of dest, which has room for destMax, to value. Returns 0 on success, 22 for a

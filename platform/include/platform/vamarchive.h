@@ -1,5 +1,5 @@
 /// @file
-/// CVamArchive: the byte stream through which the library reads and writes pictures.
+/// CVamArchive, the byte stream through which the library reads and writes pictures.
 #ifndef PLATFORM_VAMARCHIVE_H
 #define PLATFORM_VAMARCHIVE_H
 
@@ -17,19 +17,19 @@ class CVamArchive {
     virtual unsigned int Read(void* pBuffer, unsigned int nCount) = 0;
 
     /// Writes nCount bytes at the current position, overwriting or appending, and advances the
-    /// position. Returns the number of bytes written; the library does not look at it.
+    /// position. Returns the number of bytes written, which the library ignores.
     virtual unsigned int Write(const void* pBuffer, unsigned int nCount) = 0;
 
     /// Moves the position. Origin 0 counts from the start, 1 from the current position, 2 from the
-    /// end; the library passes only 0, with positions below 2^32. Returns whether it moved; the
-    /// library does not look at it.
+    /// end. The library passes only 0, with positions below 2^32. Returns whether it moved, which
+    /// the library ignores.
     virtual bool Seek(long long nPosition, int nOrigin) = 0;
 
-    /// The current position from the start; the library keeps the low 32 bits.
+    /// The current position from the start. The library keeps the low 32 bits.
     virtual long long GetPosition() = 0;
 
-    /// Pushes buffered output to the medium. Returns whether that worked; the library does not look
-    /// at it.
+    /// Pushes buffered output to the medium. Returns whether that worked, which the library
+    /// ignores.
     virtual bool Flush() = 0;
 };
 

@@ -1,5 +1,5 @@
 /// @file
-/// CVamArchiveFile: a byte stream over a file.
+/// CVamArchiveFile, a byte stream over a file.
 #ifndef PLATFORM_VAMARCHIVEFILE_H
 #define PLATFORM_VAMARCHIVEFILE_H
 
@@ -11,8 +11,8 @@
 /// and short system calls, and may follow each other without a Seek between them. Not copyable.
 class CVamArchiveFile : public CVamArchive {
   public:
-    /// A closed file object: the handle is null. Throws std::bad_alloc when there is no memory for
-    /// its private parts.
+    /// A closed file object, whose handle is null. Throws std::bad_alloc when there is no memory
+    /// for its private parts.
     CVamArchiveFile();
 
     /// Closes the file if it is open.
@@ -21,27 +21,27 @@ class CVamArchiveFile : public CVamArchive {
     CVamArchiveFile(const CVamArchiveFile&) = delete;
     CVamArchiveFile& operator=(const CVamArchiveFile&) = delete;
 
-    /// Opens pszPath (UTF-8) in the usual stream-open notation: "rb" reads, "w+b" creates or
-    /// truncates and reads and writes. A file that was open is closed first. Others may read the
-    /// file meanwhile, and child processes do not inherit it. On failure, also when the path names
-    /// a directory, the handle stays null and false is returned.
+    /// Opens pszPath (UTF-8) in the notation of fopen. "rb" reads, "w+b" creates or truncates and
+    /// reads and writes. A file that was open is closed first. Others may read the file meanwhile,
+    /// and child processes do not inherit it. On failure, also when the path names a directory, the
+    /// handle stays null and false is returned.
     bool Open(const char* pszPath, const char* pszMode);
 
-    /// Closes the file. Returns true when nothing failed since Open: every write, flush and the
-    /// close itself went through. Closing a closed file reports the same again.
+    /// Closes the file. Returns true when every write and flush since Open and the close itself
+    /// succeeded. Closing a closed file reports the same again.
     bool Close();
 
-    /// The open file, or null. Its position is the object's own affair; to use it, Flush or Seek
-    /// first.
+    /// The open file, or null. Its position may be ahead of the object's after a read, and may lag
+    /// after a write.
     std::FILE* GetHandle() const;
 
     /// True once a write, a flush or the close has failed since Open. Written bytes wait in a
-    /// buffer, so that a failure may show only at a later call: ask after Flush or Close. It stays
-    /// set until the next Open, so that a host can save through its own archive object and ask
+    /// buffer, so a failure may show only at a later call. Ask after Flush or Close. It stays set
+    /// until the next Open, so that a host can save through its own archive object and ask
     /// afterwards.
     bool HasFailed() const;
 
-    /// After a failure the bytes that waited are gone; later writes are still tried.
+    /// After a failure the bytes that waited are gone. Later writes are still tried.
     unsigned int Read(void* pBuffer, unsigned int nCount) override;
     unsigned int Write(const void* pBuffer, unsigned int nCount) override;
     bool Seek(long long nPosition, int nOrigin) override;

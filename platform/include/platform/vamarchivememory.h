@@ -1,5 +1,5 @@
 /// @file
-/// CVamArchiveMemory: a byte stream over memory.
+/// CVamArchiveMemory, a byte stream over memory.
 #ifndef PLATFORM_VAMARCHIVEMEMORY_H
 #define PLATFORM_VAMARCHIVEMEMORY_H
 
@@ -8,7 +8,7 @@
 #include <cstddef>
 
 /// A growing, seekable byte stream in memory, for hosts that hold a picture's bytes and for tests.
-/// Two forms: one reads a caller's bytes in place, one owns what is written to it. Not copyable.
+/// One form reads a caller's bytes in place, the other owns what is written to it. Not copyable.
 class CVamArchiveMemory : public CVamArchive {
   public:
     /// An empty stream that owns its bytes and grows as it is written to. Both constructors throw
@@ -24,7 +24,7 @@ class CVamArchiveMemory : public CVamArchive {
     CVamArchiveMemory(const CVamArchiveMemory&) = delete;
     CVamArchiveMemory& operator=(const CVamArchiveMemory&) = delete;
 
-    /// The bytes held; the pointer is valid until the next write.
+    /// The bytes held. The pointer is valid until the next write.
     const unsigned char* GetData() const;
     /// The number of bytes held.
     std::size_t GetSize() const;

@@ -1,5 +1,5 @@
 /// @file
-/// The whole platform layer: streams, strings, variants, tracing, bounded memory functions.
+/// The whole platform layer, with streams, strings, variants, tracing and bounded memory functions.
 ///
 /// The library asks its host for these (CVamArchiveMemory left out) and for nothing else, and
 /// includes this header alone. A host that has its own supplies a header of this name with the same

@@ -1,5 +1,5 @@
 /// @file
-/// CVamString: the string class of parameter names.
+/// CVamString, the string class of parameter names.
 #ifndef PLATFORM_VAMSTRING_H
 #define PLATFORM_VAMSTRING_H
 
@@ -9,7 +9,7 @@ class CVamString {
   public:
     /// The empty string. It allocates nothing.
     CVamString();
-    /// A copy of a text; null gives the empty string. This and every other copy throws
+    /// A copy of a text. Null gives the empty string. This and every other copy throws
     /// std::bad_alloc when memory runs out.
     CVamString(const char* pszText);
     /// A copy of other.
@@ -22,7 +22,7 @@ class CVamString {
     /// Makes this string a copy of other that shares no storage with it.
     void Clone(const CVamString& other);
 
-    /// True when the string equals pszText exactly, case included; false for null.
+    /// True when the string equals pszText exactly, case included. False for null.
     bool Match(const char* pszText) const;
 
     /// The text, null-terminated, valid until the string changes.

@@ -1,19 +1,19 @@
 /// @file
-/// The trace facility: levels, lines, input errors, and the text stream that composes a line.
+/// The trace facility, with levels, lines, input errors, and the text stream that composes a line.
 #ifndef PLATFORM_VAMTRACE_H
 #define PLATFORM_VAMTRACE_H
 
 #include <cstddef>
 
-/// Composes one trace line. The text lies inside the object: composing neither allocates nor
+/// Composes one trace line. The text lies inside the object, so composing neither allocates nor
 /// throws. What does not fit into 1,023 characters is cut off.
 class ZT_Text_Stream {
   public:
-    /// The two arguments are the initial size and the growth step a host's stream may use; this one
+    /// The two arguments are the initial size and the growth step a host's stream may use. This one
     /// ignores them.
     ZT_Text_Stream(unsigned int nSize, unsigned int nGrow);
 
-    /// Appends a text; null appends nothing.
+    /// Appends a text. Null appends nothing.
     ZT_Text_Stream& operator<<(const char* pszText);
     ZT_Text_Stream& operator<<(int nValue);            ///< Appends a number in decimal.
     ZT_Text_Stream& operator<<(unsigned int nValue);   ///< Appends a number in decimal.
@@ -34,8 +34,8 @@ enum ZT_TraceCall {
     ZT_TRACE_VAM = 2           ///< VamTrace
 };
 
-/// Receives one line: the call it came from, its level, its text. May be called from any thread
-/// that uses the library; must not throw.
+/// Receives the call a line came from, its level and its text. May be called from any thread that
+/// uses the library. Must not throw.
 typedef void (*ZT_TraceSink)(void* pContext, ZT_TraceCall eCall, int nLevel, const char* pszText);
 
 extern "C" {
@@ -46,11 +46,11 @@ int zt_trace_level();
 /// Sets the level of the process.
 void zt_trace_set_level(int nLevel);
 
-/// Sends every line to pfnSink from now on; null restores the default, which prints each line once
+/// Sends every line to pfnSink from now on. Null restores the default, which prints each line once
 /// to standard error. A thread that is just tracing may still reach the sink that was set before.
 void zt_trace_set_sink(ZT_TraceSink pfnSink, void* pContext);
 
-/// Writes one line of the given level. The third argument is reserved; the library passes 0.
+/// Writes one line of the given level. The third argument is reserved. The library passes 0.
 void zt_trace_write(int nLevel, const char* pszText, int nReserved);
 
 /// Records an input error whose text has just been written. The library passes 0 and that text.

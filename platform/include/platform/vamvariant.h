@@ -1,5 +1,5 @@
 /// @file
-/// CVamVariant: the tagged value of a parameter.
+/// CVamVariant, the tagged value of a parameter.
 #ifndef PLATFORM_VAMVARIANT_H
 #define PLATFORM_VAMVARIANT_H
 
@@ -17,7 +17,7 @@ enum VamVariantType {
 };
 
 /// An 8-bit type tag and an 8-byte value. The value's kind lies in the first bytes of m_Value as
-/// the machine stores that kind; the other bytes are 0.
+/// the machine stores that kind. The other bytes are 0.
 class CVamVariant {
   public:
     CVamVariant();                          ///< VAM_EMPTY

@@ -1,5 +1,5 @@
 // Files of a POSIX system. The bytes go through the descriptor, because stdio discards its buffer
-// when the system call behind it is interrupted.
+// when its system call is interrupted.
 #include "../systemfile.h"
 
 #include <fcntl.h>
@@ -21,7 +21,7 @@ std::FILE* vam::OpenSystemFile(const char* pszPath, const char* pszMode, bool& b
     if (pFile == nullptr) {
         return nullptr;
     }
-    // fopen opens a directory for reading; only its first read would fail.
+    // fopen opens a directory for reading. Only its first read would fail.
     struct stat status;
     if (fstat(fileno(pFile), &status) != 0 || S_ISDIR(status.st_mode)) {
         std::fclose(pFile);

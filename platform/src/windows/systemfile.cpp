@@ -1,5 +1,5 @@
-// Files of Windows. The path becomes a wide one, the file a system handle under the C library's
-// FILE; the bytes go through the handle, so that no text mode can change them.
+// Files of Windows. The path is converted to UTF-16. The file is a system handle under a FILE of
+// the C library. The bytes go through the handle, so that no text mode can change them.
 #include "../systemfile.h"
 
 #include <windows.h>
@@ -27,7 +27,8 @@ HANDLE HandleOf(std::FILE* pFile) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pFile)));
 }
 
-// The absolute path in the form the system opens. It lies in the object: opening allocates nothing.
+// The absolute path in the form the system opens. It lies in the object, so opening allocates
+// nothing.
 class SystemPath {
   public:
     explicit SystemPath(const char* pszPath) {
@@ -47,8 +48,8 @@ class SystemPath {
         }
     }
 
-    // Null for a path that is no UTF-8 or too long, and for one that cannot name a file: a reserved
-    // device name, a volume.
+    // Null for a path that is no UTF-8 or too long, and for one that names a reserved device or a
+    // volume.
     const wchar_t* Get() const {
         const bool bDevice = StartsWith(L"\\\\.\\") && !StartsWith(L"\\\\.\\pipe\\");
         return m_bUsable && !bDevice ? m_pszPath : nullptr;
