@@ -1,6 +1,6 @@
 // The header block, and images made from a header block and pixels.
 //
-// The block's header is taken over as it is; what it may say is decided in headerblock.cpp.
+// The block's header is taken over as it is. headerblock.cpp decides which headers are supported.
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -92,8 +92,8 @@ BITMAPINFO* CKelImage::GetBitmapInfo() {
     if (header.biBitCount <= 8 && m_nPaletteNum != 1 << header.biBitCount) {
         header.biClrUsed = static_cast<unsigned int>(m_nPaletteNum);
     }
-    // Room for the palette, and for the colour table that the header describes where that is
-    // longer: whoever gets the block measures it by its header.
+    // The block has room for the palette, and for the colour table that the header describes if
+    // that is longer, because its users measure it by its header.
     const std::int64_t nTableEnd = std::int64_t{sizeof header} + std::int64_t{m_nPaletteNum} * 4;
     const std::int64_t nSize = std::max(nTableEnd, kel::HeaderBlockSize(header));
     BITMAPINFO* pBlock =

@@ -1,4 +1,4 @@
-// The one depth change there is: 24 to 32 bits.
+// The one change of depth, from 24 to 32 bits.
 #include <algorithm>
 
 #include "headerblock.h"

@@ -1,4 +1,4 @@
-// The exported factory: how a host makes and ends an image.
+// The exported factory, by which a host makes and ends an image.
 #include <new>
 
 #include "kelimage.h"

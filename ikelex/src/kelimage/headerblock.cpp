@@ -1,4 +1,4 @@
-// Header blocks: validation and measures. The header of 40 bytes decides both.
+// Validation and sizes of header blocks. The header of 40 bytes decides both.
 #include "headerblock.h"
 
 #include "kelbitmap/colortable.h"

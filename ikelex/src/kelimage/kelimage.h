@@ -1,7 +1,7 @@
 /// @file
-/// CKelImage: the one implementation of IKelImage.
+/// CKelImage, the one implementation of IKelImage.
 ///
-/// The class is declared here and names no codec and no filter; the members that make them are
+/// The class is declared here and names no codec and no filter. The members that make them are
 /// defined in dispatch/. What the interface documents is not repeated.
 #ifndef KELIMAGE_KELIMAGE_H
 #define KELIMAGE_KELIMAGE_H
@@ -12,8 +12,8 @@
 
 #include "kelbitmap/kelbitmap.h"
 
-/// An image. Its operations are documented in IKelImage; what follows them is for programs that use
-/// the class itself.
+/// An image. Its operations are documented in IKelImage. The members after them are for programs
+/// that use the class itself.
 class IKELEX_API CKelImage : public IKelImage {
   public:
     // ---- lifetime.cpp
@@ -65,7 +65,7 @@ class IKELEX_API CKelImage : public IKelImage {
     void Destroy() override;
 
     // ---- dispatch/applyfilter.cpp
-    /// The worker behind both ApplyFilter: *ppImage receives a new image or null.
+    /// The work of both ApplyFilter. *ppImage receives a new image or null.
     virtual KelResult ApplyFilter1(CKelImage** ppImage, KelImageFilterType eType,
                                    tagKelParameters* pParams);
 
@@ -74,16 +74,16 @@ class IKELEX_API CKelImage : public IKelImage {
     void Clean();
     /// Forgets the buffers without releasing them, owns from then on, and cleans.
     void Init();
-    /// Takes over everything pDonor holds; the donor is left empty and owning.
+    /// Takes over everything pDonor holds. The donor is left empty and owning.
     void Borrow(CKelImage* pDonor);
 
     // ---- storage.cpp
     /// Empties header, palette and header block, sets the header to the given size and depth, and
     /// returns the new zeroed pixel buffer with its row array. Null when it cannot be allocated,
-    /// and for negative sizes and sizes over 2^31 - 1 bytes. The depth is not validated; no palette
-    /// is made. Lent buffers are forgotten; from then on the image owns its buffers.
+    /// and for negative sizes and sizes over 2^31 - 1 bytes. The depth is not validated, and no
+    /// palette is made. Lent buffers are forgotten. From then on the image owns its buffers.
     unsigned char* Create(int nWidth, int nHeight, int nBitCount);
-    /// As Create, for callers that go on to write every pixel: only the row padding and the last
+    /// As Create, for callers that go on to write every pixel. Only the row padding and the last
     /// row are zero. Rows that are not written in the end are zeroed by ClearRowsFrom.
     IKELEX_LOCAL unsigned char* CreateUncleared(int nWidth, int nHeight, int nBitCount);
     /// Zeroes row nFirst (0 or more) and all below it.
@@ -96,10 +96,10 @@ class IKELEX_API CKelImage : public IKelImage {
     void DeleteBMI();
     /// Releases the row array.
     void DeleteLineArray();
-    /// Rebuilds the row array: entry i is m_pBits + i * stride. Null, traced, when it cannot be
-    /// allocated; null for an image with rows but no pixels.
+    /// Rebuilds the row array, whose entry i is m_pBits + i * stride. Null, traced, when it cannot
+    /// be allocated. Null for an image with rows but no pixels.
     unsigned char** CreateLineArray();
-    /// Whether an image holds the depth: 1, 4, 8, 16, 24 or 32 bits.
+    /// Whether an image can hold the depth, which is 1, 4, 8, 16, 24 or 32 bits.
     bool IsValidPixelDepth(int nBitCount) const;
     /// Whether the compression is one of BI_RGB to BI_BITFIELDS.
     bool IsValidWINCompression(unsigned int dwCompression) const;
@@ -110,8 +110,8 @@ class IKELEX_API CKelImage : public IKelImage {
     tagKelRGBQUAD* CreatePalette(BITMAPINFO* pBMI);
     /// Releases the palette table and sets both counts to 0.
     void DestroyPaletteTable();
-    /// Makes room for one more entry: first 2 * depth entries (256 above 8 bits), then 16 more at a
-    /// time. False, traced, when it cannot be allocated; the old table stays.
+    /// Makes room for one more entry. The first table has 2 * depth entries (256 above 8 bits), and
+    /// grows by 16. When it cannot be allocated, false, traced, and the old table stays.
     bool ExpandPaletteTable();
     /// Appends an entry and returns the count after the call, unchanged when there is no room.
     int AddPaletteEntry(unsigned char byRed, unsigned char byGreen, unsigned char byBlue,
@@ -125,9 +125,10 @@ class IKELEX_API CKelImage : public IKelImage {
     unsigned char* CreateLine24() const;
     /// The same at 16 bits per pixel.
     unsigned char* CreateLine16() const;
-    /// Writes row nRow as 24-bit pixels to pOut, which holds one 24-bit stride: red, green, blue
-    /// when nOrder is 1, else blue, green, red. Returns pOut; null, nothing written, when there is
-    /// no such row. A depth, compression or palette that cannot be converted leaves pOut as it was.
+    /// Writes row nRow as 24-bit pixels to pOut, which holds one 24-bit stride. The order is red,
+    /// green, blue when nOrder is 1, else blue, green, red. Returns pOut, or null with nothing
+    /// written when there is no such row. A depth, compression or palette that cannot be converted
+    /// leaves pOut as it was.
     unsigned char* GetLine24At(int nOrder, int nRow, unsigned char* pOut);
     /// GetLine24At in the order blue, green, red.
     unsigned char* GetLine24AsBGRAt(int nRow, unsigned char* pOut);
@@ -157,7 +158,7 @@ class IKELEX_API CKelImage : public IKelImage {
     /// Samples the source into the destination, which holds stride * nDstHeight zeroed bytes.
     void ZoomBytes(int nBits, unsigned char* pSrc, int nSrcWidth, int nSrcHeight,
                    unsigned char* pDst, int nDstWidth, int nDstHeight) const;
-    /// Exchanges the rows of a buffer top to bottom; nStride bytes each.
+    /// Exchanges the rows of a buffer top to bottom. Each has nStride bytes.
     void MirrorBytes_V(unsigned char* pBuffer, int nStride, int nRows) const;
     /// Moves the rectangle's rows to the front of the buffer, at the stride of the new width.
     void CopyBytes(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHeight, int nX, int nY,
@@ -168,7 +169,7 @@ class IKELEX_API CKelImage : public IKelImage {
     /// not consulted.
     KelImageFormat DetectImageFormat(unsigned char* pBuffer, int nLength) const;
 
-    // ---- the record; its order is part of the binary interface
+    // ---- the record, whose order is part of the binary interface
     int m_nPaletteNum;              ///< valid palette entries
     int m_nPaletteSize;             ///< entries the palette table has room for
     unsigned char** m_ppLineArray;  ///< one pointer per row into m_pBits; owned
@@ -193,16 +194,17 @@ class IKELEX_API CKelImage : public IKelImage {
     IKELEX_LOCAL void PointRowsInto(unsigned char* pBits);
 
     // ---- ownership.cpp
-    /// Whether one of nBytes bytes from p on belongs to the image: to what Clean releases, or to
-    /// the object itself. 0 asks for the byte at p.
+    /// Whether one of nBytes bytes from p on belongs to the object itself or to what Clean
+    /// releases. 0 asks for the byte at p.
     IKELEX_LOCAL bool Owns(const void* p, std::int64_t nBytes) const;
-    /// Installs pNewBits (from array new) in place of the pixel buffer; from then on the image owns
-    /// its buffers. Owned pixels are released, a lent header block is copied first. False, nothing
-    /// changed and pNewBits not released, when that copy cannot be allocated. The caller then sets
-    /// the header and makes the row array.
+    /// Installs pNewBits (from array new) in place of the pixel buffer. From then on the image owns
+    /// its buffers. Owned pixels are released, a lent header block is copied first. When that copy
+    /// cannot be allocated, the result is false, nothing changes, and pNewBits is not released. The
+    /// caller then sets the header and makes the row array.
     IKELEX_LOCAL bool AdoptBits(unsigned char* pNewBits);
-    /// Copies lent pixels, rows included; from then on the image owns its buffers. The caller then
-    /// replaces the lent header block. False, nothing changed, when the copy cannot be allocated.
+    /// Copies lent pixels and points the rows into the copy. From then on the image owns its
+    /// buffers. The caller then replaces the lent header block. False, nothing changed, when the
+    /// copy cannot be allocated.
     IKELEX_LOCAL bool CopyLentBits();
 };
 

@@ -9,7 +9,7 @@
 
 namespace kel {
 
-// Output orders: red, green, blue, or (this and any other value) blue, green, red.
+// Output orders. Any other value means blue, green, red.
 inline constexpr int kOrderRGB = 1;
 inline constexpr int kOrderBGR = 2;
 
@@ -41,7 +41,7 @@ class LineConverter {
     std::uint32_t m_aWords[256];
 };
 
-// The rows of one image in turn. It must keep its shape and palette meanwhile.
+// The rows of one image, which must keep its shape and palette meanwhile.
 class Line24Reader {
   public:
     Line24Reader(CKelImage* pImage, int nOrder);

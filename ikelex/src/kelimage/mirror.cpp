@@ -1,4 +1,4 @@
-// Mirror: the picture turned upside down in its own buffer, through one scratch row.
+// Mirror flips the picture upside down in its own buffer, through one scratch row.
 #include <platform/vamplatform.h>
 
 #include "kelbitmap/strides.h"
@@ -22,7 +22,7 @@ void PrefetchRow(const unsigned char* pRow, std::int64_t nBytes) {
 
 void CKelImage::Mirror(int nMode) {
     const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
-    // A stride over 31 bits leaves room for one row only: there is nothing to exchange.
+    // With a stride over 31 bits there is room for one row only, and nothing to exchange.
     if (nMode != 0 || m_pBits == nullptr || nStride > kel::kMaxSize) {
         return;
     }

@@ -1,7 +1,7 @@
-// Who owns the pixel buffer and the header block: the image, or a caller who lent both.
+// Who owns the pixel buffer and the header block, the image or a caller who lent both.
 //
-// An image that works on lent buffers and needs one of its own takes ownership of both at once:
-// what it keeps of the caller's it copies. The caller's memory stays as it was.
+// An image with lent buffers that needs one of its own takes ownership of both. It copies what it
+// keeps of the caller's. The caller's memory stays as it was.
 #include <algorithm>
 
 #include "headerblock.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// A run of bytes. A run of 0 bytes or less counts as 1: its address is in use.
+// A run of bytes. A run of 0 bytes or less counts as 1, because its address is in use.
 struct Run {
     Run(const void* p, std::int64_t nBytes)
         : nBegin(reinterpret_cast<std::uintptr_t>(p)),

@@ -1,4 +1,4 @@
-// The palette table: at most m_nPaletteSize entries, the first m_nPaletteNum of them valid.
+// The palette table. It has m_nPaletteSize entries, of which the first m_nPaletteNum are valid.
 #include <platform/vamplatform.h>
 
 #include <cstdint>
@@ -16,7 +16,7 @@ constexpr std::int64_t kEntrySize = sizeof(tagKelRGBQUAD);
 constexpr int kGrowth = 16;
 constexpr int kDeepCapacity = 256;
 
-// A zeroed table, or null: what is not yet valid must not show old memory.
+// A zeroed table, or null. Entries that are not yet valid must not show old memory.
 tagKelRGBQUAD* NewTable(std::int64_t nEntries) {
     if (nEntries * kEntrySize > kel::kMaxSize) {
         return nullptr;

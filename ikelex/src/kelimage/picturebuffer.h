@@ -9,10 +9,10 @@ class CKelImage;
 
 namespace kel {
 
-// A new pixel buffer. It is zero, except that with bOverwritten the pixels may hold anything: the
-// caller goes on to write them all, and only the padding is zero. Traces "bufferSize" with the low
-// 32 bits of a size of 0 or above the traced limit, and goes on. Null when the size does not fit 32
-// bits or the allocation fails. Lets no exception through.
+// A new zeroed pixel buffer. With bOverwritten only the padding and the last row are zero, and the
+// caller goes on to write every pixel. Traces "bufferSize" with the low 32 bits of a size of 0 or
+// above the traced limit, and goes on. Null when the size does not fit 32 bits or the allocation
+// fails. Lets no exception through.
 std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, bool bOverwritten);
 
 // Records a new picture size in the image's header and, when there is one, in its header block,

@@ -1,4 +1,4 @@
-// The names and meanings of results. Hosts show the texts; one table decides them.
+// The names and meanings of results. Hosts show the texts. One table decides them.
 #include <ikelex/result.h>
 
 namespace {

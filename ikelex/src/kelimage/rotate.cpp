@@ -1,4 +1,4 @@
-// Rotate: the picture transposed into a new buffer. kelgeometry/transpose.h defines the bytes.
+// Rotate transposes the picture into a new buffer. kelgeometry/transpose.h defines the bytes.
 #include "kelbitmap/strides.h"
 #include "kelgeometry/transpose.h"
 #include "kelimage.h"

@@ -1,7 +1,7 @@
 // The pixel buffer and its rows.
 //
-// Invariant: the row array, where there is one, has one entry per row and every row lies inside the
-// pixel buffer. An image that loses its pixel buffer loses its row array with it.
+// The row array, where there is one, has one entry per row, and every row lies inside the pixel
+// buffer. An image that loses its pixel buffer loses its row array with it.
 #include <algorithm>
 #include <new>
 
@@ -21,7 +21,7 @@ bool CKelImage::IsValidWINCompression(unsigned int dwCompression) const {
 }
 
 unsigned int CKelImage::GetBmpDataSize() {
-    // Negative widths round down here, unlike in RowStride; the product keeps its low 32 bits.
+    // Negative widths round down here, unlike in RowStride. The product keeps its low 32 bits.
     const std::int64_t nBits = std::int64_t{m_bmih.biBitCount} * m_bmih.biWidth;
     return static_cast<unsigned int>((nBits + 31) >> 3 & -4) *
            static_cast<unsigned int>(m_bmih.biHeight);
@@ -99,7 +99,7 @@ void CKelImage::DropOwnBits() {
 }
 
 unsigned char* CKelImage::NewBits(std::int64_t nSize, std::int64_t nCleared) {
-    // The old buffer goes first, so that old and new are not held at once.
+    // The old buffer goes first, so that old and new are not held together.
     DropOwnBits();
     unsigned char* const pNewBits = kel::TryNewPixels(nSize);
     if (pNewBits == nullptr || !AdoptBits(pNewBits)) {

@@ -1,4 +1,4 @@
-// SubImage: the rectangle's rows moved to the front of the pixel buffer.
+// SubImage moves the rectangle's rows to the front of the pixel buffer.
 //
 // A destination row starts at or before its source row and is never longer, so the rows can be
 // moved in place from the top. Each passes through a scratch row, since it may overlap its source.
@@ -16,8 +16,8 @@ struct Rectangle {
     int nX, nY, nWidth, nHeight;
 };
 
-// Moves the bits of pLine nShift (below 8) places towards its start; those of byNext follow the
-// last.
+// Moves the bits of pLine nShift places (below 8) towards its start. The free places at its end
+// take the top bits of byNext.
 void ShiftLeft(unsigned char* pLine, std::int64_t nBytes, int nShift, unsigned char byNext) {
     for (std::int64_t i = 0; i < nBytes; ++i) {
         const unsigned int nHigh = pLine[i], nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
@@ -25,9 +25,9 @@ void ShiftLeft(unsigned char* pLine, std::int64_t nBytes, int nShift, unsigned c
     }
 }
 
-// The work of CopyBytes. False, traced and nothing moved, when the scratch row cannot be
-// allocated; true with nothing moved for a rectangle that is larger than the source or starts
-// outside of it.
+// The work of CopyBytes. Without memory for the scratch row the result is false, traced, and
+// nothing moves. A rectangle that is larger than the source or has a negative position gives true,
+// and nothing moves.
 bool MoveRectangle(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHeight,
                    const Rectangle& rect) {
     if (rect.nWidth > nSrcWidth || rect.nHeight > nSrcHeight || rect.nX < 0 || rect.nY < 0) {
@@ -42,7 +42,7 @@ bool MoveRectangle(int nBits, unsigned char* pBuffer, int nSrcWidth, int nSrcHei
     }
     unsigned char* const lpLine = pScratch.get();
 
-    // Depths below 8 bits may start inside a byte; the others count whole bytes.
+    // Depths below 8 bits may start inside a byte. The others count whole bytes.
     const std::int64_t nOffset =
         nBits < 8 ? std::int64_t{nBits} * rect.nX / 8 : std::int64_t{nBits / 8} * rect.nX;
     const int nShift = nBits < 8 ? nBits * (rect.nX % 8) % 8 : 0;

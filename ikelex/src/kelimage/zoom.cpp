@@ -1,4 +1,4 @@
-// ZoomImage: the picture resized in place, each pixel sampled from up to four of the source.
+// ZoomImage resizes the picture in place. Each pixel is sampled from up to four of the source.
 // kelgeometry/zoom.h defines the bytes.
 #include <cstring>
 

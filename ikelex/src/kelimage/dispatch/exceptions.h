@@ -1,4 +1,4 @@
-// Where exceptions become result codes: nothing throws across the interface.
+// Exceptions become result codes here, because nothing throws across the interface.
 #ifndef DISPATCH_EXCEPTIONS_H
 #define DISPATCH_EXCEPTIONS_H
 
@@ -8,9 +8,9 @@
 
 namespace kel {
 
-// The result of fnWork, or the code of what it threw: KEL_ERR_MEMORY for std::bad_alloc, and
-// KEL_ERR_FILE for everything else, which comes from the host's stream. fnFailed runs after an
-// exception; what it throws is dropped.
+// The result of fnWork, or the code of its exception. That is KEL_ERR_MEMORY for std::bad_alloc and
+// KEL_ERR_FILE for any other, which comes from the host's stream. fnFailed runs after an exception.
+// What it throws is dropped.
 template <typename Work, typename Failed>
 KelResult Guard(Work fnWork, Failed fnFailed) noexcept {
     KelResult nResult = KEL_ERR_FILE;

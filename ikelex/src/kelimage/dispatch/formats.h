@@ -1,4 +1,4 @@
-// The table of picture formats: how each is recognised, read and written.
+// The table of picture formats. It says how each is recognised, read and written.
 #ifndef DISPATCH_FORMATS_H
 #define DISPATCH_FORMATS_H
 
@@ -20,9 +20,9 @@ struct Format {
     KelImageFormat eFormat;
     // The first bytes of its files, '?' for any byte. No file shows the signatures of two formats.
     std::string_view aSignatures[6];
-    // Reads one picture into an empty image. Null: recognised, not read.
+    // Reads one picture into an empty image. Null for a format that is recognised but not read.
     KelResult (*pfnRead)(CVamArchive* pArchive, CKelImage* pImage);
-    // Writes the picture; the options may be null. Null: Save answers nNotWritten.
+    // Writes the picture. The options may be null. Without a writer Save returns nNotWritten.
     KelResult (*pfnWrite)(CVamArchive* pArchive, CKelImage* pImage, tagKelParameters* pParams);
     KelResult nNotWritten;
 };
