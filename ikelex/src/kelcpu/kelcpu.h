@@ -1,4 +1,4 @@
-// What the processor has: the variants it can run, as a list, and the size of its caches.
+// What the processor has. The variants it can run, as a list, and the size of its largest cache.
 #ifndef KELCPU_KELCPU_H
 #define KELCPU_KELCPU_H
 
@@ -17,7 +17,7 @@ enum class CpuLevel {
 };
 
 // The levels this machine can run, the best first and kPortable last, without those above the cap
-// of the build (IKELEX_CPU_CAP). Cheap enough to ask once per operation; keeps no state.
+// of the build (IKELEX_CPU_CAP). Cheap enough to ask once per operation. Keeps no state.
 std::span<const CpuLevel> Levels();
 
 // The first of them.

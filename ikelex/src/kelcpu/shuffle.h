@@ -1,5 +1,5 @@
-// KEL_SHUFFLE(a, b, indices...): the lanes of two vectors of one integer type in a new order.
-// Indices count through `a` and on through `b`; there are as many as a vector has lanes.
+// KEL_SHUFFLE(a, b, indices...) puts the lanes of two vectors of one integer type into a new order.
+// Indices count through `a` and on through `b`. There are as many as a vector has lanes.
 #ifndef KELCPU_SHUFFLE_H
 #define KELCPU_SHUFFLE_H
 

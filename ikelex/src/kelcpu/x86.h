@@ -1,8 +1,8 @@
-// What a file of x86 variants begins with: the intrinsics, and the attributes of its functions.
+// The intrinsics and the attributes of functions, for files of x86 variants.
 //
 // A function carries the attribute of its level, so nothing else in the file is compiled for a
-// newer processor. Instruction-set files include no inline code but this and the intrinsics.
-// Write the attribute first: `KEL_AVX2 void Sum(...)`, `KEL_AVX2 KEL_INLINE __m256i Load(...)`.
+// newer processor, inline functions of other headers included. Write the attribute first, as in
+// `KEL_AVX2 void Sum(...)` and `KEL_AVX2 KEL_INLINE __m256i Load(...)`.
 #ifndef KELCPU_X86_H
 #define KELCPU_X86_H
 

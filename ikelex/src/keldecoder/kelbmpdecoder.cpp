@@ -35,7 +35,7 @@ unsigned int ReadOnce(CVamArchive* pArchive, void* pBuffer, unsigned int nCount)
     return nRead <= nCount && nRead != kMinusOne ? nRead : 0;
 }
 
-// As ReadOnce; what did not arrive is zero.
+// As ReadOnce. What did not arrive is zero.
 void ReadOrZero(CVamArchive* pArchive, unsigned char* pBuffer, unsigned int nCount) {
     const unsigned int nRead = ReadOnce(pArchive, pBuffer, nCount);
     std::memset(pBuffer + nRead, 0, nCount - nRead);
@@ -56,7 +56,7 @@ struct HeaderBlock {
 };
 
 // The 40-byte header at nStart with its colour table, in one read. A table of too many entries is
-// damage, unless the depth needs none: then it counts as empty.
+// damage. For a depth that needs none it counts as empty.
 KelResult ReadInfoBlock(CVamArchive* pArchive, unsigned int nStart, HeaderBlock& block) {
     BITMAPINFOHEADER header;
     ReadOrZero(pArchive, reinterpret_cast<unsigned char*>(&header), kel::kBmpInfoHeaderSize);
@@ -129,9 +129,9 @@ bool IsSupported(const BITMAPINFOHEADER& header, const CKelImage& image) {
            header.biSize == kel::kBmpInfoHeaderSize;
 }
 
-// nSize bytes of pixel data for a header that will be refused. They are read in growing pieces: no
-// more than twice what arrives is allocated, whatever the header claims, beyond a small first
-// piece. Null when a piece does not arrive in full; of the last piece, the rest is zero then.
+// nSize bytes of pixel data for a header that will be refused. They are read in growing pieces, so
+// that beyond a small first piece no more than twice what arrives is allocated. Null when a piece
+// other than the last does not arrive in full. What is missing of the last is zero.
 Buffer ReadRefusedPixels(CVamArchive* pArchive, unsigned int nSize) {
     constexpr unsigned int kFirstPiece = 1 << 16;
     Buffer pPixels;

@@ -1,5 +1,5 @@
 /// @file
-/// CKelDecoder: the abstract reader, and all readers.
+/// CKelDecoder, the abstract reader, and all readers.
 #ifndef KELDECODER_KELDECODER_H
 #define KELDECODER_KELDECODER_H
 

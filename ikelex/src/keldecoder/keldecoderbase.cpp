@@ -1,4 +1,4 @@
-// The abstract reader: its virtual table lies here.
+// The abstract reader, with its virtual table.
 #include "keldecoderbase.h"
 
 CKelDecoder::CKelDecoder() = default;

@@ -1,5 +1,5 @@
 /// @file
-/// CKelDecoder: the abstract base of the BMP and PNG readers.
+/// CKelDecoder, the abstract base of the BMP and PNG readers.
 #ifndef KELDECODER_KELDECODERBASE_H
 #define KELDECODER_KELDECODERBASE_H
 
@@ -10,7 +10,7 @@
 class CVamArchive;
 class CKelImage;
 
-/// A reader lives for one call: construct, Do, destroy.
+/// A reader of pictures. Each call of Do needs a new one.
 class IKELEX_API CKelDecoder : public CKelParameterMgr {
   public:
     CKelDecoder();

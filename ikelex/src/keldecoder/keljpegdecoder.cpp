@@ -20,8 +20,8 @@ namespace {
 
 constexpr unsigned int kBlockSize = 4096;
 
-// A decompressor that is destroyed on every way out, exceptions included. Zeroed at first:
-// destroying it is then harmless even when libjpeg refused to create it.
+// A decompressor that is destroyed on every way out, exceptions included. It starts zeroed, so that
+// destroying it is harmless even when libjpeg refused to create it.
 struct Decompressor {
     Decompressor() : info() {}
     Decompressor(const Decompressor&) = delete;
@@ -41,8 +41,8 @@ void TraceDecode() {
     }
 }
 
-// Asks for blue, green, red where libjpeg can deliver it: the same samples in the order the image
-// stores them. Elsewhere the rows are swapped after they are read.
+// Asks for blue, green, red where libjpeg can deliver it. These are the same samples in the order
+// the image stores them. Elsewhere the rows are swapped after they are read.
 bool AskForBgr([[maybe_unused]] jpeg_decompress_struct* pInfo) {
 #if defined(JCS_EXTENSIONS)
     if (pInfo->out_color_space == JCS_RGB) {
@@ -68,7 +68,7 @@ class UnreadRows {
 };
 
 // Where libjpeg writes the next few rows of a small picture. Rows that start on a 32-byte boundary
-// are decoded beside the picture and copied: libjpeg's vector loops write such rows past the
+// are decoded beside the picture and copied. libjpeg's vector loops write such rows past the
 // caches, which is slow for a picture that the caches could hold.
 class RowTargets {
   public:
@@ -135,7 +135,7 @@ KelResult Decode(jpeg_decompress_struct* pInfo, CKelImage* pImage) {
     } else if (nComponents == 3) {
         bSwap = !AskForBgr(pInfo);
     }
-    // Too large for any image: refused before libjpeg spends memory and time on it.
+    // A picture too large for any image is refused before libjpeg spends memory and time on it.
     const int nDepth = nComponents == 4 ? 32 : 24;
     if (kel::PictureSize(nDepth, pInfo->image_width, pInfo->image_height) > kel::kMaxSize) {
         return KEL_ERR_MEMORY;

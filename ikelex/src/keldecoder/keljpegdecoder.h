@@ -1,5 +1,5 @@
 /// @file
-/// CKelJpegDecoder: the JPEG reader, and its source manager.
+/// CKelJpegDecoder, the JPEG reader, and its source manager.
 #ifndef KELDECODER_KELJPEGDECODER_H
 #define KELDECODER_KELJPEGDECODER_H
 
@@ -13,7 +13,7 @@
 class CVamArchive;
 class CKelImage;
 
-/// Takes no parameters and has no base. A reader lives for one call: construct, Do, destroy.
+/// Takes no parameters and has no base. Each call of Do needs a new reader.
 class IKELEX_API CKelJpegDecoder {
   public:
     /// What jpeg_error_exit throws and Do catches.
@@ -27,14 +27,16 @@ class IKELEX_API CKelJpegDecoder {
     CKelJpegDecoder();
     virtual ~CKelJpegDecoder();
 
-    /// Reads a JPEG from pArchive, which stands at its start, into pImage: 24 bits blue, green, red
-    /// for one or three components, 32 bits as libjpeg delivers them for four. KEL_ERR_CODEC when
-    /// libjpeg reported an error; the image is then empty, or keeps its size and the rows read so
-    /// far. KEL_ERR_MEMORY: empty. An exception that pArchive throws passes on after all was
-    /// released.
+    /// Reads a JPEG from pArchive, which stands at its start, into pImage. One or three components
+    /// give 24 bits in the order blue, green, red. Four components give 32 bits as libjpeg delivers
+    /// them. An exception that pArchive throws passes on after all was released.
+    ///
+    /// - KEL_ERR_CODEC: libjpeg reported an error. The image is empty, or keeps its size and the
+    ///   rows read so far.
+    /// - KEL_ERR_MEMORY: the image is empty.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage);
 
-    /// libjpeg's error handler: traces libjpeg's message and throws MyJpegException.
+    /// libjpeg's error handler. It traces libjpeg's message and throws MyJpegException.
     static void jpeg_error_exit(jpeg_common_struct* pInfo);
 };
 

@@ -1,6 +1,6 @@
 // The PNG reader.
 //
-// libpng decodes straight into the image's rows. It is left by exceptions: its error callback
+// libpng decodes straight into the image's rows. It is left by exceptions. Its error callback
 // throws PngError, and what the archive throws passes through its frames as well. Everything libpng
 // holds hangs on its two structures, which PngReader destroys on every path.
 #include "kelpngdecoder.h"
@@ -21,7 +21,7 @@ namespace {
 
 struct PngError {};
 
-// Exchanges bytes 0 and 2 of every four: words, of which compilers make vectors.
+// Exchanges bytes 0 and 2 of every four, as words, of which compilers make vectors.
 void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
     for (std::size_t i = 0; i < nPixels; ++i) {
         std::uint32_t nPixel;
@@ -31,8 +31,8 @@ void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
     }
 }
 
-// Does what png_set_bgr asks for, on the same rows, whose bytes have become 8 bits a channel by
-// then: libpng's own loop goes byte by byte.
+// Does what png_set_bgr asks for, on the same rows, because libpng's own loop goes byte by byte.
+// The rows have 8 bits a channel by then, or indices of up to 8 bits, which stay.
 [[maybe_unused]] void ExchangeRedAndBlue(png_structp pPng, png_row_infop pRow, png_bytep pData) {
     if (pRow->channels == 3) {
         static_cast<const kel::RowFunctions*>(png_get_user_transform_ptr(pPng))
@@ -42,18 +42,18 @@ void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
     }
 }
 
-// Chunks of any length that no pixel depends on, in libpng's form: a type and a 0 each. iCCP is not
-// among them, since libpng itself limits what it inflates of the one profile.
+// Chunks of any length that no pixel depends on, each as libpng's type and a 0. iCCP is not among
+// them, since libpng itself limits what it inflates of the one profile.
 constexpr unsigned char kUnusedChunks[] = "eXIf\0iTXt\0pCAL\0sCAL\0sPLT\0tEXt\0zTXt";
 constexpr int kUnusedChunkSize = 5;
 constexpr int kUnusedChunkCount = sizeof(kUnusedChunks) / kUnusedChunkSize;
 
 // Limits what libpng spends on such chunks, which it inflates and keeps. Small ones stay with
 // libpng, because damage in them is traced. The first one beyond the budget and all later ones are
-// skipped: of those libpng checks the checksum alone.
+// skipped. libpng only compares their checksums.
 class ChunkBudget {
   public:
-    // To be called with each chunk header read: 4 bytes of length, 4 of type.
+    // To be called with each chunk header read, which is 4 bytes of length and 4 of type.
     void Charge(png_structp pPng, const unsigned char* pHeader) {
         if (m_bSpent || !IsUnused(pHeader + 4)) {
             return;

@@ -1,5 +1,5 @@
 /// @file
-/// CKelPNGDecoder: the PNG reader.
+/// CKelPNGDecoder, the PNG reader.
 #ifndef KELDECODER_KELPNGDECODER_H
 #define KELDECODER_KELPNGDECODER_H
 
@@ -7,7 +7,7 @@
 
 struct png_struct_def;
 
-/// Takes no parameters. A reader lives for one call: construct, Do, destroy.
+/// Takes no parameters. Each call of Do needs a new reader.
 class IKELEX_API CKelPNGDecoder : public CKelDecoder {
   public:
     CKelPNGDecoder();

@@ -1,5 +1,5 @@
-// The BMP writer: two headers, no colour table, then every row at 24 bits, the last one first. The
-// image's header record and its 24-bit rows decide the bytes.
+// The BMP writer. A file has two headers, no colour table, and every row at 24 bits, the last one
+// first. The image's header record and its 24-bit rows decide the bytes.
 #include "kelbmpencoder.h"
 
 #include <platform/vamplatform.h>
@@ -27,7 +27,7 @@ bool HasRows(int nWidth) {
            std::int64_t{nWidth} * kBits + 31 <= std::numeric_limits<std::int32_t>::max();
 }
 
-// The header as it describes the rows that are written; the image's own stays as it is.
+// The header of the rows that are written. The image's own stays as it is.
 BITMAPINFOHEADER WrittenHeader(const BITMAPINFOHEADER& own, bool bIs24, unsigned int nRowsSize) {
     BITMAPINFOHEADER header = own;
     header.biBitCount = kBits;
@@ -55,7 +55,7 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     if (HasRows(nWidth) && nHeight > 0 && !pImage->GetLineArray()) {
         return KEL_ERR_MEMORY;
     }
-    // The file's own sizes hold 32 bits; larger products wrap there.
+    // The file's own sizes have 32 bits. Larger products wrap there.
     const auto nStride = static_cast<unsigned int>(kel::RowStride(kBits, nWidth));
     const unsigned int nRowsSize = nStride * static_cast<unsigned int>(nHeight);
 

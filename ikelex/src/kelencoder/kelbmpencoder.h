@@ -1,11 +1,11 @@
 /// @file
-/// CKelBMPEncoder: the BMP writer.
+/// CKelBMPEncoder, the BMP writer.
 #ifndef KELENCODER_KELBMPENCODER_H
 #define KELENCODER_KELBMPENCODER_H
 
 #include "kelencoderbase.h"
 
-/// Takes no parameters. A writer lives for one call: construct, Do, destroy.
+/// Takes no parameters. Each call of Do needs a new writer.
 class IKELEX_API CKelBMPEncoder : public CKelEncoder {
   public:
     CKelBMPEncoder();

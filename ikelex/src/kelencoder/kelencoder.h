@@ -1,5 +1,5 @@
 /// @file
-/// CKelEncoder: the abstract writer, and all writers.
+/// CKelEncoder, the abstract writer, and all writers.
 #ifndef KELENCODER_KELENCODER_H
 #define KELENCODER_KELENCODER_H
 

@@ -1,4 +1,4 @@
-// The abstract writer: its virtual table lies here.
+// The abstract writer, with its virtual table.
 #include "kelencoderbase.h"
 
 CKelEncoder::CKelEncoder() = default;

@@ -1,5 +1,5 @@
 /// @file
-/// CKelEncoder: the abstract base of the writers.
+/// CKelEncoder, the abstract base of the writers.
 #ifndef KELENCODER_KELENCODERBASE_H
 #define KELENCODER_KELENCODERBASE_H
 
@@ -10,13 +10,13 @@
 class CVamArchive;
 class CKelImage;
 
-/// A writer lives for one call: construct, SetParameters, Do, destroy.
+/// A writer of pictures. Each call of SetParameters and Do needs a new one.
 class IKELEX_API CKelEncoder : public CKelParameterMgr {
   public:
     CKelEncoder();
     ~CKelEncoder() override;
 
-    /// Writes pImage to pArchive; the image is only read. Neither pointer may be null. Failed
+    /// Writes pImage to pArchive. The image is only read. Neither pointer may be null. Failed
     /// writes are not detected. An exception that pArchive throws passes on to the caller after
     /// everything has been released.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage) = 0;

@@ -23,8 +23,8 @@ constexpr int kDefaultQuality = 75;
 // What jpeg_error_exit throws and Do catches.
 struct WriteError {};
 
-// A compressor that is destroyed on every way out, exceptions included. Zeroed at first: destroying
-// it is then harmless even when libjpeg refused to create it.
+// A compressor that is destroyed on every way out, exceptions included. It starts zeroed, so that
+// destroying it is harmless even when libjpeg refused to create it.
 struct Compressor {
     Compressor() : info() {}
     Compressor(const Compressor&) = delete;
@@ -42,8 +42,8 @@ int ValueAs(const CVamVariant& variant) {
     return static_cast<int>(n);
 }
 
-// Asks libjpeg to take blue, green, red where it can and the image stores them: the same samples in
-// another order.
+// Asks libjpeg to take blue, green, red where it can and the image stores them. These are the same
+// samples in another order.
 bool AskForBgr([[maybe_unused]] jpeg_compress_struct* pInfo, [[maybe_unused]] CKelImage* pImage) {
 #if defined(JCS_EXTENSIONS)
     if (pImage->GetBitsPerPixel() == 24 && pImage->GetHeight() > 0) {
@@ -62,8 +62,8 @@ void WriteStoredRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
     }
 }
 
-// Passes every row to libjpeg, converted, top row first. A row the image cannot convert (none can
-// when the height is negative) goes as it stands in the buffer: black.
+// Passes every row to libjpeg, converted, top row first. A row the image cannot convert is black.
+// When the height is negative, all are.
 KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
     const std::unique_ptr<unsigned char[]> pRow(pImage->CreateLine24());
     if (pRow == nullptr) {
@@ -174,7 +174,7 @@ void CKelJpegDestMgr::InitDestination(jpeg_compress_struct* pInfo) {
 }
 
 boolean CKelJpegDestMgr::EmptyOutputBuffer(jpeg_compress_struct* pInfo) {
-    // libjpeg calls this when the block is full; its own count of free bytes may be out of date
+    // libjpeg calls this when the block is full. Its own count of free bytes may be out of date
     // then.
     auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
     pDestination->m_pArchive->Write(pDestination->m_pBuffer, kBlockSize);

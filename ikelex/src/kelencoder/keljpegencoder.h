@@ -1,5 +1,5 @@
 /// @file
-/// CKelJpegEncoder: the JPEG writer, and its destination manager.
+/// CKelJpegEncoder, the JPEG writer, and its destination manager.
 #ifndef KELENCODER_KELJPEGENCODER_H
 #define KELENCODER_KELJPEGENCODER_H
 
@@ -9,8 +9,7 @@
 
 #include "kelencoderbase.h"
 
-/// Takes the parameter "quality". A writer lives for one call: construct, SetParameters, Do,
-/// destroy.
+/// Takes the parameter "quality". Each call of SetParameters and Do needs a new writer.
 class IKELEX_API CKelJpegEncoder : public CKelEncoder {
   public:
     CKelJpegEncoder();
@@ -21,11 +20,10 @@ class IKELEX_API CKelJpegEncoder : public CKelEncoder {
     /// image has no row array, or when the output block or the row buffer cannot be allocated.
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
-    /// The "quality" parameter, not clamped; 75 when it is absent or of another kind.
+    /// The "quality" parameter, not clamped, or 75 without an integer of that name.
     int GetQualityParameter();
 
-    /// libjpeg's error handler: traces libjpeg's message and leaves libjpeg by an exception that Do
-    /// catches.
+    /// libjpeg's error handler. It traces libjpeg's message and throws what Do catches.
     static void jpeg_error_exit(jpeg_common_struct* pInfo);
 };
 

@@ -1,6 +1,6 @@
 // The PNG writer.
 //
-// libpng is left by exceptions: its error callback throws PngError, and what the archive throws
+// libpng is left by exceptions. Its error callback throws PngError, and what the archive throws
 // passes through libpng's frames as well. Everything libpng holds hangs on its two structures,
 // which PngWriter destroys on every path.
 #include "kelpngencoder.h"
@@ -22,7 +22,7 @@ using Buffer = std::unique_ptr<unsigned char[]>;
 
 struct PngError {};
 
-// How a depth is written: bits per sample and colour type; 0 bits for a depth that is not.
+// Bits per sample and colour type of a depth. 0 bits for a depth that is not written.
 struct PngLayout {
     int nBitDepth;
     int nColorType;
@@ -85,8 +85,8 @@ class PngWriter {
     png_infop m_pInfo;
 };
 
-// Refuses indices beyond the palette as libpng does. Its own check comes after the rows and misses
-// some: an index equal to the count, and the last byte of a row.
+// Refuses indices beyond the palette as libpng does. Its own check comes after the rows. It misses
+// an index equal to the count, and the last byte of a row.
 void PngWriter::CheckIndices(CKelImage* pImage) {
     const int nBits = pImage->GetBitsPerPixel();
     const int nColors = pImage->GetPaletteNum();

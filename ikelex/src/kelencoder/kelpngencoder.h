@@ -1,5 +1,5 @@
 /// @file
-/// CKelPNGEncoder: the PNG writer.
+/// CKelPNGEncoder, the PNG writer.
 #ifndef KELENCODER_KELPNGENCODER_H
 #define KELENCODER_KELPNGENCODER_H
 
@@ -9,7 +9,7 @@
 
 struct png_struct_def;
 
-/// Takes no parameters. A writer lives for one call: construct, Do, destroy.
+/// Takes no parameters. Each call of Do needs a new writer.
 class IKELEX_API CKelPNGEncoder : public CKelEncoder {
   public:
     CKelPNGEncoder();
@@ -21,7 +21,7 @@ class IKELEX_API CKelPNGEncoder : public CKelEncoder {
     /// has no row array, or when a row or the palette cannot be allocated.
     KelResult Do(CVamArchive* pArchive, CKelImage* pImage) override;
 
-    /// nCount x 3 bytes red, green, blue; the caller releases them with array delete. Null when
+    /// nCount x 3 bytes red, green, blue. The caller releases them with array delete. Null when
     /// nCount is below 1 or memory runs out.
     unsigned char* CreatePNGPalette(int nCount, tagKelRGBQUAD* pPalette) const;
 

@@ -32,7 +32,7 @@ void Advise(std::uintptr_t nBegin, std::uintptr_t nEnd, int nAdvice) {
 
 // Asks for huge pages in a large block. In a fresh block the small pages before the first huge page
 // and after the last are fetched here. A page fault for each 4 KiB, on first use, costs several
-// times as much per byte. These are hints: their failure changes nothing.
+// times as much per byte. These are hints, and their failure changes nothing.
 unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::int64_t nSize) {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     if (pBlock != nullptr && nSize >= kHugePageThreshold) {

@@ -1,4 +1,4 @@
-// Pixel buffers: taken with array new, released with array delete.
+// Pixel buffers, taken with array new and released with array delete.
 #ifndef KELMEMORY_KELMEMORY_H
 #define KELMEMORY_KELMEMORY_H
 
@@ -12,11 +12,11 @@ namespace kel {
 // std::bad_alloc, also for a negative size.
 unsigned char* NewPixels(std::int64_t nSize);
 
-// The same with std::bad_alloc caught: null for a failure. Whatever else a host's operator new
+// The same with std::bad_alloc caught. Null for a failure. Whatever else a host's operator new
 // throws passes on.
 unsigned char* TryNewPixels(std::int64_t nSize);
 
-// The same from the non-throwing array new: null instead of an exception.
+// The same from the non-throwing array new, with null instead of an exception.
 unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept;
 
 // A scratch buffer of nSize bytes, uninitialised, from the non-throwing array new. Null when it

@@ -1,4 +1,4 @@
-// Parameter lists: an array of items that a copy owns. The host's string and variant classes decide
+// Parameter lists. A copy owns its array of items. The host's string and variant classes decide
 // what a copy shares.
 #include "kelparameters.h"
 
@@ -21,7 +21,7 @@ int CopyParameters(tagKelParameters* pSrc, tagKelParameters* pDst) {
     if (nCount == 0 || pItems == nullptr) {
         return 1;
     }
-    // The strings and values are the host's and may throw; until all are copied the guard owns the
+    // The strings and values are the host's and may throw. Until all are copied the guard owns the
     // array, so that an exception leaves the empty list.
     try {
         std::unique_ptr<tagKelParameterItem[]> pCopy(new (std::nothrow)
@@ -32,14 +32,15 @@ int CopyParameters(tagKelParameters* pSrc, tagKelParameters* pDst) {
         for (unsigned int i = 0; i < nCount; ++i) {
             pCopy[i].strName = pItems[i].strName;
             pCopy[i].varValue = pItems[i].varValue;
-            // A host's assignment may share storage with the source; Clone ends that.
+            // A host's assignment may share storage with the source. Clone ends that.
             pCopy[i].strName.Clone(pItems[i].strName);
             pCopy[i].varValue.Clone(pItems[i].varValue);
         }
         pDst->nCount = nCount;
         pDst->pItems = pCopy.release();
     } catch (...) {
-        // The answer to failed memory: an empty list, in which every look-up finds its default.
+        // What is left when memory fails is an empty list, in which every look-up finds its
+        // default.
     }
     return 1;
 }
@@ -75,7 +76,7 @@ CKelParameterMgr::~CKelParameterMgr() {
 }
 
 int CKelParameterMgr::SetParameters(tagKelParameters* pParams) {
-    // Copied before the held list goes: pParams may be the held list.
+    // Copied before the held list goes, because pParams may be the held list.
     tagKelParameters list;
     InitParameters(list);
     const int nResult = CopyParameters(pParams, &list);

@@ -1,5 +1,5 @@
 /// @file
-/// CKelParameterMgr: the common root of every reader, writer and filter that takes options.
+/// CKelParameterMgr, the common root of every reader, writer and filter that takes options.
 #ifndef KELPARAMETERS_KELPARAMETERS_H
 #define KELPARAMETERS_KELPARAMETERS_H
 
@@ -12,11 +12,11 @@ class IKELEX_API CKelParameterMgr {
     CKelParameterMgr(const CKelParameterMgr&) = delete;
     CKelParameterMgr& operator=(const CKelParameterMgr&) = delete;
 
-    /// Releases the list; lets no exception escape.
+    /// Releases the list. Lets no exception escape.
     virtual ~CKelParameterMgr();
 
-    /// Replaces the held list by a copy of pParams. Returns 0 for null (the held list is then
-    /// empty), else 1; a copy that fails leaves the held list empty.
+    /// Replaces the held list by a copy of pParams. Returns 0 for null, else 1. After null or a
+    /// copy that fails the held list is empty.
     virtual int SetParameters(tagKelParameters* pParams);
 
     /// The value of the first item of that name, or null. Valid as long as the list is held.

@@ -1,4 +1,4 @@
-// Composes the trace lines. Their texts are fixed: hosts match them.
+// Composes the trace lines. Their texts are fixed, because hosts match them.
 #include "keltrace.h"
 
 #include <platform/vamplatform.h>

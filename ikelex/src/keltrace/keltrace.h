@@ -2,8 +2,8 @@
 //
 // Level 0 carries input errors (each written, then recorded as input error), level 1 failures of
 // the bounded memory functions, level 2 detail lines. A line of level L is composed only when
-// zt_trace_level() is at least L. A failed copy or fill is traced as "[" source ";" line "] secure
-// function return=" code, and the caller goes on as if it had succeeded.
+// zt_trace_level() is at least L. A failed copy or fill is traced with source, line and code, and
+// the caller goes on as if it had succeeded.
 #ifndef KELTRACE_KELTRACE_H
 #define KELTRACE_KELTRACE_H
 
@@ -11,7 +11,7 @@
 
 namespace kel {
 
-// The source names of secure-function lines: one per room that copies or fills.
+// The source names in lines of the bounded memory functions, one for each room that calls them.
 inline constexpr const char* kSourceImage = "ikelex/src/kelimage";
 inline constexpr const char* kSourceDecoder = "ikelex/src/keldecoder";
 inline constexpr const char* kSourceEncoder = "ikelex/src/kelencoder";
@@ -19,14 +19,14 @@ inline constexpr const char* kSourceEncoder = "ikelex/src/kelencoder";
 // The size of a pixel buffer above which an input error is traced (and the work still done).
 inline constexpr unsigned int kTracedSizeLimit = 50u * 1024 * 1024;
 
-// Input error: pszName and " is nullptr".
+// An input error of pszName and " is nullptr".
 void TraceNull(const char* pszName);
 
-// Input error: pszName, " is invalid: " and the value in decimal.
+// An input error of pszName, " is invalid: " and the value in decimal.
 void TraceInvalid(const char* pszName, unsigned int nValue);
 void TraceInvalid(const char* pszName, int nValue);
 
-// Input error: pszPrefix followed by a foreign library's message.
+// An input error of pszPrefix and a foreign library's message.
 void TraceMessage(const char* pszPrefix, const char* pszMessage);
 
 // memcpy_s and memset_s with value 0, into a target with room for exactly nBytes. The
