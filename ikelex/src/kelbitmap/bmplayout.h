@@ -1,8 +1,8 @@
 // The layout of a BMP file, and the sizes and offsets of its headers.
 //
-//   - file header, 14 bytes: "BM", file size, two reserved words, position of the pixel rows
-//   - info header: 40 bytes (laid out as BITMAPINFOHEADER), or 12 bytes in OS/2 files
-//   - colour table: three 32-bit masks, or entries of 4 bytes (of 3 after a 12-byte header)
+//   - file header of 14 bytes, with "BM", file size, two reserved words, position of the pixel rows
+//   - info header of 40 bytes (laid out as BITMAPINFOHEADER), or of 12 bytes in OS/2 files
+//   - colour table of three 32-bit masks, or of entries of 4 bytes (3 after a 12-byte header)
 //   - pixel rows, the last row of the picture first unless the height is negative
 //
 // All numbers are little-endian and packed.

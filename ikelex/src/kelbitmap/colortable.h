@@ -9,8 +9,8 @@ namespace kel {
 // Where a table's memory is not known to exist, one with more entries than this counts as damage.
 inline constexpr unsigned int kMaxColorTableEntries = 65536;
 
-// Entries of 4 bytes: palette colours, or three masks. 0 for an unsupported depth. biClrUsed is
-// taken as it is, however large.
+// The number of entries of 4 bytes, which are palette colours or three masks. 0 for an unsupported
+// depth. biClrUsed is taken as it is, however large.
 constexpr unsigned int ColorTableEntries(const BITMAPINFOHEADER& header) {
     switch (header.biBitCount) {
         case 1:

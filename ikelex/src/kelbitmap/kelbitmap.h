@@ -1,19 +1,19 @@
 /// @file
-/// Facts about bitmaps: sizes, colour tables, masks, channel order. Free functions without state.
-/// Nothing here allocates, traces or fails.
+/// Sizes, colour tables, masks and channel order of bitmaps. Free functions without state. Nothing
+/// here allocates, traces or fails.
 #ifndef KELBITMAP_KELBITMAP_H
 #define KELBITMAP_KELBITMAP_H
 
 #include <ikelex/bitmap.h>
 #include <ikelex/export.h>
 
-/// Bytes of the colour table that follows a header:
+/// Bytes of the colour table that follows a header, modulo 2^32. Reads the header and nothing after
+/// it.
 /// - 1 bit: 8
 /// - 4 and 8 bits: biClrUsed x 4, or 64 and 1024 when biClrUsed is 0
 /// - 16 and 32 bits with BI_BITFIELDS: 12 (three masks)
 /// - 16, 24 and 32 bits otherwise: biClrUsed x 4
 /// - any other depth: 0
-/// The product wraps at 32 bits. Reads the header and nothing after it.
 IKELEX_API unsigned int IMG_GetColorTableSize(BITMAPINFOHEADER* pHeader);
 
 /// biSize + IMG_GetColorTableSize, wrapping at 32 bits.

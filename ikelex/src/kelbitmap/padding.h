@@ -1,4 +1,5 @@
-// What follows the pixels of a row: unused bits of its last byte, and bytes up to the stride.
+// The padding of a row consists of the unused bits of its last byte, and of the bytes up to the
+// stride.
 #ifndef KELBITMAP_PADDING_H
 #define KELBITMAP_PADDING_H
 
@@ -9,8 +10,8 @@
 
 namespace kel {
 
-// Zeroes the padding of nRows rows of nWidth pixels, whole bytes only: from the byte that holds the
-// first unused bit. The pixels that share that byte are zero as well, all others stay as they are.
+// Zeroes the padding of nRows rows of nWidth pixels, from the byte that holds the first unused bit.
+// The pixels that share that byte are zeroed as well. All others stay as they are.
 inline void ClearPadding(unsigned char* pRows, int nBits, int nWidth, int nRows) {
     const std::int64_t nStride = RowStride(nBits, nWidth);
     const std::int64_t nUsed = std::int64_t{nBits} * nWidth / 8;

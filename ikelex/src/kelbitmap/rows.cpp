@@ -1,4 +1,4 @@
-// What is computed once before the rows: channel fields and colour words.
+// The channel fields and colour words, which are computed once before the rows.
 #include "rows.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Row functions: one row of pixels from one layout to another.
+// Functions that convert one row of pixels from one layout to another.
 //
 // A function takes plain pointers of any alignment and a count. It reads and writes the bytes of
 // its pixels and no others. It never allocates, traces or fails. Source and destination do not
@@ -16,7 +16,7 @@
 
 namespace kel {
 
-// One colour channel of a pixel word p: ((p & nMask) >> nRight) << nLeft, its low 8 bits.
+// One colour channel of a pixel word p. It is the low 8 bits of ((p & nMask) >> nRight) << nLeft.
 struct ChannelField {
     std::uint32_t nMask;
     int nRight;  // 0 to 31

@@ -45,7 +45,7 @@ std::uint32_t ReverseLast(std::uint32_t nWord) {
 
 void portable::Reverse24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
     for (; nPixels >= 4; nPixels -= 4, pSrc += 12, pDst += 12) {
-        // All four are read before any is written: in place is allowed.
+        // All four are read before any is written, so pDst may be pSrc.
         StoreFourColors(ReverseFirst(LoadWord(pSrc)), ReverseFirst(LoadWord(pSrc + 3)),
                         ReverseFirst(LoadWord(pSrc + 6)), ReverseLast(LoadWord(pSrc + 8)), pDst);
     }

@@ -7,9 +7,8 @@
 
 namespace kel {
 
-// Bytes of a row of nWidth pixels at nBits bits per pixel, padded to a multiple of 4:
-// ((nBits * nWidth + 31) / 32) * 4. Headers hold 16-bit depths and 32-bit widths, so that
-// |nBits * nWidth| < 2^48.
+// Bytes of a row of nWidth pixels at nBits bits per pixel, padded to a multiple of 4. Headers hold
+// 16-bit depths and 32-bit widths, so that |nBits * nWidth| < 2^48.
 constexpr std::int64_t RowStride(int nBits, std::int64_t nWidth) {
     return (nBits * nWidth + 31) / 32 * 4;
 }
@@ -24,7 +23,7 @@ constexpr std::int64_t PictureSize(int nBits, std::int64_t nWidth, std::int64_t 
     return nSize;
 }
 
-// The largest picture, row array or scratch size the library takes: 31 bits.
+// The largest picture, row array or scratch buffer in bytes, where nothing else is said.
 inline constexpr std::int64_t kMaxSize = std::numeric_limits<std::int32_t>::max();
 
 }  // namespace kel

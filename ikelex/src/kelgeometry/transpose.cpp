@@ -1,5 +1,5 @@
-// Transposition of pixels of whole bytes: which blocks are transposed in which order, and where
-// they go. The functions of the level transpose the blocks.
+// Transposition of pixels of whole bytes, in blocks. The order of the blocks, and where they go.
+// The functions of the level transpose the blocks.
 #include "transpose.h"
 
 #include <algorithm>

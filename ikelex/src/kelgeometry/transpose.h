@@ -24,8 +24,8 @@ struct Transposition {
 // written past the caches, which need not fetch them first.
 bool LeavesCaches(const Transposition& work);
 
-// Pixels of nBytes bytes (1 or more). Padding is neither read nor written. bStream: past the
-// caches, where the processor and the memory for a small buffer allow it.
+// Pixels of nBytes bytes (1 or more). Padding is neither read nor written. With bStream the pixels
+// are written past the caches, where the processor and the memory for a small buffer allow it.
 void TransposePixels(CpuLevel eLevel, int nBytes, const Transposition& work, bool bStream);
 
 // Pixels of nBits (1, 2 or 4) bits, the leftmost in the highest bits. Rows are padded to multiples

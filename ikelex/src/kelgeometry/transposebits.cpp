@@ -7,7 +7,7 @@ namespace kel {
 
 namespace {
 
-// A row of a block is a word of 8 pixels, the leftmost in its highest bits: nBits bytes.
+// A row of a block is a word of 8 pixels, nBits bytes, the leftmost in its highest bits.
 template <int nBits>
 std::uint32_t LoadPixels(const unsigned char* p) {
     std::uint32_t nPixels = 0;
@@ -30,8 +30,8 @@ void StorePixels(unsigned char* p, std::uint32_t nPixels) {
 template <int nBits, int kHalf>
 void ExchangeQuarters(std::uint32_t* pRows) {
     constexpr int kShift = kHalf * nBits;
-    // The right half of each square, in a word of 8 pixels: at 4 bits 0x0F0F0F0F, 0x00FF00FF and
-    // 0x0000FFFF.
+    // The right half of each square in a word of 8 pixels. At 4 bits that is 0x0F0F0F0F, 0x00FF00FF
+    // and 0x0000FFFF.
     constexpr auto kRight =
         static_cast<std::uint32_t>(((1ull << 8 * nBits) - 1) / ((1u << kShift) + 1));
     for (int i = 0; i < 8; ++i) {

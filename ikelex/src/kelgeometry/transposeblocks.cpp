@@ -32,8 +32,8 @@ Words4 High(Words4 a, Words4 b) {
     return KEL_SHUFFLE(a, b, 2, 6, 3, 7);
 }
 
-// A square as wide as one vector. Interleaving row i with row i + half, for all i, log2 of the
-// width times, turns rows into columns.
+// A square as wide as one vector. Each step interleaves row i with row i + half, for all i. After
+// log2 of the width steps rows are columns.
 template <typename Vector>
 void TransposeSquare(const unsigned char* pSrc, std::int64_t nSrcStride, unsigned char* pDst,
                      std::int64_t nDstStride) {
@@ -71,7 +71,7 @@ void TransposeSquares(const Transposition& work) {
     }
 }
 
-// Moves a column of 16 pixels of 3 bytes. All but the last are moved as kMove (3 or 4) bytes: the
+// Moves a column of 16 pixels of 3 bytes. All but the last are moved as kMove (3 or 4) bytes. The
 // next pixel of the destination row overwrites the fourth.
 template <int kMove>
 void MoveTriples(const unsigned char* pFrom, std::int64_t nStride, unsigned char* pTo) {

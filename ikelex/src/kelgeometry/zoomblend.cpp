@@ -1,12 +1,12 @@
-// The zoom's blended rows for every machine: 64 pixels at a time, each in a 32-bit lane.
+// The zoom's blended rows for every machine, 64 pixels at a time, each in a 32-bit lane.
 //
 // Why every byte is the same as that of the formula in zoomrows.h, here and in the x86 variants.
 // Each lane does the operations of the formula in their order. A channel is not shifted down to bit
-// 0 before it is blended: it stays in its place, which is the byte times 2^8 or 2^16. All four
-// samples are scaled by the same power of two, and scaling the inputs by it scales every product
-// and sum exactly, as the smallest weight is far above the underflow. The truncated sum therefore
-// holds the byte in the channel's place, and a mask takes it out. Byte 3 is the exception: a signed
-// word with it would be negative, so it is blended one place lower.
+// 0 before it is blended. It stays in its place, which is the byte times 2^8 or 2^16. All four
+// samples are scaled by the same power of two. That scales every product and sum exactly, as the
+// smallest weight is far above the underflow. The truncated sum therefore holds the byte in the
+// channel's place, and a mask takes it out. Byte 3 is the exception. A signed word with it would be
+// negative, so it is blended one place lower.
 #include <algorithm>
 #include <bit>
 #include <cstring>

@@ -1,4 +1,4 @@
-// The sampling of a zoom: where each destination column and row looks in the source, and the row
+// The sampling of a zoom. Where each destination column and row looks in the source, and the row
 // functions that read there.
 //
 // Float results are fixed to the bit. Every product and sum is one single-precision operation, in
@@ -21,7 +21,7 @@ struct ZoomSample {
     float fFraction;  // of the position, in [0, 1)
 };
 
-// Source pixels per destination pixel: (nSrc - 1) / (nDst - 1), or 0 when nDst is 1.
+// Source pixels per destination pixel, which is (nSrc - 1) / (nDst - 1), or 0 when nDst is 1.
 float ZoomStep(int nSrc, int nDst);
 
 // The sample of destination pixel nIndex. Both columns lie in 0 ... nSrc - 1, whatever the

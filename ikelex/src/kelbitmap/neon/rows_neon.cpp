@@ -15,7 +15,7 @@ namespace {
 
 void Reverse24(const unsigned char* pSrc, unsigned char* pDst, std::size_t nPixels) {
     for (; nPixels >= 16; nPixels -= 16, pSrc += 48, pDst += 48) {
-        // All of a block is read before any of it is written: in place is allowed.
+        // All of a block is read before any of it is written, so pDst may be pSrc.
         const uint8x16x3_t pixels = vld3q_u8(pSrc);
         vst3q_u8(pDst, {pixels.val[2], pixels.val[1], pixels.val[0]});
     }

@@ -13,7 +13,7 @@ namespace {
 
 using Byte = unsigned char;
 
-// A byte shuffle of 16 or 32 lanes; kNone gives 0.
+// A byte shuffle of 16 or 32 lanes. kNone gives 0.
 template <int N>
 struct alignas(N) Lanes {
     Byte a[N];
@@ -78,7 +78,7 @@ KEL_AVX2 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
                   s12 = Load(kReverse<1, 2>);
     const __m256i s21 = Load(kReverse<2, 1>), s22 = Load(kReverse<2, 2>);
     for (; nPixels >= 32; nPixels -= 32, pSrc += 96, pDst += 96) {
-        // All of a block is read before any of it is written: in place is allowed.
+        // All of a block is read before any of it is written, so pDst may be pSrc.
         const __m256i a = LoadHalves(pSrc, pSrc + 48);
         const __m256i b = LoadHalves(pSrc + 16, pSrc + 64);
         const __m256i c = LoadHalves(pSrc + 32, pSrc + 80);

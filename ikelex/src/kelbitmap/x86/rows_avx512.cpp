@@ -63,7 +63,7 @@ constexpr __mmask64 kReverse1Third = MakeMask([](int i) { return ReversedFrom(64
 KEL_AVX512 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     const __m512i s0 = Load(kReverse0), s1 = Load(kReverse1), s2 = Load(kReverse2);
     for (; nPixels >= 64; nPixels -= 64, pSrc += 192, pDst += 192) {
-        // All of a block is read before any of it is written: in place is allowed.
+        // All of a block is read before any of it is written, so pDst may be pSrc.
         const __m512i a = Load(pSrc), b = Load(pSrc + 64), c = Load(pSrc + 128);
         const __m512i middle = _mm512_permutex2var_epi8(a, s1, b);
         Store(pDst, _mm512_permutex2var_epi8(a, s0, b));

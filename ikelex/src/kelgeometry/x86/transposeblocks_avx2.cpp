@@ -1,7 +1,7 @@
 // Blocks of 1-byte and 3-byte pixels with AVX2. Pixels are only moved, so the result is exact.
 //
-// Bytes: each half of a vector takes 16 pixels of a row of its own. The rows are interleaved, in
-// both halves at the same time, until they are columns. Triples become 32-bit words, of which 8
+// For bytes, each half of a vector takes 16 pixels of a row of its own. The rows are interleaved,
+// in both halves at the same time, until they are columns. Triples become 32-bit words, of which 8
 // rows of 8 are interleaved.
 #if defined(__x86_64__)
 
@@ -12,7 +12,7 @@ namespace kel {
 
 namespace {
 
-// Rows to columns, by 2 x 2 squares of growing parts: words, pairs, halves.
+// Rows to columns, by 2 x 2 squares of words, then of pairs, then of halves.
 KEL_AVX2 KEL_INLINE void TransposeWords(__m256i* pRows) {
     __m256i pairs[8];
     for (int i = 0; i < 8; i += 2) {
@@ -33,7 +33,7 @@ KEL_AVX2 KEL_INLINE void TransposeWords(__m256i* pRows) {
     }
 }
 
-// 8 pixels as words, from their 24 bytes alone: 16 from the start and 16 up to the end.
+// 8 pixels as words, from their first 16 bytes and their last 16, which are 24 in all.
 KEL_AVX2 KEL_INLINE __m256i LoadPixels(const unsigned char* p) {
     const auto* const pFirst = reinterpret_cast<const __m128i*>(p);
     const auto* const pLast = reinterpret_cast<const __m128i*>(p + 8);
@@ -44,7 +44,7 @@ KEL_AVX2 KEL_INLINE __m256i LoadPixels(const unsigned char* p) {
                                 9, 9, 10, 11, 12, 12, 13, 14, 15, 15));
 }
 
-// Stores the low three bytes of 8 words, 24 bytes: the first 8, then the last 16.
+// Stores the low three bytes of 8 words, first 8 of these 24 bytes, then the last 16.
 KEL_AVX2 KEL_INLINE void StorePixels(unsigned char* p, __m256i words) {
     // Each half is packed to 12 bytes, the lower half into its bytes 4 to 15.
     const __m256i packed = _mm256_shuffle_epi8(

@@ -10,7 +10,7 @@ namespace kel {
 
 namespace {
 
-// Rows to columns, by 2 x 2 squares of growing parts: words, pairs, quarters, halves.
+// Rows to columns, by 2 x 2 squares of words, then of pairs, quarters and halves.
 KEL_AVX512 KEL_INLINE void TransposeWords(__m512i* pRows) {
     __m512i pairs[16];
     for (int i = 0; i < 16; i += 2) {

@@ -11,8 +11,8 @@ namespace kel {
 
 namespace {
 
-// 8 columns are read as four pairs: 16 bytes of the row from the first pixel of each pair. A
-// shuffle picks four words from a pair's bytes:
+// 8 columns are read as four pairs, each from the 16 bytes of the row that begin with its first
+// pixel. A shuffle picks four words from a pair's bytes.
 //
 //            low half                              high half
 //   outer    pair 0: first words, second words     pair 2: first words, second words
@@ -128,7 +128,7 @@ KEL_AVX2 KEL_INLINE void StorePixels(unsigned char* pOut, __m256i words) {
     }
 }
 
-// kOneRow: both source rows are the same.
+// With kOneRow both source rows are the same.
 template <int nBytes, bool kOneRow>
 KEL_AVX2 void BlendRows(const ZoomColumns& columns, const ZoomRow& row) {
     // Pixels that must follow a vector, for the bytes stored after it.

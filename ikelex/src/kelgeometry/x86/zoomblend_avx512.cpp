@@ -16,8 +16,8 @@ namespace {
 enum Reach { k64Bytes, k128Bytes, kFar };
 
 // The lookup of a block. Bit 31 of an index says that the second column is not the first one. The
-// other bits are the four byte indices of the first column's word in the next 64 or 128 bytes, or,
-// where the columns lie further apart, the word's distance from the block's first pixel.
+// other bits are the four byte indices of the first column's word in the next 64 or 128 bytes.
+// Where the columns lie further apart, they are the word's distance from the block's first pixel.
 constexpr int kReachAt = 16;  // 16 indices, then the reach
 
 void Prepare(int nBytes, const ZoomColumns& columns) {
@@ -125,7 +125,7 @@ KEL_AVX512 KEL_INLINE void StorePixels(unsigned char* pOut, __m512i words, int n
     _mm512_mask_storeu_epi8(pOut, bytes, words);
 }
 
-// kOneRow: both source rows are the same.
+// With kOneRow both source rows are the same.
 template <int nBytes, bool kOneRow>
 KEL_AVX512 void BlendRows(const ZoomColumns& columns, const ZoomRow& row) {
     const __m512 one = _mm512_set1_ps(1.0f);
