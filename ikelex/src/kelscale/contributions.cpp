@@ -24,9 +24,10 @@ int ClampToInt(double dValue, int nLow, int nHigh) {
     return dValue < nHigh ? static_cast<int>(dValue) : nHigh;
 }
 
-// The weights of a kernel at one scale: its value times the scale, in 256ths, cut towards zero.
-// Keeps those of the arguments seen last. At a ratio of small whole numbers the records repeat each
-// other's arguments to the bit, and sines and exponentials are most of a table's time.
+// The weights of a kernel at one scale. A weight is the kernel's value times the scale, in 256ths,
+// cut towards zero. Keeps those of the arguments seen last. At a ratio of small whole numbers the
+// records repeat each other's arguments to the bit, and sines and exponentials are most of a
+// table's time.
 class Weights {
   public:
     // For a table of nWeights weights. A small one needs few entries.
@@ -73,7 +74,7 @@ int WrapMultiply(int a, int b) {
     return static_cast<int>(static_cast<unsigned int>(a) * static_cast<unsigned int>(b));
 }
 
-// Scales nCount weights of positive sum nTotal to the sum 256. Every quotient is cut; the last
+// Scales nCount weights of positive sum nTotal to the sum 256. Every quotient is cut. The last
 // weight takes what is missing, even if it was 0 before.
 void Normalise(int* pWeights, int nCount, int nTotal) {
     int nSum = 0;

@@ -1,10 +1,10 @@
 // The plan, the scratch and the loop over rows of the horizontal pass.
 //
-// Four forms write the same bytes, those of ScaleRowPlain:
-// - single rows from windows, where the source is much wider than the target;
-// - single rows by shuffles, for enlarging and ratios near 1;
-// - bands of transposed rows;
-// - the plain loop, where memory for the others is short.
+// Four forms write the same bytes, those of ScaleRowPlain.
+// - Single rows from windows, where the source is much wider than the target.
+// - Single rows by shuffles, for enlarging and ratios near 1.
+// - Bands of transposed rows.
+// - The plain loop, where memory for the others is short.
 #ifndef KELSCALE_HORIZONTAL_H
 #define KELSCALE_HORIZONTAL_H
 

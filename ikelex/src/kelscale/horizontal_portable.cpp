@@ -46,7 +46,7 @@ inline Bytes LoadEight(const std::uint64_t& nEight) {
     return reinterpret_cast<Bytes>(Pair{nEight, 0});
 }
 
-// Transposes 8 x 8 bytes: byte j of element i becomes byte i of element j.
+// Transposes 8 x 8 bytes, so that byte j of element i becomes byte i of element j.
 inline void Transpose(std::uint64_t (&eights)[8]) {
     const Halves a = InterleaveLow(LoadEight(eights[0]), LoadEight(eights[1]));
     const Halves b = InterleaveLow(LoadEight(eights[2]), LoadEight(eights[3]));

@@ -123,8 +123,8 @@ class C2PassScale {
 
     /// Resamples ppIn into ppOut, which holds nOutHeight rows of at least nOutWidth pixels, apart
     /// from one another. They may be rows of ppIn. Returns ppOut, or null
-    /// - when working storage cannot be allocated; ppOut is then not written;
-    /// - when the callback cancels; rows already written stay written.
+    /// - when working storage cannot be allocated, with no row written,
+    /// - when the callback cancels, with the rows before that written.
     /// A zero output size writes nothing and returns ppOut.
     PixelClass** Scale(PixelClass** ppIn, unsigned int nInWidth, unsigned int nInHeight,
                        PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);

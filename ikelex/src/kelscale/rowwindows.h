@@ -32,8 +32,8 @@ inline constexpr int kLaneLimit = 128;
 inline constexpr int kNoLaneLimit = 4 * 127;
 
 // Makes a plan with windows as short as the longest record allows. False when
-// - memory is short;
-// - a record needs more than nMostChunks, or the row is shorter than a window;
+// - memory is short,
+// - a record needs more than nMostChunks, or the row is shorter than a window,
 // - a weight does not fit into a signed byte, or four of them not into nLaneLimit.
 bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMostChunks,
                  int nLaneLimit, WindowPlan& plan);

@@ -45,8 +45,8 @@ struct ShufflePlan {
 };
 
 // Makes a plan of a table. False when
-// - memory is short;
-// - the row is shorter than a load;
+// - memory is short,
+// - the row is shorter than a load,
 // - the blocks need more than nMostSteps steps on average, so that other forms are faster.
 bool PlanShuffles(const LineContribType& table, unsigned int nInLength, const ShuffleShape& shape,
                   std::size_t nMostSteps, ShufflePlan& plan);

@@ -50,7 +50,7 @@ struct Band {
 // vector holds the same pixels of all rows, and every row takes the same steps of the plan.
 struct BandFunctions {
     unsigned int nRows;
-    // Of the plan: PlanGroups with this limit, or PlanTaps for 0.
+    // The plan is that of PlanGroups with this limit, or of PlanTaps for 0.
     int nPairLimit;
     // Transposes nPixels pixels of each row. Reads no byte after them. The scratch holds
     // 3 x nRows bytes for each pixel, and nPixels is rounded up to whole blocks there.
@@ -89,7 +89,7 @@ struct VerticalRow {
 };
 
 struct VerticalFunctions {
-    // Of the plan: PlanColumns with this limit, or PlanTaps for 0.
+    // The plan is that of PlanColumns with this limit, or of PlanTaps for 0.
     int nPairLimit;
     void (*pfnColumns)(const VerticalRow& row);
 };

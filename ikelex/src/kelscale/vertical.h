@@ -20,7 +20,7 @@ class VerticalPass {
     void Prepare(const LineContribType& table, std::size_t nRowBytes,
                  const ScaleFunctions& functions);
 
-    // The source rows nFirst to nEnd - 1; both 0 for none.
+    // The source rows nFirst to nEnd - 1. Both are 0 for none.
     struct Needs {
         unsigned int nFirst;
         unsigned int nEnd;

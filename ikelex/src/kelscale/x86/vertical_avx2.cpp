@@ -24,7 +24,7 @@ KEL_AVX2 inline void Store(unsigned char* p, __m256i v) {
 // The 32 columns from nAt on, 16 bits unsigned a sum.
 //
 // vpmaddubsw takes one signed factor. A byte p is passed as p - 128, and 128 times the weights is
-// in the start value. With weights that sum to 256 at most nothing saturates or overflows.
+// in the start value. Weights that sum to 256 at most cannot make a sum saturate or overflow.
 //
 //     p x w = (p - 128) x w + 128 x w
 //     -128 x 256 = -32,768 <= sum of (p - 128) x w <= 127 x 256 = 32,512
