@@ -160,6 +160,10 @@ TEST(Dispatch, KeepsTheImageWhenThePathIsNoFile) {
     expect((testing::TempDir() + "/no/such/file").c_str(), KEL_ERR_FILE);
     EXPECT_EQ(image.GetWidth(), 40);
     EXPECT_NE(image.GetBits(), nullptr);
+    CVamArchiveFile full;  // that a disk is full, its stream alone knows
+    if (full.Open("/dev/full", "w+b")) {
+        EXPECT_EQ(image.Save("/dev/full", KEL_IMAGE_BMP, nullptr), KEL_OK);
+    }
 }
 
 TEST(Dispatch, OpensFilesThatNobodyMayWriteTo) {

@@ -55,14 +55,11 @@ Bytes Load(const std::string& strFile);
 
 // A scenario's end: its result, the image, what was made and what was written.
 struct Outcome {
-    KelResult nResult;
+    KelResult nResult = KEL_OK;
     Bytes image, made, written;
     bool operator==(const Outcome&) const = default;
 };
 Outcome OutcomeOf(Stage& stage, KelResult nResult);
-
-// Fails the current test unless the image is consistent (support/inspect.h).
-void ExpectSound(CKelImage& image, const std::string& strWhere);
 
 }  // namespace faults
 

@@ -174,8 +174,4 @@ Outcome OutcomeOf(Stage& stage, KelResult nResult) {
     return outcome;
 }
 
-void ExpectSound(CKelImage& image, const std::string& strWhere) {
-    EXPECT_EQ("", support::FaultOf(image)) << strWhere;
-}
-
 }  // namespace faults
