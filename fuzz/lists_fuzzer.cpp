@@ -14,7 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
         std::string strName = nName < 6 ? kNames[nName] : std::string(input.Byte(), 'x');
         item.strName = CVamString(strName.c_str());
         unsigned long long nValue = 0;
-        input.Fill(reinterpret_cast<unsigned char*>(&nValue), sizeof nValue);
+        for (int k = 0; k < 64; k += 8) {
+            nValue |= static_cast<unsigned long long>(input.Byte()) << k;
+        }
         item.varValue.Set(input.Byte() % 16, nValue);
     }
     tagKelParameters params = {static_cast<unsigned int>(items.size()), items.data()}, copy;
