@@ -30,27 +30,11 @@ consteval Lanes<N> MakeLanes(Function function) {
 }
 
 KEL_AVX2 __m128i Load(const Lanes<16>& lanes) {
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes.a));
+    return Load128(lanes.a);
 }
 
 KEL_AVX2 __m256i Load(const Lanes<32>& lanes) {
-    return _mm256_load_si256(reinterpret_cast<const __m256i*>(lanes.a));
-}
-
-KEL_AVX2 __m128i Load16(const Byte* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
-KEL_AVX2 __m256i Load32(const Byte* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-KEL_AVX2 void Store16(Byte* p, __m128i v) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-}
-
-KEL_AVX2 void Store32(Byte* p, __m256i v) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+    return Load256(lanes.a);
 }
 
 // ---- 24 bits reversed. 16 pixels are three vectors of 16 bytes. Output byte j comes from input
@@ -63,13 +47,9 @@ constexpr Lanes<32> kReverse = MakeLanes<32>([](int i) {
     return nFrom >= 0 && nFrom < 16 ? nFrom : kNone;
 });
 
-KEL_AVX2 __m256i LoadHalves(const Byte* pLow, const Byte* pHigh) {
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(pLow)), Load16(pHigh), 1);
-}
-
 KEL_AVX2 void StoreHalves(Byte* pLow, Byte* pHigh, __m256i v) {
-    Store16(pLow, _mm256_castsi256_si128(v));
-    Store16(pHigh, _mm256_extracti128_si256(v, 1));
+    Store128(pLow, _mm256_castsi256_si128(v));
+    Store128(pHigh, _mm256_extracti128_si256(v, 1));
 }
 
 KEL_AVX2 void Reverse24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
@@ -106,14 +86,14 @@ constexpr Lanes<32> kPack = MakeLanes<32>([](int i) {
 
 KEL_AVX2 void StorePacked(__m256i pixels, __m256i shuffle, Byte* pDst) {
     const __m256i join = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7);
-    Store32(pDst, _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(pixels, shuffle), join));
+    Store256(pDst, _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(pixels, shuffle), join));
 }
 
 template <bool kReversed>
 KEL_AVX2 void Pack32(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     const __m256i shuffle = Load(kPack<kReversed>);
     for (; nPixels >= kPackNeeds; nPixels -= 8, pSrc += 32, pDst += 24) {
-        StorePacked(Load32(pSrc), shuffle, pDst);
+        StorePacked(Load256(pSrc), shuffle, pDst);
     }
     (kReversed ? portable::PackReverse32 : portable::Pack32)(pSrc, pDst, nPixels);
 }
@@ -126,7 +106,7 @@ constexpr Lanes<32> kExpand =
 KEL_AVX2 void Expand24(const Byte* pSrc, Byte* pDst, std::size_t nPixels) {
     const __m256i shuffle = Load(kExpand);
     for (; nPixels >= 10; nPixels -= 8, pSrc += 24, pDst += 32) {
-        Store32(pDst, _mm256_shuffle_epi8(LoadHalves(pSrc, pSrc + 12), shuffle));
+        Store256(pDst, _mm256_shuffle_epi8(LoadHalves(pSrc, pSrc + 12), shuffle));
     }
     portable::Expand24(pSrc, pDst, nPixels);
 }
@@ -145,7 +125,7 @@ KEL_AVX2 void Palette8(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
     const __m128i shuffle = _mm256_castsi256_si128(Load(kPack<false>));
     for (; nPixels >= 18; nPixels -= 16, pSrc += 16, pDst += 48) {
         for (int i = 0; i < 4; ++i) {
-            Store16(pDst + 12 * i, _mm_shuffle_epi8(LookUpFour(pSrc + 4 * i, pWords), shuffle));
+            Store128(pDst + 12 * i, _mm_shuffle_epi8(LookUpFour(pSrc + 4 * i, pWords), shuffle));
         }
     }
     portable::Palette8(pSrc, pWords, pDst, nPixels);
@@ -187,9 +167,9 @@ KEL_AVX2 void Palette4(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
         const __m128i c0 = _mm_shuffle_epi8(t0, indices);
         const __m128i c1 = _mm_shuffle_epi8(t1, indices);
         const __m128i c2 = _mm_shuffle_epi8(t2, indices);
-        Store16(pDst, Interleave<0>(c0, c1, c2));
-        Store16(pDst + 16, Interleave<1>(c0, c1, c2));
-        Store16(pDst + 32, Interleave<2>(c0, c1, c2));
+        Store128(pDst, Interleave<0>(c0, c1, c2));
+        Store128(pDst + 16, Interleave<1>(c0, c1, c2));
+        Store128(pDst + 32, Interleave<2>(c0, c1, c2));
     }
     portable::Palette4(pSrc, pWords, pDst, nPixels);
 }
@@ -220,9 +200,9 @@ KEL_AVX2 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
     const __m256i words1 = _mm256_set1_epi32(static_cast<int>(pWords[1]));
     for (; nPixels >= 32; nPixels -= 32, pSrc += 4, pDst += 96) {
         const __m256i bits = _mm256_broadcastd_epi32(_mm_loadu_si32(pSrc));
-        Store32(pDst, Choose<0>(bits, words0, words1));
-        Store32(pDst + 32, Choose<1>(bits, words0, words1));
-        Store32(pDst + 64, Choose<2>(bits, words0, words1));
+        Store256(pDst, Choose<0>(bits, words0, words1));
+        Store256(pDst + 32, Choose<1>(bits, words0, words1));
+        Store256(pDst + 64, Choose<2>(bits, words0, words1));
     }
     portable::Palette1(pSrc, pWords, pDst, nPixels);
 }
@@ -243,7 +223,7 @@ KEL_AVX2 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
     const __m256i shuffle = Load(kPack<false>);
     // The two stores at 0 and 24 write 56 bytes of which 48 count.
     for (; nPixels >= 19; nPixels -= 16, pSrc += 32, pDst += 48) {
-        const __m256i pixels = Load32(pSrc);
+        const __m256i pixels = Load256(pSrc);
         const __m256i c01 =
             _mm256_or_si256(Channel16(pixels, fields.aChannels[0]),
                             _mm256_slli_epi16(Channel16(pixels, fields.aChannels[1]), 8));
@@ -269,7 +249,7 @@ KEL_AVX2 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
                        std::size_t nPixels) {
     const __m256i shuffle = Load(kPack<false>);
     for (; nPixels >= kPackNeeds; nPixels -= 8, pSrc += 32, pDst += 24) {
-        const __m256i pixels = Load32(pSrc);
+        const __m256i pixels = Load256(pSrc);
         const __m256i c1 = _mm256_slli_epi32(Channel32(pixels, fields.aChannels[1]), 8);
         const __m256i c2 = _mm256_slli_epi32(Channel32(pixels, fields.aChannels[2]), 16);
         const __m256i c01 = _mm256_or_si256(Channel32(pixels, fields.aChannels[0]), c1);

@@ -281,7 +281,7 @@ KEL_AVX512 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst
         const __m256i out1 = _mm512_castsi512_si256(_mm512_permutex2var_epi8(c01, from1, c2));
         if (nStep == 32) {
             Store(pDst, out0);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst + 64), out1);
+            Store256(pDst + 64, out1);
         } else {
             _mm512_mask_storeu_epi8(pDst, First(3 * nStep), out0);
             if (3 * nStep > 64) {
@@ -316,9 +316,8 @@ KEL_AVX512 void Fields32(const Byte* pSrc, const PixelFields& fields, Byte* pDst
         const __m512i packed =
             _mm512_permutexvar_epi8(shuffle, _mm512_mask_mov_epi8(c01, kThirdBytes, c2));
         if (nStep == 16) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst), _mm512_castsi512_si256(packed));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + 32),
-                             _mm512_extracti32x4_epi32(packed, 2));
+            Store256(pDst, _mm512_castsi512_si256(packed));
+            Store128(pDst + 32, _mm512_extracti32x4_epi32(packed, 2));
         } else {
             _mm512_mask_storeu_epi8(pDst, First(3 * nStep), packed);
         }

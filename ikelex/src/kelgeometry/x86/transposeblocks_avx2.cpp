@@ -35,13 +35,10 @@ KEL_AVX2 KEL_INLINE void TransposeWords(__m256i* pRows) {
 
 // 8 pixels as words, from their first 16 bytes and their last 16, which are 24 in all.
 KEL_AVX2 KEL_INLINE __m256i LoadPixels(const unsigned char* p) {
-    const auto* const pFirst = reinterpret_cast<const __m128i*>(p);
-    const auto* const pLast = reinterpret_cast<const __m128i*>(p + 8);
-    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(pFirst)),
-                                                  _mm_loadu_si128(pLast), 1);
     return _mm256_shuffle_epi8(
-        bytes, _mm256_setr_epi8(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11, 4, 5, 6, 6, 7, 8,
-                                9, 9, 10, 11, 12, 12, 13, 14, 15, 15));
+        LoadHalves(p, p + 8),
+        _mm256_setr_epi8(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11, 4, 5, 6, 6, 7, 8, 9, 9,
+                         10, 11, 12, 12, 13, 14, 15, 15));
 }
 
 // Stores the low three bytes of 8 words, first 8 of these 24 bytes, then the last 16.
@@ -53,15 +50,7 @@ KEL_AVX2 KEL_INLINE void StorePixels(unsigned char* p, __m256i words) {
     const __m128i low = _mm256_castsi256_si128(packed);
     const __m128i high = _mm256_extracti128_si256(packed, 1);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_srli_si128(low, 4));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), _mm_alignr_epi8(high, low, 12));
-}
-
-// 16 pixels of a row and of the one 16 rows below.
-KEL_AVX2 KEL_INLINE __m256i LoadHalves(const unsigned char* p, std::int64_t nStride) {
-    const auto* const pUpper = reinterpret_cast<const __m128i*>(p);
-    const auto* const pLower = reinterpret_cast<const __m128i*>(p + 16 * nStride);
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(pUpper)),
-                                   _mm_loadu_si128(pLower), 1);
+    Store128(p + 8, _mm_alignr_epi8(high, low, 12));
 }
 
 // 16 columns of 32 rows. Interleaving row i with row i + 8, for all i, four times, transposes each
@@ -70,7 +59,7 @@ KEL_AVX2 KEL_INLINE void TransposeBytes(const unsigned char* pSrc, std::int64_t 
                                         unsigned char* pDst, std::int64_t nDstStride) {
     __m256i rows[16];
     for (int i = 0; i < 16; ++i) {
-        rows[i] = LoadHalves(pSrc + i * nSrcStride, nSrcStride);
+        rows[i] = LoadHalves(pSrc + i * nSrcStride, pSrc + (16 + i) * nSrcStride);
     }
     for (int nStep = 0; nStep < 4; ++nStep) {
         __m256i next[16];
@@ -83,7 +72,7 @@ KEL_AVX2 KEL_INLINE void TransposeBytes(const unsigned char* pSrc, std::int64_t 
         }
     }
     for (int i = 0; i < 16; ++i) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst + i * nDstStride), rows[i]);
+        Store256(pDst + i * nDstStride, rows[i]);
     }
 }
 

@@ -45,17 +45,6 @@ void Prepare(int nBytes, const ZoomColumns& columns) {
     }
 }
 
-KEL_AVX2 KEL_INLINE __m256i Load8(const int* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-KEL_AVX2 KEL_INLINE __m256i LoadPairs(const unsigned char* pLow, const unsigned char* pHigh) {
-    const auto* const pTo = reinterpret_cast<const __m128i*>(pHigh);
-    return _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pLow))),
-        _mm_loadu_si128(pTo), 1);
-}
-
 // The words at the given positions of a row. A word that would end after the row is read from the
 // row's last four bytes and shifted down.
 KEL_AVX2 KEL_INLINE __m256i Gather(const ZoomRow& row, const unsigned char* pRow,
@@ -74,15 +63,15 @@ KEL_AVX2 KEL_INLINE void LoadWords(const ZoomColumns& columns, int nBegin, const
                                    __m256i* pWords) {
     if (!bNear) {
         const __m256i size = _mm256_set1_epi32(nBytes);
-        pWords[0] = Gather(row, pRow, _mm256_mullo_epi32(Load8(columns.pFirst + nBegin), size));
-        pWords[1] = Gather(row, pRow, _mm256_mullo_epi32(Load8(columns.pSecond + nBegin), size));
+        pWords[0] = Gather(row, pRow, _mm256_mullo_epi32(Load256(columns.pFirst + nBegin), size));
+        pWords[1] = Gather(row, pRow, _mm256_mullo_epi32(Load256(columns.pSecond + nBegin), size));
         return;
     }
     const int* const pPairs = pLookup + kPairs;
     const __m256i outer =
-        _mm256_shuffle_epi8(LoadPairs(pRow + pPairs[0], pRow + pPairs[2]), Load8(pLookup));
-    const __m256i inner =
-        _mm256_shuffle_epi8(LoadPairs(pRow + pPairs[1], pRow + pPairs[3]), Load8(pLookup + kInner));
+        _mm256_shuffle_epi8(LoadHalves(pRow + pPairs[0], pRow + pPairs[2]), Load256(pLookup));
+    const __m256i inner = _mm256_shuffle_epi8(LoadHalves(pRow + pPairs[1], pRow + pPairs[3]),
+                                              Load256(pLookup + kInner));
     pWords[0] = _mm256_unpacklo_epi64(outer, inner);
     pWords[1] = _mm256_unpackhi_epi64(outer, inner);
 }
@@ -109,7 +98,7 @@ KEL_AVX2 KEL_INLINE __m256i BlendChannel(const __m256i* pWords, const __m256* pW
 template <int nBytes>
 KEL_AVX2 KEL_INLINE void StorePixels(unsigned char* pOut, __m256i words) {
     if (nBytes == 4) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pOut), words);
+        Store256(pOut, words);
         return;
     }
     const __m256i pack =
@@ -121,10 +110,10 @@ KEL_AVX2 KEL_INLINE void StorePixels(unsigned char* pOut, __m256i words) {
     const __m128i low = _mm256_castsi256_si128(packed);
     const __m128i high = _mm256_extracti128_si256(packed, 1);
     if (nBytes == 3) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut), low);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut + 12), high);
+        Store128(pOut, low);
+        Store128(pOut + 12, high);
     } else {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(pOut), _mm_unpacklo_epi64(low, high));
+        Store128(pOut, _mm_unpacklo_epi64(low, high));
     }
 }
 

@@ -36,10 +36,6 @@ KEL_AVX2 inline void TransposeQuads(__m256i* pQuads) {
     pQuads[3] = _mm256_unpackhi_epi64(b, d);
 }
 
-KEL_AVX2 inline __m128i Load16(const unsigned char* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
 // Transposes four pixels, 12 bytes, of every row. Reads 16 bytes at ppIn[r] + nAt.
 KEL_AVX2 inline void TransposeGroup(const unsigned char* const* ppIn, std::size_t nAt,
                                     unsigned char* pGroup) {
@@ -49,13 +45,12 @@ KEL_AVX2 inline void TransposeGroup(const unsigned char* const* ppIn, std::size_
     __m256i quads[4];
     for (unsigned int i = 0; i < 4; ++i) {
         // Half h of vector i is row 4h + i, so that after the transposition lane r is row r.
-        const __m256i v = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(ppIn[i] + nAt)),
-                                                  Load16(ppIn[4 + i] + nAt), 1);
+        const __m256i v = LoadHalves(ppIn[i] + nAt, ppIn[4 + i] + nAt);
         quads[i] = _mm256_shuffle_epi8(v, order);
     }
     TransposeQuads(quads);
     for (unsigned int k = 0; k < 3; ++k) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pGroup + k * kQuadBytes), quads[k]);
+        Store256(pGroup + k * kQuadBytes, quads[k]);
     }
 }
 
@@ -90,8 +85,7 @@ KEL_AVX2 inline void SumPixel(const Band& band, std::size_t x, __m256i* pSums) {
         const unsigned char* pGroup =
             band.pScratch + kGroupBytes * static_cast<unsigned int>(pStep->nIndex);
         for (unsigned int k = 0; k < 3; ++k) {
-            const __m256i bytes =
-                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pGroup + k * kQuadBytes));
+            const __m256i bytes = Load256(pGroup + k * kQuadBytes);
             const __m256i pairs = _mm256_maddubs_epi16(bytes, weights);
             sums[k] = _mm256_add_epi32(sums[k], _mm256_madd_epi16(pairs, ones));
         }
@@ -128,17 +122,13 @@ KEL_AVX2 inline void SumFour(const Band& band, std::size_t x, __m256i* pQuads) {
     pQuads[2] = PackBytes(sums + 8);
 }
 
-KEL_AVX2 inline void Store16(unsigned char* p, __m128i v) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-}
-
 // Transposes 16 pixels back, 48 bytes to each row.
 KEL_AVX2 inline void StoreBlock(__m256i* pQuads, unsigned char* const* ppOut) {
     for (unsigned int k = 0; k < 3; ++k) {
         TransposeQuads(pQuads + 4 * k);
         for (unsigned int i = 0; i < 4; ++i) {
-            Store16(ppOut[i] + 16 * k, _mm256_castsi256_si128(pQuads[4 * k + i]));
-            Store16(ppOut[4 + i] + 16 * k, _mm256_extracti128_si256(pQuads[4 * k + i], 1));
+            Store128(ppOut[i] + 16 * k, _mm256_castsi256_si128(pQuads[4 * k + i]));
+            Store128(ppOut[4 + i] + 16 * k, _mm256_extracti128_si256(pQuads[4 * k + i], 1));
         }
     }
 }

@@ -136,19 +136,15 @@ KEL_AVX512 inline void SumFour(const Band& band, std::size_t x, __m512i* pQuads)
     pQuads[2] = PackBytes(sums + 8);
 }
 
-KEL_AVX512 inline void Store16(unsigned char* p, __m128i v) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-}
-
 // Transposes 16 pixels back, 48 bytes to each row.
 KEL_AVX512 inline void StoreBlock(__m512i* pQuads, unsigned char* const* ppOut) {
     for (unsigned int k = 0; k < 3; ++k) {
         TransposeQuads(pQuads + 4 * k);
         for (unsigned int i = 0; i < 4; ++i) {
-            Store16(ppOut[i] + 16 * k, _mm512_castsi512_si128(pQuads[4 * k + i]));
-            Store16(ppOut[4 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 1));
-            Store16(ppOut[8 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 2));
-            Store16(ppOut[12 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 3));
+            Store128(ppOut[i] + 16 * k, _mm512_castsi512_si128(pQuads[4 * k + i]));
+            Store128(ppOut[4 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 1));
+            Store128(ppOut[8 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 2));
+            Store128(ppOut[12 + i] + 16 * k, _mm512_extracti32x4_epi32(pQuads[4 * k + i], 3));
         }
     }
 }

@@ -19,8 +19,8 @@ KEL_AVX2 KEL_INLINE void StoreEight(__m256i bytes, unsigned char* pOut, std::siz
     const std::size_t nLeft = 3 * (nOutWidth - x);
     // A store of 16 bytes overwrites 4 bytes of what follows, which is stored later.
     unsigned char* p = nLeft >= sizeof copy ? pOut + 3 * x : copy;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(bytes));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12), _mm256_extracti128_si256(bytes, 1));
+    Store128(p, _mm256_castsi256_si128(bytes));
+    Store128(p + 12, _mm256_extracti128_si256(bytes, 1));
     if (p == copy) {
         std::memcpy(pOut + 3 * x, copy, nLeft < 24 ? nLeft : 24);
     }

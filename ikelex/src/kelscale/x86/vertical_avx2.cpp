@@ -13,14 +13,6 @@ namespace kel {
 
 namespace {
 
-KEL_AVX2 inline __m256i Load(const unsigned char* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-KEL_AVX2 inline void Store(unsigned char* p, __m256i v) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
-}
-
 // The 32 columns from nAt on, 16 bits unsigned a sum.
 //
 // vpmaddubsw takes one signed factor. A byte p is passed as p - 128, and 128 times the weights is
@@ -38,14 +30,14 @@ KEL_AVX2 inline void SumPairs(const VerticalRow& row, std::size_t nAt) {
     for (unsigned int s = 0; s < row.nSteps; s += 2) {
         const __m256i weights = _mm256_set1_epi16(
             static_cast<short>(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8));
-        const __m256i a = _mm256_xor_si256(flip, Load(row.ppIn[s] + nAt));
-        const __m256i b = _mm256_xor_si256(flip, Load(row.ppIn[s + 1] + nAt));
+        const __m256i a = _mm256_xor_si256(flip, Load256(row.ppIn[s] + nAt));
+        const __m256i b = _mm256_xor_si256(flip, Load256(row.ppIn[s + 1] + nAt));
         low = _mm256_add_epi16(low, _mm256_maddubs_epi16(weights, _mm256_unpacklo_epi8(a, b)));
         high = _mm256_add_epi16(high, _mm256_maddubs_epi16(weights, _mm256_unpackhi_epi8(a, b)));
     }
     // The pack undoes the order of the lanes and never saturates.
-    Store(row.pOut + nAt,
-          _mm256_packus_epi16(_mm256_srli_epi16(low, 8), _mm256_srli_epi16(high, 8)));
+    Store256(row.pOut + nAt,
+             _mm256_packus_epi16(_mm256_srli_epi16(low, 8), _mm256_srli_epi16(high, 8)));
 }
 
 // Four weights as the bytes of every 32-bit lane.
@@ -76,10 +68,10 @@ KEL_AVX2 inline void SumFours(const VerticalRow& row, std::size_t nAt) {
     sums[0] = sums[1] = sums[2] = sums[3] = _mm256_set1_epi32(128);
     for (unsigned int s = 0; s < row.nSteps; s += 4) {
         const __m256i weights = PackWeights(row.pSteps + s);
-        const __m256i a = Load(row.ppIn[s] + nAt);
-        const __m256i b = Load(row.ppIn[s + 1] + nAt);
-        const __m256i c = Load(row.ppIn[s + 2] + nAt);
-        const __m256i d = Load(row.ppIn[s + 3] + nAt);
+        const __m256i a = Load256(row.ppIn[s] + nAt);
+        const __m256i b = Load256(row.ppIn[s + 1] + nAt);
+        const __m256i c = Load256(row.ppIn[s + 2] + nAt);
+        const __m256i d = Load256(row.ppIn[s + 3] + nAt);
         // The four bytes of one column side by side. The packs below undo the order of the lanes.
         const __m256i abLow = _mm256_unpacklo_epi8(a, b);
         const __m256i abHigh = _mm256_unpackhi_epi8(a, b);
@@ -93,7 +85,7 @@ KEL_AVX2 inline void SumFours(const VerticalRow& row, std::size_t nAt) {
     // Neither pack ever saturates, because the lanes hold bytes.
     const __m256i low = _mm256_packus_epi32(Bytes(sums[0]), Bytes(sums[1]));
     const __m256i high = _mm256_packus_epi32(Bytes(sums[2]), Bytes(sums[3]));
-    Store(row.pOut + nAt, _mm256_packus_epi16(low, high));
+    Store256(row.pOut + nAt, _mm256_packus_epi16(low, high));
 }
 
 KEL_AVX2 void ScaleColumns(const VerticalRow& row) {

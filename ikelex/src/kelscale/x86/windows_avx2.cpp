@@ -18,14 +18,6 @@ namespace {
 // So far ahead of a window its row is prefetched.
 constexpr std::size_t kAhead = 4096;
 
-KEL_AVX2 KEL_INLINE __m128i Load(const void* p) {
-    return _mm_loadu_si128(static_cast<const __m128i*>(p));
-}
-
-KEL_AVX2 KEL_INLINE __m256i LoadHalves(const unsigned char* pLow, const unsigned char* pHigh) {
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(Load(pLow)), Load(pHigh), 1);
-}
-
 // The sums of 16 pixels from p on. Each half has 32-bit lanes of the three channels.
 KEL_AVX2 KEL_INLINE __m256i SumChunk(const unsigned char* p, const signed char* pWeights) {
     // Pixels 0 to 3 and 4 to 7 by channel, then 8 to 11 and 12 to 15. The last load begins four
@@ -39,7 +31,7 @@ KEL_AVX2 KEL_INLINE __m256i SumChunk(const unsigned char* p, const signed char* 
     const __m256i first = _mm256_shuffle_epi8(LoadHalves(p, p + 12), firstOrder);
     const __m256i second = _mm256_shuffle_epi8(LoadHalves(p + 24, p + 32), secondOrder);
     // The weights of four pixels in each 32-bit lane of a half.
-    const __m256i weights = _mm256_broadcastsi128_si256(Load(pWeights));
+    const __m256i weights = _mm256_broadcastsi128_si256(Load128(pWeights));
     const __m256i firstWeights = _mm256_shuffle_epi8(
         weights, _mm256_setr_epi32(0x03020100, 0x03020100, 0x03020100, 0x03020100,  //
                                    0x07060504, 0x07060504, 0x07060504, 0x07060504));

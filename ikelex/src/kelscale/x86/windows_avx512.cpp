@@ -47,8 +47,7 @@ KEL_AVX512 KEL_INLINE __m512i SumWindow(const unsigned char* pIn, const WindowPl
     for (std::size_t c = 0; c < kChunks; ++c) {
         _mm_prefetch(p + 48 * c + kAhead, _MM_HINT_T0);
         const __m512i pixels = _mm512_maskz_loadu_epi8(kChunkBytes, p + 48 * c);
-        const __m128i weights =
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(pWeights + c * kChunkPixels));
+        const __m128i weights = Load128(pWeights + c * kChunkPixels);
         sum = _mm512_dpbusd_epi32(sum, _mm512_permutexvar_epi8(toPlanes, pixels),
                                   _mm512_broadcast_i32x4(weights));
     }
