@@ -70,7 +70,7 @@ kel::Contributions RandomTable(int nOut, int nIn, Weights eWeights, int nMost, R
 Form ExpectHorizontal(CpuLevel eLevel, int nIn, int nOut, const LineContribType& table) {
     kel::HorizontalPass pass;
     pass.Prepare(table, static_cast<unsigned int>(nIn), kel::ScaleFunctionsFor(eLevel));
-    for (const unsigned int nRows : {1u, std::min(7u, pass.BandRows()), pass.BandRows()}) {
+    for (const unsigned int nRows : {1u, std::min(3u, pass.BandRows()), pass.BandRows()}) {
         for (const bool bAtEnd : {false, true}) {
             const auto nInWidth = static_cast<std::size_t>(nIn);
             const auto nOutWidth = static_cast<std::size_t>(nOut);

@@ -72,7 +72,11 @@ void HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
     m_nOutWidth = static_cast<std::size_t>(table.nLineLength);
     m_pFunctions = &functions;
     m_eForm = PrepareForm();
-    m_nBandRows = m_eForm == Form::kBands ? functions.band.nRows : 1;
+    if (m_eForm == Form::kBands) {
+        m_nBandRows = functions.band.nRows;
+    } else if (m_eForm == Form::kShuffles) {
+        m_nBandRows = functions.pShuffles->nRows;
+    }
 }
 
 HorizontalPass::Form HorizontalPass::PrepareForm() {
@@ -172,9 +176,21 @@ void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const*
             m_pFunctions->pWindows->pfnRow(*ppIn, *ppOut, m_nOutWidth, m_Windows);
             break;
         case Form::kShuffles:
-            m_pFunctions->pShuffles->pfnRow(*ppIn, *ppOut, m_nOutWidth, m_Shuffles);
+            RunShuffles(ppIn, ppOut, nRows);
             break;
     }
+}
+
+void HorizontalPass::RunShuffles(const unsigned char* const* ppIn, unsigned char* const* ppOut,
+                                 unsigned int nRows) const {
+    const unsigned char* in[kMostBandRows];
+    unsigned char* out[kMostBandRows];
+    // The last rows, when they are fewer, repeat the last one.
+    for (unsigned int r = 0; r < m_nBandRows; ++r) {
+        in[r] = ppIn[std::min(r, nRows - 1)];
+        out[r] = ppOut[std::min(r, nRows - 1)];
+    }
+    m_pFunctions->pShuffles->pfnRows(in, out, m_nOutWidth, m_Shuffles);
 }
 
 void HorizontalPass::RunBand(const unsigned char* const* ppIn, unsigned char* const* ppOut,

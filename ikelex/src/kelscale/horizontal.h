@@ -54,6 +54,8 @@ class HorizontalPass {
     bool PrepareBands();
     Strip BlockStrip(std::size_t x, std::size_t nUnit) const;
     bool CutStrips();
+    void RunShuffles(const unsigned char* const* ppIn, unsigned char* const* ppOut,
+                     unsigned int nRows) const;
     void RunBand(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
                  unsigned int nAhead) const;
 

@@ -68,13 +68,15 @@ struct WindowFunctions {
                    const WindowPlan& plan);
 };
 
-// One row of the horizontal pass, by shuffles. Writes no byte after nOutWidth pixels.
+// The horizontal pass over nRows rows, by shuffles. Every step of the plan is loaded once for all
+// rows. Writes no byte after nOutWidth pixels.
 struct ShuffleFunctions {
     // Of the plan. With more steps than nMostSteps for a block, on average, bands are faster.
     ShuffleShape shape;
     std::size_t nMostSteps;
-    void (*pfnRow)(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-                   const ShufflePlan& plan);
+    unsigned int nRows;
+    void (*pfnRows)(const unsigned char* const* ppIn, unsigned char* const* ppOut,
+                    std::size_t nOutWidth, const ShufflePlan& plan);
 };
 
 // One output row of the vertical pass, from nSteps source rows, each with the weight of its step.
