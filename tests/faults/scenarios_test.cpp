@@ -75,6 +75,27 @@ Scenario InPlace(const char* pszName, support::Kind kind, std::function<void(CKe
             }};
 }
 
+// An operation that needs a buffer of its own on a picture that a caller lent: the image owns
+// everything afterwards, or goes on borrowing. The caller's memory stays as it was.
+Scenario OnLent(const char* pszName, std::function<void(CKelImage&)> work) {
+    return {std::string("lent: ") + pszName, Promise::kUnchanged,
+            [](Stage& stage) {
+                stage.lent = support::MakePicture(kBits24, 9, 7, 3);
+                stage.image.OpenAs(stage.lent.Info(), stage.lent.bits.data(), 0);
+            },
+            [=](Stage& stage) {
+                work(stage.image);
+                const support::AllocPause pause;
+                const support::Picture before = support::MakePicture(kBits24, 9, 7, 3);
+                EXPECT_TRUE(stage.lent.block == before.block && stage.lent.bits == before.bits);
+                const bool bOwns = stage.image.m_bOwnBuffers != 0;
+                EXPECT_NE(stage.image.m_pBits == stage.lent.bits.data(), bOwns);
+                EXPECT_NE(stage.image.m_pBMI == stage.lent.Info(), bOwns);
+                EXPECT_TRUE(bOwns || stage.image.m_ppLineArray != nullptr);
+                return bOwns ? KEL_OK : KEL_ERR_MEMORY;
+            }};
+}
+
 Scenario Scale(support::Kind kind, int nKernel, bool bNew) {
     static tagKelParameterItem items[] = {
         {"width", CVamVariant(8)}, {"height", CVamVariant(0.5)}, {"type", CVamVariant()}};
@@ -114,15 +135,6 @@ const std::vector<Scenario>& AllScenarios() {
         {"take block and pixels", Promise::kAnything,
          [](Stage& stage) { stage.lent = support::MakePicture(kIndexed4, 9, 7, 3); },
          [](Stage& stage) { return stage.image.Open(stage.lent.Info(), stage.lent.bits.data()); }},
-        {"zoom a borrowed picture", Promise::kUnchanged,
-         [](Stage& stage) {
-             stage.lent = support::MakePicture(kBits24, 9, 7, 3);
-             stage.image.OpenAs(stage.lent.Info(), stage.lent.bits.data(), 0);
-         },
-         [](Stage& stage) {
-             stage.image.ZoomImage(4, 5);
-             return stage.image.GetWidth() == 4 ? KEL_OK : KEL_ERR_MEMORY;
-         }},
         SaveStream("BMP", kIndexed8, KEL_IMAGE_BMP),
         SaveStream("BMP", kBits24, KEL_IMAGE_BMP),
         SaveStream("JPEG", kBits1, KEL_IMAGE_JPEG),
@@ -146,6 +158,15 @@ const std::vector<Scenario>& AllScenarios() {
         InPlace("24 to 32 bits", kBits24, [](CKelImage& image) { image.ChangeBitCount(32); }),
         InPlace("palette growth", kIndexed8,
                 [](CKelImage& image) { image.AddPaletteEntry(1, 2, 3, 4); }),
+        OnLent("zoom", [](CKelImage& image) { image.ZoomImage(4, 5); }),
+        OnLent("rotate",
+               [](CKelImage& image) {
+                   const bool bDone = image.Rotate(0);
+                   EXPECT_EQ(bDone, image.m_bOwnBuffers != 0);
+               }),
+        OnLent("32 bits", [](CKelImage& image) { image.ChangeBitCount(32); }),
+        OnLent("pixels", [](CKelImage& image) { image.AllocateBits1(); }),
+        OnLent("block", [](CKelImage& image) { image.AllocateBMI(1064); }),
         {"lists", Promise::kUnchanged, [](Stage&) {},
          [](Stage&) {
              static tagKelParameterItem items[] = {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -33,6 +34,13 @@ TEST(Depth, OnlyTwentyFourBitsBecomeThirtyTwo) {
         }
     }
     EXPECT_EQ(support::CountLiveBlocks(), before);
+    const unsigned char stored[] = {1, 2, 3, 4, 5, 6};
+    unsigned char row[] = {9, 9, 9, 9, 9, 9, 9, 9, 9};
+    CKelImage two;
+    two.Create(2, 1, 24);
+    two.Convert24BitTo32Bit(0, const_cast<unsigned char*>(stored), row);
+    const unsigned char expected[] = {1, 2, 3, 0, 4, 5, 6, 0, 9};
+    EXPECT_EQ(std::memcmp(row, expected, 9), 0);
     // Without pixels, without rows, and with 2 GiB a row at 32 bits.
     RecordingTrace trace;
     CKelImage image;
@@ -97,7 +105,7 @@ TEST(Palette, MissingMemoryIsTraced) {
         {-1, 1, [](auto& i) { return !i.CreateLineArray(); }, "m_ppLineArray is nullptr"},
         {1, 1, [](auto& i) { return !i.CreateLine16(); }, "p is nullptr"},
         {0x7FFFFFFF, 0, [](auto& i) { return !i.CreateLine24(); }, "p is nullptr"},
-        {-9, 0, [](auto& i) { return !i.CreateLine32(); }, "p is nullptr"},
+        {-1, 0, [](auto& i) { return !i.CreateLine32(); }, "p is nullptr"},
         {1, 1, [](auto& i) { return i.ChangeBitCount(32), i.GetBitsPerPixel() == 24; },
          "lpNewBit is nullptr"},
         {1, 1, [](auto& i) { return i.ApplyFilter(KEL_FILTER_SCALE, nullptr) == KEL_ERR_PARAM; },

@@ -20,7 +20,7 @@ using support::RandomRows;
 using support::Rows;
 using support::Shows;
 
-// Beyond the small pictures of the random sequences, and what is to change nothing.
+// Every operation, and what is to change nothing.
 TEST(Geometry, EveryOperationAtEveryDepth) {
     const int sizes[][4] = {{1, 7, 3, 3}, {90, 31, 21, 8}, {200, 3, 9, 4}, {1, 70, 200, 2}};
     for (const int nBits : support::kDepths) {
@@ -37,6 +37,8 @@ TEST(Geometry, EveryOperationAtEveryDepth) {
             EXPECT_TRUE(image.Rotate(270));
             expected =
                 reference::Transpose(reference::Zoom(reference::Mirror(expected), s[2], s[3]));
+            image.SubImage(1, 1, s[3] - 1, s[2] - 2);
+            expected = reference::Crop(expected, 1, 1, s[3] - 1, s[2] - 2);
             EXPECT_TRUE(Shows(image, expected)) << "from " << s[0] << "x" << s[1];
             EXPECT_EQ(image.m_bmih.biSizeImage, expected.bytes.size());
             EXPECT_EQ(image.GetPaletteNum(), nPalette);
@@ -151,6 +153,11 @@ TEST(Geometry, UnusualSizesAreTraced) {
         const bool bFits = &c - cases < 4;  // the others end here
         EXPECT_EQ(image.GetWidth() != c.nWidth, bFits) << c.pszTrace;
     }
+    const support::AllocFill fill(0xA5);
+    CKelImage unknown;
+    unknown.Create(8, 8, 2);  // a depth that is not sampled
+    unknown.ZoomImage(5, 4);
+    EXPECT_TRUE(Shows(unknown, BlackRows(2, 5, 4)));
     support::RecordingTrace trace(2);
     CKelImage image;
     EXPECT_FALSE(image.Rotate(0));  // no picture
@@ -179,6 +186,7 @@ TEST(Geometry, FailedAllocationsLeaveTheOldABlackOrTheNewPicture) {
     };
     for (const auto& operation : operations) {
         CKelImage copied;
+        copied.m_bmih = {40, 5, 4, 1, 24, 0, 0, 0, 0, 0, 0};
         operation.run(&copied);  // without pixels: nothing
         FillImage(&copied, src);
         const support::SecureFaults copies(0);

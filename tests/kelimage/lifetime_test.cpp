@@ -25,9 +25,13 @@ TEST(Lifetime, CleanForgetsBorrowedBuffersAndKeepsTheFlag) {
     image.Clean();
     EXPECT_TRUE(IsEmpty(image));
     EXPECT_EQ(image.m_bOwnBuffers, 0);
-    // What it makes from here on is its own (a leak checker sees it otherwise).
+    // What it makes is its own (a leak checker sees it otherwise).
     EXPECT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 5, 5, 1), KEL_OK);
     EXPECT_EQ(image.m_bOwnBuffers, 1);
+    CKelImage made;
+    made.OpenAs(picture.Info(), picture.bits.data(), 0);
+    made.Create(3, 3, 24);
+    EXPECT_EQ(made.m_pBMI, nullptr);
 }
 
 TEST(Lifetime, BorrowMovesEverything) {
@@ -62,7 +66,9 @@ TEST(Lifetime, BeginsAndEndsThroughTheInterface) {
     EXPECT_EQ(pImage, nullptr);
     DestroyImageObject(nullptr);
     EXPECT_EQ(GetKelVersion(), IKELEX_VERSION);
+    const auto before = support::CountLiveBlocks();
     (new CKelImage)->Destroy();
+    EXPECT_EQ(support::CountLiveBlocks(), before);
 }
 
 TEST(Result, EachCodeHasANameAndAMeaningOfItsOwn) {

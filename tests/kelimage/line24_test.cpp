@@ -15,6 +15,25 @@ std::size_t Stride24(int nWidth) {
     return (static_cast<std::size_t>(nWidth) * 24 + 31) / 32 * 4;
 }
 
+// The row by the member for its depth.
+void ConvertRow(CKelImage& image, int nOrder, int nRow, unsigned char* pOut) {
+    unsigned char* const pRow = image.GetLineArray()[nRow];
+    switch (image.GetBitsPerPixel()) {
+        case 1:
+            return image.Convert1BitTo24Bit(nOrder, pRow, pOut);
+        case 4:
+            return image.Convert4BitTo24Bit(nOrder, pRow, pOut);
+        case 8:
+            return image.Convert8BitTo24Bit(nOrder, pRow, pOut);
+        case 16:
+            return image.Convert16BitTo24Bit(nOrder, pRow, pOut);
+        case 24:
+            return image.Convert24BitTo24Bit(nOrder, pRow, pOut);
+        default:
+            return image.Convert32BitTo24Bit(nOrder, pRow, pOut);
+    }
+}
+
 TEST(Line24, EveryKindEqualsTheSlowLoop) {
     const support::RecordingTrace silence(-1);
     for (const Kind& kind : support::AllKinds()) {
@@ -31,6 +50,9 @@ TEST(Line24, EveryKindEqualsTheSlowLoop) {
                     reference::Line24(picture.Info(), picture.Row(nRow), nOrder == 1,
                                       expected.data());
                     EXPECT_EQ(image.GetLine24At(nOrder, nRow, line.data()), line.data());
+                    EXPECT_EQ(line, expected);
+                    line.assign(line.size(), 0x5A);
+                    ConvertRow(image, nOrder, nRow, line.data());
                     EXPECT_EQ(line, expected);
                     expectedWhole.insert(expectedWhole.end(), expected.begin(), expected.end());
                 }

@@ -17,7 +17,7 @@ std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, 
         TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
     }
     std::unique_ptr<unsigned char[]> pBits;
-    if (nSize < 0 || nSize > std::numeric_limits<std::uint32_t>::max()) {
+    if (nSize > std::numeric_limits<std::uint32_t>::max()) {
         return pBits;
     }
     try {

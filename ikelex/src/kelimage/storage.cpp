@@ -62,7 +62,7 @@ unsigned char* CKelImage::CreateUncleared(int nWidth, int nHeight, int nBitCount
 
 void CKelImage::ClearRowsFrom(int nFirst) {
     const std::int64_t nStride = kel::RowStride(m_bmih.biBitCount, m_bmih.biWidth);
-    if (m_pBits != nullptr && nFirst < m_bmih.biHeight) {
+    if (nFirst < m_bmih.biHeight) {
         std::fill(m_pBits + nFirst * nStride, m_pBits + m_bmih.biHeight * nStride, std::uint8_t{0});
     }
 }
