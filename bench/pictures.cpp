@@ -9,8 +9,8 @@
 #include <map>
 #include <tuple>
 
+#include "examples/paintscene.h"
 #include "suite.h"
-#include "support/scene.h"
 
 namespace bench {
 
@@ -53,7 +53,8 @@ void AddPalette(CKelImage& image, int nBits) {
 }
 
 Image Paint(Size size, int nBits) {
-    const support::Rows scene = support::SceneRows(size.nWidth, size.nHeight);
+    support::Rows scene = support::BlackRows(24, size.nWidth, size.nHeight);
+    PaintScene(scene.Row(0), size.nWidth, size.nHeight, static_cast<int>(scene.Stride()));
     Image pImage = Blank(size, nBits);
     if (nBits == 24) {
         std::memcpy(pImage->GetBits(), scene.bytes.data(), scene.bytes.size());

@@ -15,48 +15,31 @@ thread_local int t_nPauses = 0;
 thread_local int t_nFill = -1;
 thread_local LiveBlocks t_Live;
 
-#ifdef _WIN32
-void* AllocateAligned(std::size_t nBytes, std::size_t nAlignment) {
-    return _aligned_malloc(nBytes, nAlignment);
-}
-constexpr auto kFreeAligned = &_aligned_free;
-#else
-void* AllocateAligned(std::size_t nBytes, std::size_t nAlignment) {
-    void* pBlock = nullptr;
-    return posix_memalign(&pBlock, nAlignment, nBytes) == 0 ? pBlock : nullptr;
-}
-constexpr auto kFreeAligned = &std::free;
-#endif
-
-void* Allocate(std::size_t nSize, std::size_t nAlignment, long LiveBlocks::*pCounter) noexcept {
+void* Allocate(std::size_t nSize, long LiveBlocks::*pCounter) noexcept {
     const bool bActive = t_nPauses == 0;
     if (bActive && t_pFaults != nullptr && t_pFaults->NextFails()) {
         return nullptr;
     }
-    const std::size_t nBytes = nSize == 0 ? 1 : nSize;
-    void* const pBlock =
-        nAlignment == 0 ? std::malloc(nBytes) : AllocateAligned(nBytes, nAlignment);
+    void* const pBlock = std::malloc(nSize == 0 ? 1 : nSize);
     if (pBlock != nullptr) {
         ++(t_Live.*pCounter);
         if (bActive && t_nFill >= 0) {
-            std::memset(pBlock, t_nFill, nBytes);
+            std::memset(pBlock, t_nFill, nSize);
         }
     }
     return pBlock;
 }
 
-void* AllocateOrThrow(std::size_t nSize, std::size_t nAlignment, long LiveBlocks::*pCounter) {
-    if (void* pBlock = Allocate(nSize, nAlignment, pCounter)) {
+void* AllocateOrThrow(std::size_t nSize, long LiveBlocks::*pCounter) {
+    if (void* pBlock = Allocate(nSize, pCounter)) {
         return pBlock;
     }
     throw std::bad_alloc();
 }
 
-void Release(void* pBlock, long LiveBlocks::*pCounter, void (*pfnFree)(void*)) noexcept {
-    if (pBlock != nullptr) {
-        --(t_Live.*pCounter);
-        pfnFree(pBlock);
-    }
+void Release(void* pBlock, long LiveBlocks::*pCounter) noexcept {
+    t_Live.*pCounter -= pBlock != nullptr ? 1 : 0;
+    std::free(pBlock);
 }
 
 constexpr auto kSingles = &LiveBlocks::nSingles;
@@ -101,41 +84,22 @@ LiveBlocks CountLiveBlocks() {
 
 }  // namespace support
 
-using support::Allocate;
-using support::AllocateOrThrow;
-using support::kArrays;
-using support::kFreeAligned;
-using support::kSingles;
-using support::Release;
-using Size = std::size_t;
-using Align = std::align_val_t;
-using NoThrow = std::nothrow_t;
-
-// Every form of one kind, written once.
+// Every form of one kind, written once. Nothing here is aligned more than malloc aligns.
 // clang-format off
-#define SUPPORT_OPERATORS(KIND, counter)                                                          \
-    void* operator new KIND(Size n) { return AllocateOrThrow(n, 0, counter); }                    \
-    void* operator new KIND(Size n, Align a) { return AllocateOrThrow(n, Size(a), counter); }     \
-    void* operator new KIND(Size n, const NoThrow&) noexcept { return Allocate(n, 0, counter); }  \
-    void* operator new KIND(Size n, Align a, const NoThrow&) noexcept {                           \
-        return Allocate(n, Size(a), counter);                                                     \
-    }                                                                                             \
-    void operator delete KIND(void* p) noexcept { Release(p, counter, &std::free); }              \
-    void operator delete KIND(void* p, Size) noexcept { Release(p, counter, &std::free); }        \
-    void operator delete KIND(void* p, const NoThrow&) noexcept {                                 \
-        Release(p, counter, &std::free);                                                          \
-    }                                                                                             \
-    void operator delete KIND(void* p, Align) noexcept { Release(p, counter, kFreeAligned); }     \
-    void operator delete KIND(void* p, Size, Align) noexcept {                                    \
-        Release(p, counter, kFreeAligned);                                                        \
-    }                                                                                             \
-    void operator delete KIND(void* p, Align, const NoThrow&) noexcept {                          \
-        Release(p, counter, kFreeAligned);                                                        \
+#define SUPPORT_OPERATORS(KIND, counter)                                                           \
+    void* operator new KIND(std::size_t n) { return support::AllocateOrThrow(n, counter); }        \
+    void* operator new KIND(std::size_t n, const std::nothrow_t&) noexcept {                       \
+        return support::Allocate(n, counter);                                                      \
+    }                                                                                              \
+    void operator delete KIND(void* p) noexcept { support::Release(p, counter); }                  \
+    void operator delete KIND(void* p, std::size_t) noexcept { support::Release(p, counter); }     \
+    void operator delete KIND(void* p, const std::nothrow_t&) noexcept {                           \
+        support::Release(p, counter);                                                              \
     }
 // clang-format on
 
-SUPPORT_OPERATORS(, kSingles)
-SUPPORT_OPERATORS([], kArrays)
+SUPPORT_OPERATORS(, support::kSingles)
+SUPPORT_OPERATORS([], support::kArrays)
 
 // The sanitizers' malloc ends the process on a size it cannot serve unless told to return null.
 extern "C" const char* __asan_default_options() {

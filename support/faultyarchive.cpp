@@ -30,26 +30,19 @@ bool FaultyArchive::Fails(Op eOp) {
     return true;
 }
 
-// The value a failing Read or Write of nCount returns after nHalf bytes were moved for kShort.
-static unsigned int FailedCount(Fault eFault, unsigned int nHalf) {
-    switch (eFault) {
-        case Fault::kShort:
-            return nHalf;
-        case Fault::kHuge:
-            return 0x7FFFFFFFu;
-        case Fault::kMinusOne:
-            return ~0u;
-        default:
-            return 0;
-    }
+// What a failing call returns, by its fault.
+template <typename T>
+static T Failed(Fault eFault, T nHalf, T nHuge) {
+    const T values[] = {0, nHalf, nHuge, static_cast<T>(-1)};
+    return values[static_cast<int>(eFault)];
 }
 
 unsigned int FaultyArchive::Read(void* pBuffer, unsigned int nCount) {
     if (!Fails(Op::kRead)) {
         return CVamArchiveMemory::Read(pBuffer, nCount);
     }
-    const bool bShort = m_eFault == Fault::kShort;
-    return FailedCount(m_eFault, bShort ? CVamArchiveMemory::Read(pBuffer, nCount / 2) : 0);
+    const unsigned int nMoved = m_eFault == Fault::kShort ? nCount / 2 : 0;
+    return Failed(m_eFault, CVamArchiveMemory::Read(pBuffer, nMoved), 0x7FFFFFFFu);
 }
 
 unsigned int FaultyArchive::Write(const void* pBuffer, unsigned int nCount) {
@@ -58,8 +51,8 @@ unsigned int FaultyArchive::Write(const void* pBuffer, unsigned int nCount) {
     if (!Fails(Op::kWrite)) {
         return CVamArchiveMemory::Write(pBuffer, nCount);
     }
-    const bool bShort = m_eFault == Fault::kShort;
-    return FailedCount(m_eFault, bShort ? CVamArchiveMemory::Write(pBuffer, nCount / 2) : 0);
+    const unsigned int nMoved = m_eFault == Fault::kShort ? nCount / 2 : 0;
+    return Failed(m_eFault, CVamArchiveMemory::Write(pBuffer, nMoved), 0x7FFFFFFFu);
 }
 
 bool FaultyArchive::Seek(long long nPosition, int nOrigin) {
@@ -68,19 +61,9 @@ bool FaultyArchive::Seek(long long nPosition, int nOrigin) {
 
 long long FaultyArchive::GetPosition() {
     const long long nPosition = CVamArchiveMemory::GetPosition();
-    if (!Fails(Op::kGetPosition)) {
-        return nPosition;
-    }
-    switch (m_eFault) {
-        case Fault::kShort:
-            return nPosition / 2;
-        case Fault::kHuge:
-            return std::numeric_limits<long long>::max();
-        case Fault::kMinusOne:
-            return -1;
-        default:
-            return 0;
-    }
+    return Fails(Op::kGetPosition)
+               ? Failed(m_eFault, nPosition / 2, std::numeric_limits<long long>::max())
+               : nPosition;
 }
 
 bool FaultyArchive::Flush() {

@@ -15,26 +15,32 @@ namespace support {
 
 namespace {
 
-// Reserved pages may not be touched until they are opened. A failure ends the program.
+// Fresh pages, pages that nobody may touch. A failure ends the program.
+void Check(bool bDone) {
+    if (!bDone) {
+        std::abort();
+    }
+}
+
 #ifdef _WIN32
 
 std::size_t PageSize() {
     return 4096;
 }
 
-unsigned char* ReservePages(std::size_t nBytes) {
-    void* const pPages = VirtualAlloc(nullptr, nBytes, MEM_RESERVE, PAGE_NOACCESS);
-    return pPages != nullptr ? static_cast<unsigned char*>(pPages) : (std::abort(), nullptr);
+unsigned char* MapPages(std::size_t nBytes) {
+    void* const p = VirtualAlloc(nullptr, nBytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    Check(p != nullptr);
+    return static_cast<unsigned char*>(p);
 }
 
-void OpenPages(unsigned char* pPages, std::size_t nBytes) {
-    if (nBytes > 0 && VirtualAlloc(pPages, nBytes, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
-        std::abort();
-    }
+void Protect(unsigned char* pPage, std::size_t nBytes) {
+    DWORD nOld = 0;
+    Check(VirtualProtect(pPage, nBytes, PAGE_NOACCESS, &nOld) != 0);
 }
 
-void ReleasePages(unsigned char* pReserved, std::size_t) {
-    VirtualFree(pReserved, 0, MEM_RELEASE);
+void UnmapPages(unsigned char* pPages, std::size_t) {
+    VirtualFree(pPages, 0, MEM_RELEASE);
 }
 
 #else
@@ -43,20 +49,19 @@ std::size_t PageSize() {
     return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-unsigned char* ReservePages(std::size_t nBytes) {
-    void* const pPages =
-        mmap(nullptr, nBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    return pPages != MAP_FAILED ? static_cast<unsigned char*>(pPages) : (std::abort(), nullptr);
+unsigned char* MapPages(std::size_t nBytes) {
+    constexpr int kAccess = PROT_READ | PROT_WRITE;
+    void* const p = mmap(nullptr, nBytes, kAccess, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    Check(p != MAP_FAILED);
+    return static_cast<unsigned char*>(p);
 }
 
-void OpenPages(unsigned char* pPages, std::size_t nBytes) {
-    if (mprotect(pPages, nBytes, PROT_READ | PROT_WRITE) != 0) {
-        std::abort();
-    }
+void Protect(unsigned char* pPage, std::size_t nBytes) {
+    Check(mprotect(pPage, nBytes, PROT_NONE) == 0);
 }
 
-void ReleasePages(unsigned char* pReserved, std::size_t nBytes) {
-    munmap(pReserved, nBytes);
+void UnmapPages(unsigned char* pPages, std::size_t nBytes) {
+    munmap(pPages, nBytes);
 }
 
 #endif
@@ -67,18 +72,15 @@ GuardedRows::GuardedRows(std::size_t nRows, std::size_t nMaxBytes)
     : m_nPage(PageSize()),
       m_nRows(nRows),
       m_nSize((nMaxBytes + m_nPage - 1) / m_nPage * m_nPage),
-      m_pMapped(ReservePages(m_nPage + m_nRows * Stride())) {
-    for (std::size_t y = 0; y < m_nRows; ++y) {
-        // Some systems refuse to open no pages.
-        if (m_nSize != 0) {
-            OpenPages(Begin(y), m_nSize);
-        }
+      m_pMapped(MapPages(m_nPage + m_nRows * Stride())) {
+    for (std::size_t y = 0; y <= m_nRows; ++y) {
+        Protect(m_pMapped + y * Stride(), m_nPage);
     }
     Fill();
 }
 
 GuardedRows::~GuardedRows() {
-    ReleasePages(m_pMapped, m_nPage + m_nRows * Stride());
+    UnmapPages(m_pMapped, m_nPage + m_nRows * Stride());
 }
 
 void GuardedRows::Fill() {

@@ -8,49 +8,44 @@ namespace support {
 
 namespace {
 thread_local SecureFaults* t_pSecureFaults = nullptr;
-thread_local bool t_bIdle = false;
 
-// The checks of the platform's own functions, then the armed result.
-int Result(bool bPointers, std::size_t nRoom, std::size_t nCount) {
-    if (!bPointers) {
-        return 22;
-    }
-    if (nCount > nRoom) {
-        return 34;
-    }
+int NextResult() {
     return t_pSecureFaults != nullptr ? t_pSecureFaults->NextResult() : 0;
 }
 }  // namespace
 
-SecureFaults::SecureFaults(int nCall) : m_nFailing(nCall) {
+SecureFaults::SecureFaults(int nCall, bool bIdle) : m_nFailing(nCall), m_bIdle(bIdle) {
     t_pSecureFaults = this;
 }
 SecureFaults::~SecureFaults() {
     t_pSecureFaults = nullptr;
 }
-IdleMemset::IdleMemset() {
-    t_bIdle = true;
-}
-IdleMemset::~IdleMemset() {
-    t_bIdle = false;
-}
 
 }  // namespace support
 
+// The checks of the platform's own functions, then the work and the armed result.
 int memcpy_s(void* dest, std::size_t destMax, const void* src, std::size_t count) {
-    const bool bPointers = (dest != nullptr && src != nullptr) || count == 0;
-    if (bPointers && count > 0 && count <= destMax) {
+    if (count > 0 && (dest == nullptr || src == nullptr)) {
+        return 22;
+    }
+    if (count > destMax) {
+        return 34;
+    }
+    if (count > 0) {
         std::memcpy(dest, src, count);
     }
-    return support::Result(bPointers, destMax, count);
+    return support::NextResult();
 }
 
 int memset_s(void* dest, std::size_t destMax, int value, std::size_t count) {
-    if (support::t_bIdle) {
+    if (dest == nullptr) {
+        return 22;
+    }
+    if (count > destMax) {
         return 34;
     }
-    if (dest != nullptr && count <= destMax) {
+    if (support::t_pSecureFaults == nullptr || !support::t_pSecureFaults->Idle()) {
         std::memset(dest, value, count);
     }
-    return support::Result(dest != nullptr, destMax, count);
+    return support::NextResult();
 }

@@ -10,27 +10,23 @@
 namespace support {
 
 // While it lives, the nCall-th call of either function on this thread (1 is the first) does its
-// work and returns 34 all the same; 0 only counts. One at a time.
+// work and returns 34 all the same; 0 only counts. With bIdle memset_s does nothing instead. One at
+// a time.
 class SecureFaults : Scoped {
   public:
-    explicit SecureFaults(int nCall);
+    explicit SecureFaults(int nCall, bool bIdle = false);
     ~SecureFaults();
 
     int Seen() const { return m_nSeen; }
     bool Fired() const { return m_nFailing > 0 && m_nSeen >= m_nFailing; }
 
+    bool Idle() const { return m_bIdle; }
     int NextResult() { return ++m_nSeen == m_nFailing ? 34 : 0; }  // for the functions
 
   private:
     int m_nFailing;
+    bool m_bIdle;
     int m_nSeen = 0;
-};
-
-/// While it lives, memset_s of this thread reports 34 and does nothing. One at a time.
-class IdleMemset : Scoped {
-  public:
-    IdleMemset();
-    ~IdleMemset();
 };
 
 }  // namespace support

@@ -37,7 +37,7 @@ LEVELS = {
     "bench": 9,
 }
 # The benchmark's picture is the one the examples paint.
-SCENE = ("support/scene.h", "examples/paintscene.h")
+SCENE = ("bench/pictures.cpp", "examples/paintscene.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+[<"]([^">]+)[">]', re.MULTILINE)
 GUARD = re.compile(r"^#ifndef (\w+)\n#define \1\n", re.MULTILINE)

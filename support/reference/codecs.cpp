@@ -20,30 +20,9 @@ jpeg_error_mgr* UseErrors(jpeg_error_mgr* pErrors) {
     return pErrors;
 }
 
-J_COLOR_SPACE ColorSpaceOf(int nComponents) {
-    switch (nComponents) {
-        case 1:
-            return JCS_GRAYSCALE;
-        case 3:
-            return JCS_RGB;
-        case 4:
-            return JCS_CMYK;
-        default:
-            return JCS_UNKNOWN;
-    }
-}
-
 }  // namespace
 
-std::size_t JpegPicture::Stride() const {
-    return static_cast<std::size_t>(nWidth) * static_cast<std::size_t>(nComponents);
-}
-
-Bytes JpegPicture::Rows() const {
-    return Bytes(pRows.get(), pRows.get() + Stride() * static_cast<std::size_t>(nHeight));
-}
-
-JpegPicture DecodeJpeg(const Bytes& file, unsigned char* pTarget) {
+JpegPicture DecodeJpeg(const Bytes& file) {
     jpeg_decompress_struct info = {};
     const std::unique_ptr<jpeg_decompress_struct, decltype(&jpeg_destroy_decompress)> owner(
         &info, &jpeg_destroy_decompress);
@@ -56,22 +35,21 @@ JpegPicture DecodeJpeg(const Bytes& file, unsigned char* pTarget) {
         info.out_color_space = JCS_RGB;
     }
     jpeg_start_decompress(&info);
+    const auto nStride = static_cast<std::size_t>(info.output_components) * info.output_width;
     JpegPicture picture{static_cast<int>(info.output_width), static_cast<int>(info.output_height),
-                        info.output_components, nullptr};
-    const std::size_t nStride = picture.Stride();
-    if (pTarget == nullptr) {
-        picture.pRows.reset(new unsigned char[nStride * info.output_height]);
-        pTarget = picture.pRows.get();
-    }
+                        info.output_components, nStride * info.output_height,
+                        FreshRows(new unsigned char[nStride * info.output_height])};
     while (info.output_scanline < info.output_height) {
-        JSAMPROW pRow = pTarget + nStride * info.output_scanline;
+        JSAMPROW pRow = picture.pRows.get() + nStride * info.output_scanline;
         jpeg_read_scanlines(&info, &pRow, 1);
     }
     jpeg_finish_decompress(&info);
     return picture;
 }
 
-std::size_t EncodeJpeg(const unsigned char* pRows, const JpegFormat& format, Bytes* pFile) {
+Bytes EncodeJpeg(const unsigned char* pRows, const JpegFormat& format) {
+    constexpr J_COLOR_SPACE kSpaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN,
+                                         JCS_RGB,     JCS_CMYK,      JCS_UNKNOWN};
     jpeg_compress_struct info;
     jpeg_error_mgr errors;
     info.err = UseErrors(&errors);
@@ -82,7 +60,7 @@ std::size_t EncodeJpeg(const unsigned char* pRows, const JpegFormat& format, Byt
     info.image_width = static_cast<JDIMENSION>(format.nWidth);
     info.image_height = static_cast<JDIMENSION>(format.nHeight);
     info.input_components = format.nComponents;
-    info.in_color_space = ColorSpaceOf(format.nComponents);
+    info.in_color_space = kSpaces[format.nComponents];
     jpeg_set_defaults(&info);
     if (format.eStored != JCS_UNKNOWN) {
         jpeg_set_colorspace(&info, format.eStored);
@@ -105,11 +83,9 @@ std::size_t EncodeJpeg(const unsigned char* pRows, const JpegFormat& format, Byt
     }
     jpeg_finish_compress(&info);
     jpeg_destroy_compress(&info);
-    if (pFile != nullptr) {
-        pFile->assign(pOut, pOut + nOut);
-    }
+    Bytes file(pOut, pOut + nOut);
     std::free(pOut);
-    return nOut;
+    return file;
 }
 
 namespace {

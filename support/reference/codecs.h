@@ -30,20 +30,17 @@ struct JpegPicture {
     int nWidth = 0;
     int nHeight = 0;
     int nComponents = 0;  // bytes a pixel
+    std::size_t nSize = 0;
     FreshRows pRows;
-
-    std::size_t Stride() const;
-    Bytes Rows() const;
 };
 
 // Decodes with libjpeg's defaults, except that fewer than 3 components ask for red, green, blue.
-// With a pTarget the rows go there, and the picture has none.
-JpegPicture DecodeJpeg(const Bytes& file, unsigned char* pTarget = nullptr);
+JpegPicture DecodeJpeg(const Bytes& file);
 
 struct JpegFormat {
     int nWidth = 0;
     int nHeight = 0;
-    int nComponents = 3;  // 1 grey, 3 red, green, blue, 4 CMYK, else unknown
+    int nComponents = 3;  // 1 grey, 3 red, green, blue, 4 CMYK, 2 and 5 unknown
     int nQuality = 75;
     bool bProgressive = false;
     J_COLOR_SPACE eStored = JCS_UNKNOWN;  // JCS_UNKNOWN: libjpeg's choice
@@ -51,10 +48,8 @@ struct JpegFormat {
     unsigned int nRestart = 0;            // MCUs between restart markers; 0 for none
 };
 
-// Encodes rows without padding with libjpeg's defaults; returns the number of bytes, and the bytes
-// in *pFile unless it is null.
-std::size_t EncodeJpeg(const unsigned char* pRows, const JpegFormat& format,
-                       Bytes* pFile = nullptr);
+// Encodes rows without padding with libjpeg's defaults.
+Bytes EncodeJpeg(const unsigned char* pRows, const JpegFormat& format);
 
 struct PngFormat {
     int nWidth = 0;

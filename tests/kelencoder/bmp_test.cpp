@@ -105,7 +105,7 @@ TEST(BmpWriter, NoOldMemoryInRowsThatCannotBeConverted) {
     image.m_bmih.biCompression = BI_RLE8;
     const support::AllocFill fill(0xA5);
     const support::RecordingTrace silence(-1);
-    const support::IdleMemset idle;
+    const support::SecureFaults idle(1, true);
     CVamArchiveMemory archive;
     EXPECT_EQ(KEL_OK, CKelBMPEncoder().Do(&archive, &image));
     EXPECT_EQ(Bytes(16), Bytes(archive.GetData() + 54, archive.GetData() + archive.GetSize()));

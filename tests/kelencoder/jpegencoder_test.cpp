@@ -15,13 +15,12 @@ using support::FaultyArchive;
 
 // What plain libjpeg writes for the image's rows, or for as many rows of black.
 Bytes PlainFile(CKelImage& image, int nQuality = 75, bool bBlack = false) {
-    Bytes rows, line(static_cast<std::size_t>(image.GetWidth()) * 3 + 3), file;
+    Bytes rows, line(static_cast<std::size_t>(image.GetWidth()) * 3 + 3);
     for (int y = 0; y < image.GetHeight(); ++y) {
         image.GetLine24AsRGBAt(bBlack ? -1 : y, line.data());
         rows.insert(rows.end(), line.begin(), line.end() - 3);
     }
-    reference::EncodeJpeg(rows.data(), {image.GetWidth(), image.GetHeight(), 3, nQuality}, &file);
-    return file;
+    return reference::EncodeJpeg(rows.data(), {image.GetWidth(), image.GetHeight(), 3, nQuality});
 }
 
 bool Holds(const FaultyArchive& archive, const Bytes& file) {
