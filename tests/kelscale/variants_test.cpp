@@ -90,6 +90,11 @@ Form ExpectHorizontal(CpuLevel eLevel, int nIn, int nOut, const LineContribType&
     return pass.GetForm();
 }
 
+// Not every level has forms of the scaler.
+bool HasForms(CpuLevel eLevel) {
+    return &kel::ScaleFunctionsFor(eLevel) != &kel::ScaleFunctionsFor(CpuLevel::kPortable);
+}
+
 TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
     for (const CpuLevel eLevel : kel::Levels()) {
         Random random(5);
@@ -118,8 +123,7 @@ TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
             seen.insert(ExpectHorizontal(eLevel, nIn, nOut, *table));
         }
         const std::set<Form> all = {Form::kPlain, Form::kBands, Form::kWindows, Form::kShuffles};
-        EXPECT_EQ(eLevel == CpuLevel::kPortable ? (std::set{Form::kPlain, Form::kBands}) : all,
-                  seen);
+        EXPECT_EQ(HasForms(eLevel) ? all : (std::set{Form::kPlain, Form::kBands}), seen);
     }
 }
 
@@ -242,7 +246,7 @@ TEST(ScaleVariants, CopiesAreRecognised) {
 
 TEST(ScaleVariants, EveryLevelHasItsTableAndTheBestOneRuns) {
     for (const CpuLevel eLevel : kel::Levels()) {
-        EXPECT_EQ(eLevel == kel::Levels().front(),
+        EXPECT_EQ(eLevel == kel::Levels().front() || !HasForms(kel::Levels().front()),
                   &kel::ScaleFunctionsFor(eLevel) == &kel::BestScaleFunctions());
     }
 }
