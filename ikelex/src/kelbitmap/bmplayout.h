@@ -14,6 +14,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace kel {
 
@@ -38,21 +39,23 @@ inline constexpr unsigned int kBmpQuadSize = 4;    // a colour-table entry after
 inline constexpr unsigned int kBmpTripleSize = 3;  // and after the 12-byte one: blue, green, red
 
 inline std::uint16_t Load16(const unsigned char* p) {
-    return static_cast<std::uint16_t>(p[0] | p[1] << 8);
+    std::uint16_t nValue;
+    std::memcpy(&nValue, p, sizeof nValue);
+    return nValue;
 }
 
 inline std::uint32_t Load32(const unsigned char* p) {
-    return Load16(p) | static_cast<std::uint32_t>(Load16(p + 2)) << 16;
+    std::uint32_t nValue;
+    std::memcpy(&nValue, p, sizeof nValue);
+    return nValue;
 }
 
 inline void Store16(unsigned char* p, std::uint16_t nValue) {
-    p[0] = static_cast<unsigned char>(nValue);
-    p[1] = static_cast<unsigned char>(nValue >> 8);
+    std::memcpy(p, &nValue, sizeof nValue);
 }
 
 inline void Store32(unsigned char* p, std::uint32_t nValue) {
-    Store16(p, static_cast<std::uint16_t>(nValue));
-    Store16(p + 2, static_cast<std::uint16_t>(nValue >> 16));
+    std::memcpy(p, &nValue, sizeof nValue);
 }
 
 }  // namespace kel

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "colortable.h"
+#include "integers.h"
 #include "kelcpu/kelcpu.h"
 #include "rows.h"
 
@@ -25,7 +26,6 @@ int MaskToLShift(unsigned int nMask) {
 
 void RGB2BGR(unsigned char* pBuffer, int nCount) {
     if (nCount > 0) {
-        kel::RowFunctionsFor(kel::BestLevel())
-            .pfnReverse24(pBuffer, pBuffer, static_cast<std::size_t>(nCount));
+        kel::RowFunctionsFor(kel::BestLevel()).pfnReverse24(pBuffer, pBuffer, kel::AsSize(nCount));
     }
 }

@@ -3,8 +3,8 @@
 #ifndef KELBITMAP_PADDING_H
 #define KELBITMAP_PADDING_H
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "strides.h"
 
@@ -19,7 +19,7 @@ inline void ClearPadding(unsigned char* pRows, int nBits, int nWidth, int nRows)
         return;
     }
     for (int i = 0; i < nRows; ++i) {
-        std::memset(pRows + i * nStride + nUsed, 0, static_cast<std::size_t>(nStride - nUsed));
+        std::fill_n(pRows + i * nStride + nUsed, nStride - nUsed, std::uint8_t{0});
     }
 }
 

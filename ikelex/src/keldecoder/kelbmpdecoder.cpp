@@ -18,6 +18,7 @@
 
 #include "kelbitmap/bmplayout.h"
 #include "kelbitmap/colortable.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
 #include "kelmemory/kelmemory.h"
@@ -187,7 +188,7 @@ bool ReverseRows(unsigned char* pPixels, std::int64_t nStride, int nHeight) {
 
 // The header block. On success its sizes can be computed with, and its colour table lies inside it.
 KelResult ReadHeaderBlock(CVamArchive* pArchive, HeaderBlock& block) {
-    const auto nStart = static_cast<unsigned int>(pArchive->GetPosition());
+    const auto nStart = kel::Low32(pArchive->GetPosition());
     unsigned char headerSize[4];
     ReadOrZero(pArchive, headerSize, sizeof(headerSize));
     pArchive->Seek(nStart, 0);
@@ -203,7 +204,7 @@ KelResult ReadRows(CVamArchive* pArchive, BITMAPINFOHEADER& header, bool bSuppor
                    Buffer& pPixels) {
     const int nHeight = std::abs(header.biHeight);
     const std::int64_t nStride = kel::RowStride(header.biBitCount, header.biWidth);
-    const auto nRows = static_cast<unsigned int>(nStride * nHeight);
+    const auto nRows = kel::Low32(nStride * nHeight);
     const bool bUncompressed =
         header.biCompression == BI_RGB || header.biCompression == BI_BITFIELDS;
     if (header.biSizeImage == 0 || (bUncompressed && header.biSizeImage < nRows)) {

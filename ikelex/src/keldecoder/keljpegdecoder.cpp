@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <new>
 
 #include <jerror.h>
@@ -83,10 +82,10 @@ class RowTargets {
         }
         return m_aTargets;
     }
-    void Store(unsigned char** ppRows, JDIMENSION nRows, std::size_t nBytes) const {
+    void Store(unsigned char** ppRows, JDIMENSION nRows, std::int64_t nBytes) const {
         for (JDIMENSION i = 0; i < nRows; ++i) {
             if (m_aTargets[i] != ppRows[i]) {
-                std::memcpy(ppRows[i], m_aTargets[i], nBytes);
+                std::copy_n(m_aTargets[i], nBytes, ppRows[i]);
             }
         }
     }
@@ -113,7 +112,7 @@ void ReadRows(jpeg_decompress_struct* pInfo, CKelImage* pImage, bool bSwap) {
         if (bSmall) {
             const JDIMENSION nRows = std::min(nLeft, RowTargets::kRows);
             nRead = jpeg_read_scanlines(pInfo, targets.Of(ppNext, nRows), nRows);
-            targets.Store(ppNext, nRead, static_cast<std::size_t>(nRowBytes));
+            targets.Store(ppNext, nRead, nRowBytes);
         } else {
             nRead = jpeg_read_scanlines(pInfo, ppNext, nLeft);
         }

@@ -5,12 +5,13 @@
 #include <platform/vamplatform.h>
 
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
 
 #include "kelbitmap/bmplayout.h"
+#include "kelbitmap/integers.h"
+#include "kelbitmap/padding.h"
 #include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
 #include "kelimage/line24.h"
@@ -56,8 +57,8 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
         return KEL_ERR_MEMORY;
     }
     // The file's own sizes have 32 bits. Larger products wrap there.
-    const auto nStride = static_cast<unsigned int>(kel::RowStride(kBits, nWidth));
-    const unsigned int nRowsSize = nStride * static_cast<unsigned int>(nHeight);
+    const auto nStride = kel::Low32(kel::RowStride(kBits, nWidth));
+    const unsigned int nRowsSize = nStride * kel::Low32(nHeight);
 
     unsigned char fileHeader[kel::kBmpFileHeaderSize];
     kel::SecureZero(kel::kSourceEncoder, fileHeader, sizeof(fileHeader));
@@ -78,16 +79,12 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     if (!pRow) {
         return KEL_ERR_MEMORY;
     }
-    const std::size_t nUsed = std::size_t{3} * static_cast<unsigned int>(nWidth);
-    const std::size_t nPadding = nStride - nUsed;
     const kel::Line24Reader reader(pImage, kel::kOrderBGR);
     for (int nRow = nHeight - 1; nRow >= 0; --nRow) {
         kel::SecureZero(kel::kSourceEncoder, pRow.get(), nStride);
         reader.Read(nRow, pRow.get());
         // A row that was stored at 24 bits came with its own padding.
-        if (nPadding != 0) {
-            std::memset(pRow.get() + nUsed, 0, nPadding);
-        }
+        kel::ClearPadding(pRow.get(), kBits, nWidth, 1);
         pArchive->Write(pRow.get(), nStride);
     }
     return KEL_OK;

@@ -3,8 +3,8 @@
 // libjpeg's defaults and the quality decide the bytes.
 #include "keljpegencoder.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <new>
 
@@ -13,6 +13,7 @@
 #include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
 #include "kelimage/line24.h"
+#include "kelparameters/variantvalue.h"
 #include "keltrace/keltrace.h"
 
 namespace {
@@ -33,14 +34,6 @@ struct Compressor {
 
     jpeg_compress_struct info;
 };
-
-// The first bytes of a variant's value, as a number of the given kind.
-template <typename Number>
-int ValueAs(const CVamVariant& variant) {
-    Number n;
-    std::memcpy(&n, &variant.m_Value, sizeof n);
-    return static_cast<int>(n);
-}
 
 // Asks libjpeg to take blue, green, red where it can and the image stores them. These are the same
 // samples in another order.
@@ -69,7 +62,7 @@ KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
     if (pRow == nullptr) {
         return KEL_ERR_MEMORY;
     }
-    std::memset(pRow.get(), 0, static_cast<std::size_t>(kel::RowStride(24, pImage->GetWidth())));
+    std::fill_n(pRow.get(), kel::RowStride(24, pImage->GetWidth()), std::uint8_t{0});
     const int nHeight = pImage->GetHeight();
     const JDIMENSION nRows = pInfo->image_height;
     const kel::Line24Reader reader(pImage, kel::kOrderRGB);
@@ -80,6 +73,10 @@ KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
         jpeg_write_scanlines(pInfo, &pScanline, 1);
     }
     return KEL_OK;
+}
+
+CKelJpegDestMgr* DestinationOf(jpeg_compress_struct* pInfo) {
+    return static_cast<CKelJpegDestMgr*>(pInfo->dest);
 }
 
 KelResult Encode(jpeg_compress_struct* pInfo, int nQuality, CKelImage* pImage) {
@@ -128,22 +125,7 @@ KelResult CKelJpegEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
 
 int CKelJpegEncoder::GetQualityParameter() {
     const CVamVariant* pValue = GetParameter("quality");
-    if (pValue == nullptr) {
-        return kDefaultQuality;
-    }
-    switch (pValue->m_byType) {
-        case VAM_INT16:
-            return ValueAs<std::int16_t>(*pValue);
-        case VAM_UINT16:
-            return ValueAs<std::uint16_t>(*pValue);
-        case VAM_INT32:
-        case VAM_UINT32:
-        case VAM_LONG:
-        case VAM_ULONG:
-            return ValueAs<std::int32_t>(*pValue);
-        default:
-            return kDefaultQuality;
-    }
+    return pValue == nullptr ? kDefaultQuality : kel::IntegerOf(*pValue).value_or(kDefaultQuality);
 }
 
 void CKelJpegEncoder::jpeg_error_exit(jpeg_common_struct* pInfo) {
@@ -168,7 +150,7 @@ CKelJpegDestMgr::~CKelJpegDestMgr() {
 }
 
 void CKelJpegDestMgr::InitDestination(jpeg_compress_struct* pInfo) {
-    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    CKelJpegDestMgr* const pDestination = DestinationOf(pInfo);
     pDestination->next_output_byte = pDestination->m_pBuffer;
     pDestination->free_in_buffer = kBlockSize;
 }
@@ -176,14 +158,14 @@ void CKelJpegDestMgr::InitDestination(jpeg_compress_struct* pInfo) {
 boolean CKelJpegDestMgr::EmptyOutputBuffer(jpeg_compress_struct* pInfo) {
     // libjpeg calls this when the block is full. Its own count of free bytes may be out of date
     // then.
-    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    CKelJpegDestMgr* const pDestination = DestinationOf(pInfo);
     pDestination->m_pArchive->Write(pDestination->m_pBuffer, kBlockSize);
     InitDestination(pInfo);
     return TRUE;
 }
 
 void CKelJpegDestMgr::TermDestination(jpeg_compress_struct* pInfo) {
-    auto* pDestination = static_cast<CKelJpegDestMgr*>(pInfo->dest);
+    CKelJpegDestMgr* const pDestination = DestinationOf(pInfo);
     const auto nRest = static_cast<unsigned int>(kBlockSize - pDestination->free_in_buffer);
     if (nRest != 0) {
         pDestination->m_pArchive->Write(pDestination->m_pBuffer, nRest);

@@ -9,7 +9,6 @@
 #include <png.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <new>
 
@@ -121,7 +120,7 @@ bool PngWriter::WriteConvertedRows(CKelImage* pImage) {
         return false;
     }
     // A row that cannot be converted comes out black.
-    std::memset(pRow.get(), 0, std::size_t{3} * static_cast<unsigned int>(pImage->GetWidth()));
+    std::fill_n(pRow.get(), std::int64_t{3} * pImage->GetWidth(), std::uint8_t{0});
     const kel::Line24Reader reader(pImage, kel::kOrderRGB);
     for (int nRow = 0; nRow < pImage->GetHeight(); ++nRow) {
         reader.Read(nRow, pRow.get());
@@ -154,6 +153,10 @@ KelResult PngWriter::Write(CVamArchive* pArchive, CKelImage* pImage, const PngLa
     }
     png_write_end(m_pPng, m_pInfo);
     return KEL_OK;
+}
+
+CVamArchive* ArchiveOf(png_structp pPng) {
+    return static_cast<CVamArchive*>(png_get_io_ptr(pPng));
 }
 
 }  // namespace
@@ -206,10 +209,9 @@ void CKelPNGEncoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
 }
 
 void CKelPNGEncoder::user_write_data(png_struct_def* pPng, unsigned char* pData, size_t nLength) {
-    auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
-    pArchive->Write(pData, static_cast<unsigned int>(nLength));
+    ArchiveOf(pPng)->Write(pData, static_cast<unsigned int>(nLength));
 }
 
 void CKelPNGEncoder::user_flush_data(png_struct_def* pPng) {
-    static_cast<CVamArchive*>(png_get_io_ptr(pPng))->Flush();
+    ArchiveOf(pPng)->Flush();
 }

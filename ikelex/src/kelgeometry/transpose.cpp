@@ -124,22 +124,22 @@ std::int64_t BytesInLine(const unsigned char* p) {
 
 // Copies bytes of the small buffer to the destination, with bStream whole cache lines past the
 // caches.
-void CopyOut(unsigned char* pTo, const unsigned char* pFrom, std::size_t nCount,
+void CopyOut(unsigned char* pTo, const unsigned char* pFrom, std::int64_t nCount,
              [[maybe_unused]] bool bStream) {
-    std::size_t nDone = 0;
+    std::int64_t nDone = 0;
 #if defined(__SSE2__)
     if (bStream) {
-        nDone = std::min(nCount, static_cast<std::size_t>(-BytesInLine(pTo) & (kLine - 1)));
-        std::memcpy(pTo, pFrom, nDone);
+        nDone = std::min(nCount, -BytesInLine(pTo) & (kLine - 1));
+        std::copy_n(pFrom, nDone, pTo);
         for (; nDone + kLine <= nCount; nDone += kLine) {
-            for (std::size_t k = nDone; k < nDone + kLine; k += 16) {
+            for (std::int64_t k = nDone; k < nDone + kLine; k += 16) {
                 _mm_stream_si128(reinterpret_cast<__m128i*>(pTo + k),
                                  _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + k)));
             }
         }
     }
 #endif
-    std::memcpy(pTo + nDone, pFrom + nDone, nCount - nDone);
+    std::copy_n(pFrom + nDone, nCount - nDone, pTo + nDone);
 }
 
 // Transposes a tile, 16 columns at a time, in a small buffer, and copies its rows out as whole
@@ -199,8 +199,7 @@ class BufferedTransposer {
         if (nAbove > 0) {
             std::memcpy(pRow, pKept, kLine);
         }
-        CopyOut(pTo - nAbove, pRow + kLine - nAbove,
-                static_cast<std::size_t>(nAbove + nCount - nBelow), m_bStream);
+        CopyOut(pTo - nAbove, pRow + kLine - nAbove, nAbove + nCount - nBelow, m_bStream);
         if (nBelow > 0) {
             std::memcpy(pKept, pRow + nCount, kLine);
         }

@@ -1,6 +1,7 @@
 // Transposition of pixels below 8 bits, in blocks of 8 x 8.
 #include <algorithm>
 
+#include "kelbitmap/integers.h"
 #include "transpose.h"
 
 namespace kel {
@@ -20,7 +21,7 @@ std::uint32_t LoadPixels(const unsigned char* p) {
 template <int nBits>
 void StorePixels(unsigned char* p, std::uint32_t nPixels) {
     for (int i = nBits - 1; i >= 0; --i) {
-        p[i] = static_cast<unsigned char>(nPixels);
+        p[i] = LowByte(nPixels);
         nPixels >>= 8;
     }
 }
@@ -32,8 +33,7 @@ void ExchangeQuarters(std::uint32_t* pRows) {
     constexpr int kShift = kHalf * nBits;
     // The right half of each square in a word of 8 pixels. At 4 bits that is 0x0F0F0F0F, 0x00FF00FF
     // and 0x0000FFFF.
-    constexpr auto kRight =
-        static_cast<std::uint32_t>(((1ull << 8 * nBits) - 1) / ((1u << kShift) + 1));
+    constexpr std::uint32_t kRight = Low32(((1ull << 8 * nBits) - 1) / ((1u << kShift) + 1));
     for (int i = 0; i < 8; ++i) {
         if ((i & kHalf) == 0) {
             const std::uint32_t nBoth = (pRows[i] ^ pRows[i + kHalf] >> kShift) & kRight;

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "zoomrows.h"
 
@@ -19,11 +19,11 @@ unsigned char NearestPixels(const int* pColumns, int nCount, const unsigned char
     constexpr unsigned int kMask = (1u << nBits) - 1;
     unsigned int nPixels = 0;
     for (int k = 0; k < nCount; ++k) {
-        const auto nColumn = static_cast<unsigned int>(pColumns[k]);
+        const std::uint32_t nColumn = Low32(pColumns[k]);
         const unsigned int nShift = (kPerByte - 1 - nColumn % kPerByte) * nBits;
         nPixels = nPixels << nBits | (pSrc[nColumn / kPerByte] >> nShift & kMask);
     }
-    return static_cast<unsigned char>(nPixels << (kPerByte - nCount) * nBits);
+    return LowByte(nPixels << (kPerByte - nCount) * nBits);
 }
 
 template <int nBits>
@@ -43,14 +43,14 @@ void NearestRow(const ZoomColumns& columns, const unsigned char* pSrc, unsigned 
 
 ZoomTables::ZoomTables(int nSrcWidth, int nDstWidth)
     : m_nCount(nDstWidth),
-      m_nBlocks((static_cast<std::size_t>(nDstWidth) + kZoomBlock - 1) / kZoomBlock),
+      m_nBlocks((AsSize(nDstWidth) + kZoomBlock - 1) / kZoomBlock),
       m_pFirst(new int[m_nBlocks * kZoomBlock]),
       m_pSecond(new int[m_nBlocks * (kZoomBlock + kZoomLookup)]),
       m_pFraction(new float[m_nBlocks * kZoomBlock]) {
     const float fStep = ZoomStep(nSrcWidth, nDstWidth);
     ZoomSample sample = {};
     for (std::size_t i = 0; i < m_nBlocks * kZoomBlock; ++i) {
-        if (i < static_cast<std::size_t>(nDstWidth)) {
+        if (i < AsSize(nDstWidth)) {
             sample = ZoomSampleAt(static_cast<int>(i), fStep, nSrcWidth);
         }
         m_pFirst[i] = sample.nFirst;
@@ -78,7 +78,7 @@ void ZoomPicture(CpuLevel eLevel, int nBits, const Zoom& zoom) {
     const ZoomColumns columns = tables.Columns();
     const std::int64_t nSrcStride = RowStride(nBits, zoom.nSrcWidth);
     const std::int64_t nDstStride = RowStride(nBits, zoom.nDstWidth);
-    const auto nDstBytes = static_cast<std::size_t>((std::int64_t{nBits} * zoom.nDstWidth + 7) / 8);
+    const std::int64_t nDstBytes = (std::int64_t{nBits} * zoom.nDstWidth + 7) / 8;
     const int nBytes = nBits / 8;
     ZoomBlend* pfnBlend = nullptr;
     if (nBytes >= 2 && nBytes <= 4) {
@@ -101,7 +101,7 @@ void ZoomPicture(CpuLevel eLevel, int nBits, const Zoom& zoom) {
             pfnBlend(columns, {zoom.pSrc + rows.nFirst * nSrcStride, pSecond, nSrcStride,
                                rows.fFraction, pOut});
         } else if (pfnNearest != nullptr && rows.nSecond == nBefore) {
-            std::memcpy(pOut, pOut - nDstStride, nDstBytes);
+            std::copy_n(pOut - nDstStride, nDstBytes, pOut);
         } else if (pfnNearest != nullptr) {
             pfnNearest(columns, pSecond, pOut);
         }

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 
+#include "kelbitmap/integers.h"
 #include "zoomrows.h"
 
 namespace kel {
@@ -43,10 +44,10 @@ void Expand(const ZoomColumns& columns, int nBegin, int nCount, const unsigned c
         if (nFrom + 8 <= nRowBytes) {
             std::memcpy(&nPixels, pRow + nFrom, sizeof(nPixels));
         } else {
-            std::memcpy(&nPixels, pRow + nFrom, static_cast<std::size_t>(nRowBytes - nFrom));
+            std::memcpy(&nPixels, pRow + nFrom, AsSize(nRowBytes - nFrom));
         }
-        pWords->first[i] = static_cast<std::uint32_t>(nPixels);
-        pWords->second[i] = static_cast<std::uint32_t>(nPixels >> nShift);
+        pWords->first[i] = Low32(nPixels);
+        pWords->second[i] = Low32(nPixels >> nShift);
     }
 }
 
@@ -94,7 +95,7 @@ void Blend(const ZoomColumns& columns, const ZoomRow& row) {
         unsigned char* pOut = row.pOut + std::int64_t{nBegin} * nBytes;
         for (int i = 0; i < nCount; ++i) {
             for (int k = 0; k < nBytes; ++k) {
-                *pOut++ = static_cast<unsigned char>(result[i] >> 8 * k);
+                *pOut++ = LowByte(result[i] >> 8 * k);
             }
         }
     }

@@ -1,7 +1,6 @@
 // The one change of depth, from 24 to 32 bits.
-#include <algorithm>
-
 #include "headerblock.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/rows.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
@@ -17,7 +16,7 @@ void CKelImage::ChangeBitCount(int nBitCount) {
     unsigned char* lpNewBit = kel::NewPixelsNothrow(nSize);
     if (lpNewBit != nullptr) {
         const std::int64_t nStride = kel::RowStride(32, m_bmih.biWidth);
-        const auto nPixels = static_cast<std::size_t>(std::max<int>(m_bmih.biWidth, 0));
+        const std::size_t nPixels = kel::PixelsOfRow(m_bmih);
         kel::RowMove* const pfnExpand = kel::RowFunctionsFor(kel::BestLevel()).pfnExpand24;
         for (std::int64_t y = 0; y < m_bmih.biHeight; ++y) {
             pfnExpand(m_ppLineArray[y], lpNewBit + y * nStride, nPixels);
@@ -30,7 +29,7 @@ void CKelImage::ChangeBitCount(int nBitCount) {
     }
     const std::int64_t nOldBlock = kel::HeaderBlockSize(m_bmih);
     m_bmih.biBitCount = 32;
-    m_bmih.biSizeImage = static_cast<unsigned int>(nSize);
+    m_bmih.biSizeImage = kel::Low32(nSize);
     if (m_pBMI != nullptr) {
         m_pBMI->bmiHeader.biBitCount = 32;
         m_pBMI->bmiHeader.biSizeImage = m_bmih.biSizeImage;
@@ -44,6 +43,5 @@ void CKelImage::ChangeBitCount(int nBitCount) {
 }
 
 void CKelImage::Convert24BitTo32Bit(int, unsigned char* pSrc, unsigned char* pDst) {
-    kel::RowFunctionsFor(kel::BestLevel())
-        .pfnExpand24(pSrc, pDst, static_cast<std::size_t>(std::max<int>(m_bmih.biWidth, 0)));
+    kel::RowFunctionsFor(kel::BestLevel()).pfnExpand24(pSrc, pDst, kel::PixelsOfRow(m_bmih));
 }

@@ -1,7 +1,10 @@
 // Validation and sizes of header blocks. The header of 40 bytes decides both.
 #include "headerblock.h"
 
+#include <algorithm>
+
 #include "kelbitmap/colortable.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelmemory/kelmemory.h"
 #include "keltrace/keltrace.h"
@@ -16,6 +19,10 @@ bool IsSupportedDepth(int nBitCount) {
 bool IsSupportedHeader(const BITMAPINFOHEADER& header) {
     return header.biSize == sizeof header && IsSupportedDepth(header.biBitCount) &&
            header.biCompression <= BI_BITFIELDS && header.biWidth >= 0 && header.biHeight >= 0;
+}
+
+std::size_t PixelsOfRow(const BITMAPINFOHEADER& header) {
+    return AsSize(std::max<int>(header.biWidth, 0));
 }
 
 std::int64_t HeaderBlockSize(const BITMAPINFOHEADER& header) {

@@ -7,6 +7,7 @@
 
 #include <ikelex/bitmap.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace kel {
@@ -17,6 +18,9 @@ bool IsSupportedDepth(int nBitCount);
 // Whether Open() accepts the header. It needs biSize 40, a supported depth, biCompression up to
 // BI_BITFIELDS and no negative size.
 bool IsSupportedHeader(const BITMAPINFOHEADER& header);
+
+// Pixels of a row, none for a negative width.
+std::size_t PixelsOfRow(const BITMAPINFOHEADER& header);
 
 // Bytes of a block with a header of 40 bytes, exact in 64 bits.
 std::int64_t HeaderBlockSize(const BITMAPINFOHEADER& header);

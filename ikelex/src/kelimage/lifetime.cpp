@@ -55,7 +55,7 @@ void CKelImage::Clean() {
     DeleteLineArray();
     if (m_bOwnBuffers != 0) {
         delete[] m_pBits;
-        delete[] reinterpret_cast<unsigned char*>(m_pBMI);
+        DeleteBMI();
     }
     m_pBits = nullptr;
     m_pBMI = nullptr;

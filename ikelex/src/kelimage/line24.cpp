@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "headerblock.h"
 #include "kelbitmap/strides.h"
 #include "kelmemory/kelmemory.h"
 #include "keltrace/keltrace.h"
@@ -14,10 +15,6 @@ namespace {
 constexpr kel::ChannelField kRed555 = {0x7C00, 10, 3};
 constexpr kel::ChannelField kGreen555 = {0x03E0, 5, 3};
 constexpr kel::ChannelField kBlue555 = {0x001F, 0, 3};
-
-std::size_t PixelCount(const BITMAPINFOHEADER& header) {
-    return static_cast<std::size_t>(std::max<int>(header.biWidth, 0));
-}
 
 std::int64_t StrideAt(int nBits, const BITMAPINFOHEADER& header) {
     return kel::RowStride(nBits, std::max<int>(header.biWidth, 0));
@@ -60,7 +57,7 @@ namespace kel {
 LineConverter::LineConverter(const BITMAPINFOHEADER& header, int nBits, int nOrder,
                              const LineColors& colors)
     : m_bReverse(nOrder == kOrderRGB),
-      m_nPixels(PixelCount(header)),
+      m_nPixels(kel::PixelsOfRow(header)),
       m_nStride(StrideAt(nBits, header)) {
     const RowFunctions& rows = RowFunctionsFor(BestLevel());
     const bool bRgb = header.biCompression == BI_RGB;

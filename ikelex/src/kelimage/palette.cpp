@@ -6,6 +6,7 @@
 #include <new>
 
 #include "kelbitmap/colortable.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
 #include "keltrace/keltrace.h"
@@ -21,7 +22,7 @@ tagKelRGBQUAD* NewTable(std::int64_t nEntries) {
     if (nEntries * kEntrySize > kel::kMaxSize) {
         return nullptr;
     }
-    return new (std::nothrow) tagKelRGBQUAD[static_cast<std::size_t>(nEntries)]();
+    return new (std::nothrow) tagKelRGBQUAD[kel::AsSize(nEntries)]();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/padding.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
@@ -14,7 +15,7 @@ namespace kel {
 std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, bool bOverwritten) {
     const std::int64_t nSize = PictureSize(nBits, nWidth, nHeight);
     if (nSize <= 0 || nSize > kTracedSizeLimit) {
-        TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
+        TraceInvalid("bufferSize", Low32(nSize));
     }
     std::unique_ptr<unsigned char[]> pBits;
     if (nSize > std::numeric_limits<std::uint32_t>::max()) {
@@ -38,7 +39,7 @@ void SetPictureSize(CKelImage* pImage, int nWidth, int nHeight) {
     BITMAPINFOHEADER& header = pImage->m_bmih;
     header.biWidth = nWidth;
     header.biHeight = nHeight;
-    header.biSizeImage = static_cast<unsigned int>(PictureSize(header.biBitCount, nWidth, nHeight));
+    header.biSizeImage = Low32(PictureSize(header.biBitCount, nWidth, nHeight));
     if (pImage->m_pBMI != nullptr) {
         BITMAPINFOHEADER& block = pImage->m_pBMI->bmiHeader;
         block.biWidth = header.biWidth;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "headerblock.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/padding.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
@@ -23,8 +24,7 @@ bool CKelImage::IsValidWINCompression(unsigned int dwCompression) const {
 unsigned int CKelImage::GetBmpDataSize() {
     // Negative widths round down here, unlike in RowStride. The product keeps its low 32 bits.
     const std::int64_t nBits = std::int64_t{m_bmih.biBitCount} * m_bmih.biWidth;
-    return static_cast<unsigned int>((nBits + 31) >> 3 & -4) *
-           static_cast<unsigned int>(m_bmih.biHeight);
+    return kel::Low32((nBits + 31) >> 3 & -4) * kel::Low32(m_bmih.biHeight);
 }
 
 void CKelImage::Describe(int nWidth, int nHeight, int nBitCount) {
@@ -135,7 +135,7 @@ unsigned char** CKelImage::CreateLineArray() {
     }
     const std::int64_t nBytes = nRows * std::int64_t{sizeof(unsigned char*)};
     if (nRows >= 0 && m_bmih.biWidth >= 0 && nBytes <= kel::kMaxSize) {
-        m_ppLineArray = new (std::nothrow) unsigned char*[static_cast<std::size_t>(nRows)];
+        m_ppLineArray = new (std::nothrow) unsigned char*[kel::AsSize(nRows)];
     }
     if (m_ppLineArray == nullptr) {
         kel::TraceNull("m_ppLineArray");

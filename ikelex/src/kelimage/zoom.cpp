@@ -1,6 +1,6 @@
 // ZoomImage resizes the picture in place. Each pixel is sampled from up to four of the source.
 // kelgeometry/zoom.h defines the bytes.
-#include <cstring>
+#include <algorithm>
 
 #include "kelbitmap/strides.h"
 #include "kelgeometry/zoom.h"
@@ -49,8 +49,7 @@ void CKelImage::ZoomImage(int nWidth, int nHeight) {
         return;
     }
     if (!Sample(nBits, {m_pBits, m_bmih.biWidth, m_bmih.biHeight, pNew.get(), nWidth, nHeight})) {
-        std::memset(pNew.get(), 0,
-                    static_cast<std::size_t>(kel::PictureSize(nBits, nWidth, nHeight)));
+        std::fill_n(pNew.get(), kel::PictureSize(nBits, nWidth, nHeight), std::uint8_t{0});
     }
     if (!AdoptBits(pNew.get())) {
         return;

@@ -5,15 +5,16 @@
 #include <cstring>
 
 #include "contributions.h"
+#include "kelbitmap/integers.h"
 
 namespace kel {
 
 void BandedScale::Prepare(const LineContribType& horizontal, unsigned int nInWidth,
                           const LineContribType& vertical, unsigned int nInHeight,
                           const ScaleFunctions& functions) {
-    m_nOutBytes = std::size_t{3} * static_cast<unsigned int>(horizontal.nLineLength);
+    m_nOutBytes = 3 * AsSize(horizontal.nLineLength);
     m_nInHeight = nInHeight;
-    m_nOutHeight = static_cast<unsigned int>(vertical.nLineLength);
+    m_nOutHeight = Low32(vertical.nLineLength);
     m_bCopyRows = IsCopy(horizontal, nInWidth);
     m_bCopyColumns = IsCopy(vertical, nInHeight);
     if (!m_bCopyRows) {

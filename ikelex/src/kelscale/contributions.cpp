@@ -3,6 +3,7 @@
 // infinite ratios (an empty source), tiny ones (a huge window) and kernels of other makers reach
 // them.
 #include "contributions.h"
+#include "kelbitmap/integers.h"
 
 #include <algorithm>
 #include <array>
@@ -42,7 +43,7 @@ class Weights {
     int At(double dDistance) {
         const double dArgument = dDistance * m_dScale;
         const auto nBits = std::bit_cast<std::uint64_t>(dArgument);
-        Entry& entry = m_Seen[static_cast<std::size_t>(nBits * kGolden >> (64 - m_nIndexBits))];
+        Entry& entry = m_Seen[AsSize(nBits * kGolden >> (64 - m_nIndexBits))];
         if (entry.nBits != nBits) {
             entry.nBits = nBits;
             entry.nWeight =
@@ -66,14 +67,6 @@ class Weights {
     std::array<Entry, std::size_t{1} << kMostIndexBits> m_Seen;
 };
 
-// Addition and multiplication that wrap. Only kernels of other makers ever leave 32 bits.
-int WrapAdd(int a, int b) {
-    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
-}
-int WrapMultiply(int a, int b) {
-    return static_cast<int>(static_cast<unsigned int>(a) * static_cast<unsigned int>(b));
-}
-
 // Scales nCount weights of positive sum nTotal to the sum 256. Every quotient is cut. The last
 // weight takes what is missing, even if it was 0 before.
 void Normalise(int* pWeights, int nCount, int nTotal) {
@@ -82,7 +75,7 @@ void Normalise(int* pWeights, int nCount, int nTotal) {
         pWeights[j] = WrapMultiply(pWeights[j], 256) / nTotal;
         nSum = WrapAdd(nSum, pWeights[j]);
     }
-    pWeights[nCount - 1] = static_cast<int>(256u - static_cast<unsigned int>(nSum));
+    pWeights[nCount - 1] = WrapAdd(256, WrapMultiply(nSum, -1));
 }
 
 // Fills record nPosition. dSupport is the window's half-width in source positions.

@@ -5,10 +5,8 @@ namespace kel {
 
 namespace {
 
-// Sums wrap at 32 bits. Only kernels of other makers get that far.
 int Accumulate(int nSum, unsigned char byValue, int nWeight) {
-    return static_cast<int>(static_cast<unsigned int>(nSum) +
-                            byValue * static_cast<unsigned int>(nWeight));
+    return WrapAdd(nSum, WrapMultiply(byValue, nWeight));
 }
 
 }  // namespace
@@ -22,7 +20,7 @@ void ScaleRowPlain(const unsigned char* pIn, unsigned char* pOut, unsigned int n
         int nSum2 = 0;
         for (int i = record.nLeft; i <= record.nRight; ++i) {
             const int nWeight = record.pWeights[i - record.nLeft];
-            const unsigned char* pPixel = pIn + std::size_t{3} * static_cast<unsigned int>(i);
+            const unsigned char* pPixel = pIn + std::ptrdiff_t{3} * i;
             nSum0 = Accumulate(nSum0, pPixel[0], nWeight);
             nSum1 = Accumulate(nSum1, pPixel[1], nWeight);
             nSum2 = Accumulate(nSum2, pPixel[2], nWeight);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 
+#include "kelbitmap/integers.h"
 #include "kelscale.h"
 
 namespace kel {
@@ -13,8 +14,7 @@ namespace kel {
 // bits are kept. Nothing is clamped, so a kernel with negative lobes may store 256 as 0 and -1 as
 // 255.
 inline unsigned char ByteOfSum(int nSum) {
-    return static_cast<unsigned char>(static_cast<int>(static_cast<unsigned int>(nSum) + 128u) /
-                                      256);
+    return LowByte(WrapAdd(nSum, 128) / 256);
 }
 
 // The horizontal pass writes nOutWidth pixels of pOut from the row pIn, whose width the table was

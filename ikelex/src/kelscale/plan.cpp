@@ -1,5 +1,6 @@
 // Makes plans of tables.
 #include "plan.h"
+#include "kelbitmap/integers.h"
 
 #include <algorithm>
 #include <climits>
@@ -23,7 +24,7 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
     if (HasLargeWeights(table)) {
         return false;
     }
-    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    const std::size_t nRecords = AsSize(table.nLineLength);
     const std::size_t nPadded = (nRecords + 15) / 16 * 16;
     plan.pStart.reset(new (std::nothrow) unsigned int[nPadded + 1]);
     if (plan.pStart == nullptr) {
@@ -114,15 +115,14 @@ bool PlanGroups(const LineContribType& table, int nPairLimit, PassPlan& plan) {
                 }
             }
             while ((weights[0] | weights[1] | weights[2] | weights[3]) != 0) {
-                unsigned int nPacked = 0;
+                int nPacked = 0;
                 for (int k = 0; k < 4; k += 2) {
                     const int nFirst = TakePiece(weights[k], std::min(nPairLimit, kSignedByte));
                     const int nRoom = std::min(nPairLimit - std::abs(nFirst), kSignedByte);
                     const int nSecond = TakePiece(weights[k + 1], nRoom);
-                    nPacked |= static_cast<unsigned int>(nFirst & 255) << (8 * k) |
-                               static_cast<unsigned int>(nSecond & 255) << (8 * k + 8);
+                    nPacked |= LowByte(nFirst) << (8 * k) | LowByte(nSecond) << (8 * k + 8);
                 }
-                fnSink(nGroup, static_cast<int>(nPacked));
+                fnSink(nGroup, nPacked);
             }
         }
     });

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "kelbitmap/integers.h"
 #include "plan.h"
 
 namespace kel {
@@ -69,10 +70,10 @@ bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMost
         static_cast<int>(nInLength) < nPixels) {
         return false;
     }
-    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    const std::size_t nRecords = AsSize(table.nLineLength);
     const std::size_t nPadded = (nRecords + 15) / 16 * 16;
-    const auto nStep = static_cast<std::size_t>(nPixels);
-    plan.nChunks = static_cast<std::size_t>(nChunks);
+    const std::size_t nStep = AsSize(nPixels);
+    plan.nChunks = AsSize(nChunks);
     plan.bUnsigned16 = IsUnsigned16(table);
     plan.pFirst.reset(new (std::nothrow) int[nPadded]());
     plan.pWeights.reset(new (std::nothrow) signed char[nPadded * nStep]());

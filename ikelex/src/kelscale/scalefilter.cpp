@@ -6,23 +6,17 @@
 #include <memory>
 
 #include "bandedscale.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelfilter.h"
 #include "kelimage/kelimage.h"
+#include "kelparameters/variantvalue.h"
 #include "kelscale.h"
 #include "keltrace/keltrace.h"
 
 namespace {
 
 using Pixel = CDataRGB_UBYTE::PixelClass;
-
-// The value of a variant as its kind lies in memory.
-template <typename Kind>
-Kind ValueAs(const CVamVariant& variant) {
-    Kind value;
-    std::memcpy(&value, &variant.m_Value, sizeof value);
-    return value;
-}
 
 // nSize times a factor in single precision, cut towards zero. 0 when that is no int.
 int ScaleByFactor(int nSize, float fFactor) {
@@ -37,21 +31,12 @@ int TargetSize(const CVamVariant* pValue, int nSize) {
         return nSize;
     }
     switch (pValue->m_byType) {
-        case VAM_INT16:
-            return ValueAs<short>(*pValue);
-        case VAM_UINT16:
-            return ValueAs<unsigned short>(*pValue);
-        case VAM_INT32:
-        case VAM_UINT32:
-        case VAM_LONG:
-        case VAM_ULONG:
-            return ValueAs<int>(*pValue);
         case VAM_FLOAT:
-            return ScaleByFactor(nSize, ValueAs<float>(*pValue));
+            return ScaleByFactor(nSize, kel::ValueAs<float>(*pValue));
         case VAM_DOUBLE:
-            return ScaleByFactor(nSize, static_cast<float>(ValueAs<double>(*pValue)));
+            return ScaleByFactor(nSize, static_cast<float>(kel::ValueAs<double>(*pValue)));
         default:
-            return nSize;
+            return kel::IntegerOf(*pValue).value_or(nSize);
     }
 }
 
@@ -69,17 +54,16 @@ const tagKelScaleKernel* FindKernel(int nType) {
 class ConvertedRows : public kel::RowSource {
   public:
     explicit ConvertedRows(CKelImage* pImage)
-        : m_pImage(pImage), m_nRowBytes(kel::RowStride(24, pImage->GetWidth())) {}
+        : m_pImage(pImage), m_nRowBytes(kel::AsSize(kel::RowStride(24, pImage->GetWidth()))) {}
 
     // The memory starts zeroed, and every row writes the same bytes of it. So what an image without
     // colours leaves out is black.
     bool Prepare(unsigned int nMostRows) override {
-        const auto nRowBytes = static_cast<std::size_t>(m_nRowBytes);
-        if (!m_Rows.Allocate(nMostRows, nMostRows, nRowBytes)) {
+        if (!m_Rows.Allocate(nMostRows, nMostRows, m_nRowBytes)) {
             return false;
         }
         for (unsigned int i = 0; i < nMostRows; ++i) {
-            std::memset(m_Rows.Rows()[i], 0, nRowBytes);
+            std::memset(m_Rows.Rows()[i], 0, m_nRowBytes);
         }
         return true;
     }
@@ -93,7 +77,7 @@ class ConvertedRows : public kel::RowSource {
 
   private:
     CKelImage* m_pImage;
-    std::int64_t m_nRowBytes;
+    std::size_t m_nRowBytes;
     kel::RowBlock m_Rows;
 };
 
@@ -102,16 +86,16 @@ class ConvertedRows : public kel::RowSource {
 void TraceConversion(CKelImage* pSrc) {
     const std::int64_t nSize = kel::PictureSize(24, pSrc->GetWidth(), pSrc->GetHeight());
     if (nSize == 0 || nSize > kel::kTracedSizeLimit) {
-        kel::TraceInvalid("bufferSize", static_cast<unsigned int>(nSize));
+        kel::TraceInvalid("bufferSize", kel::Low32(nSize));
     }
 }
 
 // False when memory is short.
 bool Resample(CKelImage* pSrc, CKelImage* pDst, PLContribDef* pKernel) {
-    const auto nSrcWidth = static_cast<unsigned int>(pSrc->GetWidth());
-    const auto nSrcHeight = static_cast<unsigned int>(pSrc->GetHeight());
-    const auto nDstWidth = static_cast<unsigned int>(pDst->GetWidth());
-    const auto nDstHeight = static_cast<unsigned int>(pDst->GetHeight());
+    const unsigned int nSrcWidth = kel::Low32(pSrc->GetWidth());
+    const unsigned int nSrcHeight = kel::Low32(pSrc->GetHeight());
+    const unsigned int nDstWidth = kel::Low32(pDst->GetWidth());
+    const unsigned int nDstHeight = kel::Low32(pDst->GetHeight());
     if (pSrc->GetBitsPerPixel() != 24) {
         ConvertedRows rows(pSrc);
         return kel::ScaleRows(*pKernel, rows, nSrcWidth, nSrcHeight, pDst->GetLineArray(),
@@ -145,7 +129,7 @@ int CKelImageFilterScale::GetScaleHeight(int nSrcHeight) {
 
 int CKelImageFilterScale::GetScaleType() {
     const CVamVariant* pValue = GetParameter("type");
-    return pValue != nullptr && pValue->m_byType == VAM_INT32 ? ValueAs<int>(*pValue)
+    return pValue != nullptr && pValue->m_byType == VAM_INT32 ? kel::ValueAs<int>(*pValue)
                                                               : KEL_SCALE_BILINEAR;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 
+#include "kelbitmap/integers.h"
 #include "passes.h"
 
 namespace kel {
@@ -32,7 +33,7 @@ VerticalPass::Needs VerticalPass::RowsFor(unsigned int y) const {
     if (nLast < nFirst) {
         return {0, 0};
     }
-    return {static_cast<unsigned int>(nFirst), static_cast<unsigned int>(nLast) + 1};
+    return {Low32(nFirst), Low32(nLast) + 1};
 }
 
 void VerticalPass::Run(unsigned int y, const unsigned char* const* ppIn,

@@ -3,6 +3,7 @@
 
 #include "exceptions.h"
 #include "formats.h"
+#include "kelbitmap/integers.h"
 #include "kelimage/kelimage.h"
 
 namespace {
@@ -44,7 +45,7 @@ KelResult CKelImage::Open(CVamArchive* pArchive) {
     }
     Clean();
     return kel::Guard([&] {
-        const auto nStart = static_cast<unsigned int>(pArchive->GetPosition());
+        const auto nStart = kel::Low32(pArchive->GetPosition());
         return kel::Guard([&] { return OpenAt(nStart, pArchive, this); },
                           [&] {
                               Clean();
