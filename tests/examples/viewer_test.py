@@ -89,12 +89,15 @@ class Viewer(unittest.TestCase):
     def keys(self, *keys):
         self.do("key", *keys)
 
-    def at(self, x, y):
-        """The name of the colour there, or the colour."""
+    def pixel(self, x, y):
         screen = (self.here / "Xvfb_screen0").read_bytes()
         header = struct.unpack(">25I", screen[:100])
         start = header[0] + 12 * header[19] + y * header[12] + 4 * x
-        found = tuple(reversed(screen[start:start + 3]))
+        return tuple(reversed(screen[start:start + 3]))
+
+    def at(self, x, y):
+        """The name of the colour there, or the colour."""
+        found = self.pixel(x, y)
         near = [name for name, colour in COLOURS.items() if all(abs(a - b) < 8 for a, b in zip(found, colour))]
         return near[0] if near else found
 
@@ -127,6 +130,10 @@ class Viewer(unittest.TestCase):
         self.keys("c")
         self.titled("64 x 48", "750 %")
         self.until(lambda: [self.at(x, y) for y in (90, 450) for x in (136, 648)], ["R"] * 4)
+        # The red before the edge to green: a short slope, none, a long one, one that overshoots.
+        slopes = [(220, 168), (220, 220), (181, 123), (238, 139)]
+        self.until(lambda: [tuple(self.pixel(x - i, y)[0] for i in (8, 1)) for y in (90, 450) for x in (256, 768)],
+                   slopes)
         self.keys("c")
         self.titled("64 x 48", "1500 %")
         self.do("mousemove", 752, 180, "click", 4, "click", 4, "click", 4)  # the point under the mouse stays
@@ -149,6 +156,22 @@ class Viewer(unittest.TestCase):
         self.until((self.here / "new.png").exists, True)
         saved = subprocess.run([PROGRAMS / "frommemory", self.here / "new.png"], capture_output=True, text=True)
         self.assertIn("21 x 16 pixels", saved.stdout)
+
+    @unittest.skipUnless(list(pathlib.Path("/usr/lib").glob("tkdnd*")), "needs tkdnd")
+    def test_takes_a_dropped_file(self):
+        self.start(self.here / "8.bmp", "8.bmp - 64 x 48, 8 bits, 1500 %, bilinear")
+        (self.here / "source").write_text("package require tkdnd\nwm overrideredirect . 1\nwm geometry . 40x40+0+0\n"
+                                          ". configure -background yellow\ntkdnd::drag_source register . DND_Files\n"
+                                          f"bind . <<DragInitCmd>> {{list copy DND_Files {self.here}/16.bmp}}\n")
+        source = subprocess.Popen(["wish", self.here / "source"], env=self.environment)
+        self.addCleanup(source.wait)
+        self.addCleanup(source.kill)
+        self.until(lambda: self.at(5, 5), (255, 255, 0))
+        self.do("mousemove", 20, 20, "mousedown", 1)
+        for place in range(30, 200, 10):
+            self.do("mousemove", place, place)
+        self.do("mouseup", 1)
+        self.until(lambda: self.do("getwindowname", self.window), "16.bmp - 64 x 48, 16 bits, 1500 %, bilinear")
 
     def test_long_scales_and_failures(self):
         large = self.here / "large.jpg"
