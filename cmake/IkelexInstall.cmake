@@ -46,6 +46,9 @@ if(MINGW AND CMAKE_CROSSCOMPILING AND PROJECT_IS_TOP_LEVEL)
             OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
         install(FILES ${file} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
     endforeach()
+    install(FILES /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright /usr/share/common-licenses/GPL-3
+        DESTINATION share/doc/gcc COMPONENT license)
+    install(FILES /usr/share/doc/mingw-w64-x86-64-dev/copyright DESTINATION share/doc/mingw-w64 COMPONENT license)
     foreach(part lib include share/doc)
         install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/windows-codecs/prefix/${part}/ DESTINATION ${part}
             FILES_MATCHING PATTERN "*.a" PATTERN "*.h" PATTERN "copyright"
