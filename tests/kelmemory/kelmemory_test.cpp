@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <initializer_list>
 #include <vector>
 
 #include "kelmemory/kelmemory.h"
@@ -29,28 +28,18 @@ struct Advice {
     std::uintptr_t nBegin, nEnd;
     int nAdvice;
 };
-std::vector<Advice>* g_pAdvices = nullptr;
-
-using New = unsigned char*(std::int64_t);
-
-std::vector<Advice> AdvicesFor(New* pfnNew, std::int64_t nSize, std::uintptr_t* pBlock) {
-    std::vector<Advice> advices;
-    g_pAdvices = &advices;
-    unsigned char* const p = pfnNew(nSize);
-    g_pAdvices = nullptr;
-    *pBlock = reinterpret_cast<std::uintptr_t>(p);
-    delete[] p;
-    return advices;
-}
+std::vector<Advice> g_Advices;
 
 // Whole pages of the block alone, since other blocks share its first and last page.
 TEST(Pixels, LargeBlocksAskForHugePages) {
-    for (New* const pfnNew :
-         std::initializer_list<New*>{kel::NewPixels, kel::TryNewPixels, kel::NewPixelsNothrow}) {
+    for (auto* const pfnNew : {kel::TryNewPixels, kel::NewPixels,
+                               static_cast<decltype(&kel::NewPixels)>(kel::NewPixelsNothrow)}) {
         for (const int nMegabytes : {1, 4, 33}) {
             const std::int64_t nSize = (std::int64_t{nMegabytes} << 20) + 100;
-            std::uintptr_t nBlock = 0;
-            const auto advices = AdvicesFor(pfnNew, nSize, &nBlock);
+            g_Advices.clear();
+            const std::unique_ptr<unsigned char[]> pBlock(pfnNew(nSize));
+            const std::vector<Advice> advices = g_Advices;
+            const auto nBlock = reinterpret_cast<std::uintptr_t>(pBlock.get());
             const std::uintptr_t nEnd = nBlock + static_cast<std::uintptr_t>(nSize);
             const std::uintptr_t nFirstPage = (nBlock + kPage - 1) / kPage * kPage;
             const std::uintptr_t nLastPage = nEnd / kPage * kPage;
@@ -83,10 +72,8 @@ TEST(Pixels, LargeBlocksAskForHugePages) {
 
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 extern "C" int madvise(void* pBlock, std::size_t nSize, int nAdvice) noexcept {
-    if (g_pAdvices != nullptr) {
-        const auto nBegin = reinterpret_cast<std::uintptr_t>(pBlock);
-        g_pAdvices->push_back({nBegin, nBegin + nSize, nAdvice});
-    }
+    const auto nBegin = reinterpret_cast<std::uintptr_t>(pBlock);
+    g_Advices.push_back({nBegin, nBegin + nSize, nAdvice});
     return 0;
 }
 #endif

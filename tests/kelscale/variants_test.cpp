@@ -16,49 +16,34 @@ using kel::CpuLevel;
 using Form = kel::HorizontalPass::Form;
 using support::Random;
 
-// What the weights of a record are like.
-enum Weights {
-    kUnit,    // one of 256
-    kSmall,   // up to 256 together, none negative
-    kSum256,  // 256 together, none negative
-    kSum257,  // one too much for 16 bits
-    kSigned,  // of both signs
-    kWild,    // of any size a plan accepts
-    kKinds
+// The weights of a record lie in a range. Where there is a sum, none exceeds what is left of it and
+// the last one completes it.
+struct Weights {
+    int nLow, nHigh, nSum;
 };
-
-int RandomWeight(Weights eWeights, int nMost, Random& random) {
-    switch (eWeights) {
-        case kSmall:
-            return random.Below(nMost + 1);
-        case kSigned:
-            return random.Below(2 * nMost + 1) - nMost;
-        case kWild:
-            return (random.Below(50) == 0 ? 60 : 1) * (random.Below(1000) - 500);
-        default:
-            return random.Below(150);
-    }
-}
+constexpr Weights kSum256 = {0, 149, 256}, kWild = {-500, 500, 0};
+constexpr Weights kKinds[] = {{0, 0, 256},  kSum256,        {0, 149, 257}, {0, 10, 0},
+                              {-10, 10, 0}, {-120, 120, 0}, kWild,         {-30000, 30000, 0}};
 
 // Records of up to nMost pixels, empty ones too, that follow the ratio; wild ones lie anywhere.
-kel::Contributions RandomTable(int nOut, int nIn, Weights eWeights, int nMost, Random& random) {
+kel::Contributions RandomTable(int nOut, int nIn, const Weights& weights, int nMost,
+                               Random& random) {
     kel::Contributions table(
         kel::AllocContributions(static_cast<unsigned int>(nOut), static_cast<unsigned int>(nIn)));
-    const int nMostWeight = (16 << random.Below(4)) - 1;  // some too large for windows
     for (int u = 0; u < nOut; ++u) {
         PixelContribType& record = table->pPixels[u];
         const long long nAt = static_cast<long long>(u) * nIn / nOut + random.Below(3);
-        record.nLeft = eWeights == kWild ? random.Below(nIn)
-                                         : static_cast<int>(std::min<long long>(nAt, nIn - 1));
+        record.nLeft = weights.nLow <= kWild.nLow
+                           ? random.Below(nIn)
+                           : static_cast<int>(std::min<long long>(nAt, nIn - 1));
         const int nCount = random.Below(std::min(nIn - record.nLeft, nMost) + 1);
         record.nRight = record.nLeft + nCount - 1;
-        int nRest = eWeights == kSum257 ? 257 : 256;
+        int nRest = weights.nSum;
         for (int j = 0; j < nCount; ++j) {
-            int& nWeight = record.pWeights[j] = RandomWeight(eWeights, nMostWeight, random);
-            if (eWeights == kUnit) {
-                nWeight = j == nCount - 1 ? 256 : 0;
-            } else if (eWeights == kSum256 || eWeights == kSum257 || eWeights == kSmall) {
-                nWeight = j == nCount - 1 && eWeights != kSmall ? nRest : std::min(nWeight, nRest);
+            int& nWeight = record.pWeights[j];
+            nWeight = weights.nLow + random.Below(weights.nHigh - weights.nLow + 1);
+            if (weights.nSum != 0) {
+                nWeight = j == nCount - 1 ? nRest : std::min(nWeight, nRest);
                 nRest -= nWeight;
             }
         }
@@ -100,7 +85,7 @@ TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
         Random random(5);
         std::set<Form> seen;
         for (int n = 1; n <= 70 && !HasFailure(); ++n) {
-            for (int nKind = 0; nKind < kKinds; ++nKind) {
+            for (const Weights& weights : kKinds) {
                 // Enlarging, near 1, reducing, and as far as windows of 1 to 4 chunks need.
                 const int sizes[][3] = {{n, 2 * n, 5},
                                         {n, n, 4},
@@ -108,20 +93,15 @@ TEST(ScaleVariants, HorizontalEqualsThePlainRow) {
                                         {7 * n, n, 16},
                                         {6 * (1 + n % 4) * n + n, n, 16 * (1 + n % 4)}};
                 const auto& [nIn, nOut, nMost] = sizes[random.Below(5)];
-                const kel::Contributions table =
-                    RandomTable(nOut, nIn, static_cast<Weights>(nKind), nMost, random);
+                const kel::Contributions table = RandomTable(nOut, nIn, weights, nMost, random);
                 seen.insert(ExpectHorizontal(eLevel, nIn, nOut, *table));
             }
         }
         // More than one strip, and rows that fit into no scratch.
-        struct {
-            int nIn, nOut;
-            Weights eKind;
-        } const wide[] = {{40000, 10005, kSum256}, {800000, 40, kWild}};
-        for (const auto& [nIn, nOut, eKind] : wide) {
-            const kel::Contributions table = RandomTable(nOut, nIn, eKind, 23, random);
-            seen.insert(ExpectHorizontal(eLevel, nIn, nOut, *table));
-        }
+        const auto strips = RandomTable(10005, 40000, kSum256, 23, random);
+        seen.insert(ExpectHorizontal(eLevel, 40000, 10005, *strips));
+        const auto scattered = RandomTable(40, 800000, kWild, 23, random);
+        seen.insert(ExpectHorizontal(eLevel, 800000, 40, *scattered));
         const std::set<Form> all = {Form::kPlain, Form::kBands, Form::kWindows, Form::kShuffles};
         EXPECT_EQ(HasForms(eLevel) ? all : (std::set{Form::kPlain, Form::kBands}), seen);
     }
@@ -136,7 +116,7 @@ TEST(ScaleVariants, VerticalEqualsThePlainColumns) {
             RowPicture in(nWide, 33, bAtEnd), expected(nWide, 9, bAtEnd), result(nWide, 9, bAtEnd);
             in.Fill(nWidth);
             const kel::Contributions table =
-                RandomTable(9, 33, static_cast<Weights>(nWidth % kKinds), 23, random);
+                RandomTable(9, 33, kKinds[nWidth % std::size(kKinds)], 23, random);
             kel::VerticalPass pass;
             pass.Prepare(*table, in.RowBytes(), kel::ScaleFunctionsFor(eLevel));
             for (unsigned int y = 0; y < 9; ++y) {
@@ -186,9 +166,7 @@ TEST(ScaleVariants, BandsEqualThePlainPasses) {
     Random random(7);
     for (const CpuLevel eLevel : kel::Levels()) {
         for (unsigned int nHeight = 1; nHeight <= 160; nHeight += 1 + nHeight / 4) {
-            const int nKind = random.Below(4);
-            const bool bCopyRows = nKind == 1 || nKind == 3;
-            const bool bCopyColumns = nKind >= 2;
+            const bool bCopyRows = random.Below(2) == 0, bCopyColumns = random.Below(2) == 0;
             const int nWidth = bCopyRows ? 30 : 20;
             const unsigned int nOutHeight =
                 bCopyColumns ? nHeight : 1 + static_cast<unsigned>(random.Below(80));
@@ -197,7 +175,7 @@ TEST(ScaleVariants, BandsEqualThePlainPasses) {
             const kel::Contributions vertical =
                 bCopyColumns ? CopyTable(nHeight)
                              : RandomTable(static_cast<int>(nOutHeight), static_cast<int>(nHeight),
-                                           random.Below(2) == 0 ? kSum256 : kWild, 23, random);
+                                           nHeight % 2 == 0 ? kSum256 : kWild, 23, random);
             const auto nWide = static_cast<std::size_t>(nWidth);
             RowPicture in(30, nHeight), temp(nWide, nHeight), expected(nWide, nOutHeight);
             in.Fill(nHeight);
@@ -221,7 +199,7 @@ TEST(ScaleVariants, BandsEqualThePlainPasses) {
                                               kel::BandedScale::Outcome::kDone);
                 ASSERT_TRUE(expected == result)
                     << "level " << static_cast<int>(eLevel) << ", " << nHeight << " to "
-                    << nOutHeight << ", kind " << nKind << ", run " << nRun;
+                    << nOutHeight << ", run " << nRun;
             }
         }
     }

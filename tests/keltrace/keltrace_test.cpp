@@ -10,29 +10,25 @@
 
 namespace {
 
-using support::InputError;
 using support::RecordingTrace;
 
 TEST(Trace, InputErrorsAppearFromLevelZeroInBothCalls) {
-    RecordingTrace trace;
-    kel::TraceNull("p");
-    EXPECT_EQ(InputError("p is nullptr"), trace.Lines());
-    trace.Clear();
-    kel::TraceInvalid("dwSize", 0xFFFFFFFFu);
-    EXPECT_EQ(InputError("dwSize is invalid: 4294967295"), trace.Lines());
-    trace.Clear();
-    kel::TraceInvalid("nDstWidth", -5);
-    EXPECT_EQ(InputError("nDstWidth is invalid: -5"), trace.Lines());
-    trace.Clear();
-    kel::TraceMessage("reader: ", "damaged");
-    EXPECT_EQ(InputError("reader: damaged"), trace.Lines());
-    trace.Clear();
-    zt_trace_set_level(-1);
-    const auto* const pszUnread = reinterpret_cast<const char*>(16);  // no memory there
-    kel::TraceNull(pszUnread);
-    kel::TraceInvalid(pszUnread, 1u);
-    kel::TraceMessage(pszUnread, pszUnread);
-    EXPECT_TRUE(trace.Lines().empty());
+    struct {
+        void (*pfnTrace)(const char* pszName);
+        const char* pszLine;
+    } const cases[] = {
+        {[](auto* p) { kel::TraceNull(p); }, "name is nullptr"},
+        {[](auto* p) { kel::TraceInvalid(p, 0xFFFFFFFFu); }, "name is invalid: 4294967295"},
+        {[](auto* p) { kel::TraceInvalid(p, -5); }, "name is invalid: -5"},
+        {[](auto* p) { kel::TraceMessage(p, p); }, "namename"},
+    };
+    for (const auto& [pfnTrace, pszLine] : cases) {
+        RecordingTrace trace;
+        pfnTrace("name");
+        zt_trace_set_level(-1);
+        pfnTrace(reinterpret_cast<const char*>(16));  // no memory there
+        EXPECT_EQ(support::InputError(pszLine), trace.Lines());
+    }
 }
 
 TEST(Trace, SecureFailureNamesTheLineOfTheCallFromLevelOne) {
