@@ -66,7 +66,9 @@ Form ExpectHorizontal(CpuLevel eLevel, int nIn, int nOut, const LineContribType&
                 kel::ScaleRowPlain(in.Rows()[y], expected.Rows()[y],
                                    static_cast<unsigned int>(nOut), table);
             }
-            pass.Run(in.Rows(), result.Rows(), nRows, 0);
+            // Rows to prefetch, or none.
+            const kel::NextRows next = {in.Rows(), bAtEnd ? 0 : nRows, 3 * nInWidth};
+            pass.Run(in.Rows(), result.Rows(), nRows, next);
             EXPECT_TRUE(expected == result) << "level " << static_cast<int>(eLevel) << ", form "
                                             << static_cast<int>(pass.GetForm()) << ", " << nIn
                                             << " to " << nOut << " pixels, " << nRows << " rows";
@@ -143,6 +145,10 @@ class FleetingRows : public kel::RowSource {
             std::copy_n(m_Rows.Rows()[nFirst + i], m_Rows.RowBytes(), m_pHeld->Rows()[i]);
         }
         return m_pHeld->Rows();
+    }
+
+    kel::NextRows MadeFrom(unsigned int nFirst) const override {
+        return {m_Rows.Rows() + nFirst, 0, m_Rows.RowBytes()};
     }
 
   private:

@@ -12,6 +12,7 @@ namespace kel {
 void BandedScale::Prepare(const LineContribType& horizontal, unsigned int nInWidth,
                           const LineContribType& vertical, unsigned int nInHeight,
                           const ScaleFunctions& functions) {
+    m_nInBytes = std::size_t{3} * nInWidth;
     m_nOutBytes = 3 * AsSize(horizontal.nLineLength);
     m_nInHeight = nInHeight;
     m_nOutHeight = Low32(vertical.nLineLength);
@@ -58,8 +59,11 @@ void BandedScale::ScaleBand(const Input& input, unsigned int nFirst, unsigned in
         }
         return;
     }
-    const unsigned int nAhead = input.pSource != nullptr ? 0 : m_nInHeight - nFirst - nRows;
-    m_Horizontal.Run(ppIn, ppTemp + nFirst, nRows, nAhead);
+    const unsigned int nEnd = nFirst + nRows;
+    const NextRows next = input.pSource != nullptr
+                              ? input.pSource->MadeFrom(nEnd)
+                              : NextRows{ppIn + nRows, m_nInHeight - nEnd, m_nInBytes};
+    m_Horizontal.Run(ppIn, ppTemp + nFirst, nRows, next);
 }
 
 bool BandedScale::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut) {

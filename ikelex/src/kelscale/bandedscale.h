@@ -49,7 +49,8 @@ class BandedScale {
     HorizontalPass m_Horizontal;
     VerticalPass m_Vertical;
     RowBlock m_Temp;
-    std::size_t m_nOutBytes = 0;  // of one row
+    std::size_t m_nInBytes = 0;   // of one row
+    std::size_t m_nOutBytes = 0;  // likewise
     unsigned int m_nInHeight = 0;
     unsigned int m_nOutHeight = 0;
     bool m_bCopyRows = false;     // the horizontal pass changes nothing

@@ -47,23 +47,11 @@ void SumTail(const BandFunctions& functions, const Band& band, std::size_t x, st
 
 }  // namespace
 
-RowsAhead::RowsAhead(const unsigned char* const* ppRows, std::size_t nRows, std::size_t nRowBytes,
-                     std::size_t nShares)
-    : m_ppRow(ppRows),
-      m_ppEnd(ppRows + nRows),
-      m_nRowBytes(nRowBytes),
-      m_nLines((RoundUp(nRowBytes, kLine) / kLine * nRows + nShares - 1) / nShares) {}
-
-void RowsAhead::FetchShare() {
-    for (std::size_t n = 0; n < m_nLines && m_ppRow != m_ppEnd; ++n) {
-        __builtin_prefetch(*m_ppRow + m_nAt, 0, 2);
-        m_nAt += kLine;
-        if (m_nAt >= m_nRowBytes) {
-            m_nAt = 0;
-            ++m_ppRow;
-        }
-    }
-}
+RowsAhead::RowsAhead(const NextRows& rows, std::size_t nShares)
+    : m_ppRow(rows.ppRows),
+      m_ppEnd(rows.ppRows + rows.nRows),
+      m_nRowBytes(rows.nRowBytes),
+      m_nLines((RoundUp(rows.nRowBytes, kLine) / kLine * rows.nRows + nShares - 1) / nShares) {}
 
 void HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth,
                              const ScaleFunctions& functions) {
@@ -164,25 +152,31 @@ bool HorizontalPass::CutStrips() {
 }
 
 void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                         unsigned int nRows, unsigned int nAhead) const {
+                         unsigned int nRows, NextRows next) const {
+    // The processor foresees a few rows that lie in memory, but not those that others are made of.
+    const bool bForeseen = m_eForm != Form::kBands && next.ppRows == ppIn + nRows;
+    next.nRows = bForeseen ? 0 : std::min(next.nRows, m_nBandRows);
     switch (m_eForm) {
         case Form::kPlain:
             ScaleRowPlain(*ppIn, *ppOut, static_cast<unsigned int>(m_nOutWidth), *m_pTable);
             break;
         case Form::kBands:
-            RunBand(ppIn, ppOut, nRows, nAhead);
+            RunBand(ppIn, ppOut, nRows, next);
             break;
-        case Form::kWindows:
-            m_pFunctions->pWindows->pfnRow(*ppIn, *ppOut, m_nOutWidth, m_Windows);
+        case Form::kWindows: {
+            RowsAhead ahead(next, RoundUp(m_nOutWidth, kSharePixels) / kSharePixels);
+            m_pFunctions->pWindows->pfnRow(*ppIn, *ppOut, m_nOutWidth, m_Windows, ahead);
             break;
+        }
         case Form::kShuffles:
-            RunShuffles(ppIn, ppOut, nRows);
+            RunShuffles(ppIn, ppOut, nRows, next);
             break;
     }
 }
 
 void HorizontalPass::RunShuffles(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                                 unsigned int nRows) const {
+                                 unsigned int nRows, const NextRows& next) const {
+    RowsAhead ahead(next, RoundUp(m_nOutWidth, kSharePixels) / kSharePixels);
     const unsigned char* in[kMostBandRows];
     unsigned char* out[kMostBandRows];
     // The last rows, when they are fewer, repeat the last one.
@@ -190,16 +184,15 @@ void HorizontalPass::RunShuffles(const unsigned char* const* ppIn, unsigned char
         in[r] = ppIn[std::min(r, nRows - 1)];
         out[r] = ppOut[std::min(r, nRows - 1)];
     }
-    m_pFunctions->pShuffles->pfnRows(in, out, m_nOutWidth, m_Shuffles);
+    m_pFunctions->pShuffles->pfnRows(in, out, m_nOutWidth, m_Shuffles, ahead);
 }
 
 void HorizontalPass::RunBand(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                             unsigned int nRows, unsigned int nAhead) const {
+                             unsigned int nRows, const NextRows& next) const {
     const BandFunctions& functions = m_pFunctions->band;
     const unsigned char* in[kMostBandRows];
     unsigned char* out[kMostBandRows];
-    RowsAhead ahead(ppIn + nRows, std::min(nAhead, m_nBandRows), 3 * m_nInWidth,
-                    RoundUp(m_nOutWidth, kBlockPixels) / 4);
+    RowsAhead ahead(next, RoundUp(m_nOutWidth, kBlockPixels) / 4);
     const Band band = {m_Plan.pStart.get(), m_Plan.pSteps.get(), m_Plan.bUnsigned16,
                        m_pScratch.get(), &ahead};
     for (const Strip* p = m_pStrips.get(); p != m_pStrips.get() + m_nStrips; ++p) {

@@ -31,10 +31,10 @@ class HorizontalPass {
     // Rows that one call of Run takes at most.
     unsigned int BandRows() const { return m_nBandRows; }
 
-    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row. nAhead more input
-    // rows follow, which later calls will pass. Those of the next call are prefetched.
+    // Writes nRows rows, 1 to BandRows(). No output row may overlap an input row. Of the rows that
+    // are read next, those of the next call are prefetched.
     void Run(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
-             unsigned int nAhead) const;
+             NextRows next) const;
 
   private:
     // Output pixels that are summed from one transposition of the input pixels they need.
@@ -55,9 +55,9 @@ class HorizontalPass {
     Strip BlockStrip(std::size_t x, std::size_t nUnit) const;
     bool CutStrips();
     void RunShuffles(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                     unsigned int nRows) const;
+                     unsigned int nRows, const NextRows& next) const;
     void RunBand(const unsigned char* const* ppIn, unsigned char* const* ppOut, unsigned int nRows,
-                 unsigned int nAhead) const;
+                 const NextRows& next) const;
 
     const LineContribType* m_pTable = nullptr;
     std::size_t m_nInWidth = 0;

@@ -10,6 +10,7 @@
 #include "kelbitmap/strides.h"
 #include "kelfilter.h"
 #include "kelimage/kelimage.h"
+#include "kelimage/line24.h"
 #include "kelparameters/variantvalue.h"
 #include "kelscale.h"
 #include "keltrace/keltrace.h"
@@ -54,7 +55,9 @@ const tagKelScaleKernel* FindKernel(int nType) {
 class ConvertedRows : public kel::RowSource {
   public:
     explicit ConvertedRows(CKelImage* pImage)
-        : m_pImage(pImage), m_nRowBytes(kel::AsSize(kel::RowStride(24, pImage->GetWidth()))) {}
+        : m_pImage(pImage),
+          m_Reader(pImage, kel::kOrderBGR),
+          m_nRowBytes(kel::AsSize(kel::RowStride(24, pImage->GetWidth()))) {}
 
     // The memory starts zeroed, and every row writes the same bytes of it. So what an image without
     // colours leaves out is black.
@@ -70,13 +73,20 @@ class ConvertedRows : public kel::RowSource {
 
     const unsigned char* const* Rows(unsigned int nFirst, unsigned int nRows) override {
         for (unsigned int i = 0; i < nRows; ++i) {
-            m_pImage->GetLine24AsBGRAt(static_cast<int>(nFirst + i), m_Rows.Rows()[i]);
+            m_Reader.Read(static_cast<int>(nFirst + i), m_Rows.Rows()[i]);
         }
         return m_Rows.Rows();
     }
 
+    kel::NextRows MadeFrom(unsigned int nFirst) const override {
+        const auto nHeight = static_cast<unsigned int>(m_pImage->GetHeight());
+        const auto nBytes = kel::RowStride(m_pImage->GetBitsPerPixel(), m_pImage->GetWidth());
+        return {m_pImage->GetLineArray() + nFirst, nHeight - nFirst, kel::AsSize(nBytes)};
+    }
+
   private:
     CKelImage* m_pImage;
+    kel::Line24Reader m_Reader;
     std::size_t m_nRowBytes;
     kel::RowBlock m_Rows;
 };

@@ -10,6 +10,7 @@
 
 #include "kelcpu/kelcpu.h"
 #include "plan.h"
+#include "rowsource.h"
 #include "rowwindows.h"
 #include "shuffles.h"
 
@@ -18,14 +19,25 @@ namespace kel {
 // Output pixels that one call of a row function or of pfnSum computes.
 inline constexpr std::size_t kBlockPixels = 16;
 
-// Prefetches the rows of the next band into the second level cache, a share at a time. The
-// processor does not foresee as many streams as a band has rows.
+// Prefetches rows that are read next into the second level cache, a share at a time. The processor
+// does not foresee as many streams as a band has rows, nor rows that are converted meanwhile.
 class RowsAhead {
   public:
-    RowsAhead(const unsigned char* const* ppRows, std::size_t nRows, std::size_t nRowBytes,
-              std::size_t nShares);
+    RowsAhead(const NextRows& rows, std::size_t nShares);
 
-    void FetchShare();
+    bool IsEmpty() const { return m_ppRow == m_ppEnd; }
+
+    // In the header, because a call would spill the registers of a row function.
+    void FetchShare() {
+        for (std::size_t n = 0; n < m_nLines && m_ppRow != m_ppEnd; ++n) {
+            __builtin_prefetch(*m_ppRow + m_nAt, 0, 2);
+            m_nAt += kLine;
+            if (m_nAt >= m_nRowBytes) {
+                m_nAt = 0;
+                ++m_ppRow;
+            }
+        }
+    }
 
   private:
     static constexpr std::size_t kLine = 64;
@@ -61,11 +73,14 @@ struct BandFunctions {
     void (*pfnSum)(const Band& band, std::size_t x, unsigned char* const* ppOut);
 };
 
+// Output pixels for which windows and shuffles prefetch a share of the next rows.
+inline constexpr std::size_t kSharePixels = 8;
+
 // One row of the horizontal pass, from windows. Writes no byte after nOutWidth pixels.
 struct WindowFunctions {
     int nLaneLimit;  // of the plan
     void (*pfnRow)(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-                   const WindowPlan& plan);
+                   const WindowPlan& plan, RowsAhead& ahead);
 };
 
 // The horizontal pass over nRows rows, by shuffles. Every step of the plan is loaded once for all
@@ -76,7 +91,7 @@ struct ShuffleFunctions {
     std::size_t nMostSteps;
     unsigned int nRows;
     void (*pfnRows)(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                    std::size_t nOutWidth, const ShufflePlan& plan);
+                    std::size_t nOutWidth, const ShufflePlan& plan, RowsAhead& ahead);
 };
 
 // One output row of the vertical pass, from nSteps source rows, each with the weight of its step.

@@ -249,13 +249,15 @@ KEL_AVX512 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
     portable::Palette1(pSrc, pWords, pDst, nPixels);
 }
 
-// ---- Channel fields. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
+// ---- Channel fields. Shifts with a count in each lane are one operation, shifts of all lanes by
+// one count are two. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
 // pixel in the formula. The low 8 bits of a channel are the same in lanes of any width.
 KEL_AVX512 __m512i Channel16(__m512i pixels, const ChannelField& field) {
     const __m512i masked =
         _mm512_and_si512(pixels, _mm512_set1_epi16(static_cast<short>(field.nMask)));
-    return _mm512_sll_epi16(_mm512_srl_epi16(masked, _mm_cvtsi32_si128(field.nRight)),
-                            _mm_cvtsi32_si128(field.nLeft));
+    return _mm512_sllv_epi16(
+        _mm512_srlv_epi16(masked, _mm512_set1_epi16(static_cast<short>(field.nRight))),
+        _mm512_set1_epi16(static_cast<short>(field.nLeft)));
 }
 
 // 32 pixels. Channels 0 and 1 are the bytes of one vector of words, channel 2 is the low bytes of
@@ -296,8 +298,8 @@ KEL_AVX512 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst
 KEL_AVX512 __m512i Channel32(__m512i pixels, const ChannelField& field) {
     const __m512i masked =
         _mm512_and_si512(pixels, _mm512_set1_epi32(static_cast<int>(field.nMask)));
-    return _mm512_sll_epi32(_mm512_srl_epi32(masked, _mm_cvtsi32_si128(field.nRight)),
-                            _mm_cvtsi32_si128(field.nLeft));
+    return _mm512_sllv_epi32(_mm512_srlv_epi32(masked, _mm512_set1_epi32(field.nRight)),
+                             _mm512_set1_epi32(field.nLeft));
 }
 
 constexpr __mmask64 kSecondBytes = MakeMask([](int i) { return i % 4 == 1; });

@@ -55,7 +55,7 @@ KEL_AVX2 KEL_INLINE __m256i Pack(const __m256i* pSums, bool bUnsigned16) {
 }
 
 KEL_AVX2 void ScaleRows(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                        std::size_t nOutWidth, const ShufflePlan& plan) {
+                        std::size_t nOutWidth, const ShufflePlan& plan, RowsAhead& ahead) {
     const __m256i one = _mm256_set1_epi8(1);
     const __m256i two = _mm256_set1_epi8(2);
     const unsigned int* pStart = plan.pStart.get();
@@ -65,6 +65,7 @@ KEL_AVX2 void ScaleRows(const unsigned char* const* ppIn, unsigned char* const* 
         for (unsigned int r = 0; r < kRows; ++r) {
             sums[r][0] = sums[r][1] = sums[r][2] = _mm256_set1_epi32(128);
         }
+        ahead.FetchShare();
         for (++pStart; nStep < *pStart; ++nStep) {
             const unsigned int* pLoads = &plan.pLoads[nStep * 2];
             const __m256i weights = Load(&plan.pWeights[nStep * 32]);

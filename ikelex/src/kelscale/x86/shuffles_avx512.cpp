@@ -58,7 +58,7 @@ KEL_AVX512 KEL_INLINE __m512i Pack(const __m512i* pSums) {
 }
 
 KEL_AVX512 void ScaleRows(const unsigned char* const* ppIn, unsigned char* const* ppOut,
-                          std::size_t nOutWidth, const ShufflePlan& plan) {
+                          std::size_t nOutWidth, const ShufflePlan& plan, RowsAhead& ahead) {
     const __m512i one = _mm512_set1_epi8(1);
     const __m512i two = _mm512_set1_epi8(2);
     const unsigned int* pStart = plan.pStart.get();
@@ -68,6 +68,8 @@ KEL_AVX512 void ScaleRows(const unsigned char* const* ppIn, unsigned char* const
         for (unsigned int r = 0; r < kRows; ++r) {
             sums[r][0] = sums[r][1] = sums[r][2] = _mm512_set1_epi32(128);
         }
+        ahead.FetchShare();
+        ahead.FetchShare();
         for (++pStart; nStep < *pStart; ++nStep) {
             const __m512i weights = _mm512_loadu_si512(&plan.pWeights[nStep * 64]);
             const __m512i blue = _mm512_loadu_si512(&plan.pOrders[nStep * 64]);

@@ -15,7 +15,7 @@ namespace kel {
 
 namespace {
 
-// So far ahead of a window its row is prefetched.
+// So far ahead of a window its row is prefetched, unless there are rows to prefetch in its place.
 constexpr std::size_t kAhead = 4096;
 
 // The sums of 16 pixels from p on. Each half has 32-bit lanes of the three channels.
@@ -43,25 +43,27 @@ KEL_AVX2 KEL_INLINE __m256i SumChunk(const unsigned char* p, const signed char* 
     return _mm256_madd_epi16(pairs, _mm256_set1_epi16(1));
 }
 
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX2 KEL_INLINE __m256i SumWindow(const unsigned char* pIn, const WindowPlan& plan,
                                       std::size_t x) {
     const unsigned char* p = pIn + std::ptrdiff_t{3} * plan.pFirst[x];
     const signed char* pWeights = plan.pWeights.get() + x * kChunks * kChunkPixels;
     __m256i sum = _mm256_setzero_si256();
     for (std::size_t c = 0; c < kChunks; ++c) {
-        _mm_prefetch(p + 48 * c + kAhead, _MM_HINT_T0);
+        if (kOwnRow) {
+            _mm_prefetch(p + 48 * c + kAhead, _MM_HINT_T0);
+        }
         sum = _mm256_add_epi32(sum, SumChunk(p + 48 * c, pWeights + c * kChunkPixels));
     }
     return sum;
 }
 
 // The bytes of output pixels x and x + 4 in 32-bit lanes, one pixel in each half.
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX2 KEL_INLINE __m256i SumTwo(const unsigned char* pIn, const WindowPlan& plan,
                                    std::size_t x) {
-    const __m256i a = SumWindow<kChunks>(pIn, plan, x);
-    const __m256i b = SumWindow<kChunks>(pIn, plan, x + 4);
+    const __m256i a = SumWindow<kChunks, kOwnRow>(pIn, plan, x);
+    const __m256i b = SumWindow<kChunks, kOwnRow>(pIn, plan, x + 4);
     __m256i sums = _mm256_add_epi32(_mm256_permute2x128_si256(a, b, 0x20),
                                     _mm256_permute2x128_si256(a, b, 0x31));
     sums = _mm256_add_epi32(sums, _mm256_set1_epi32(128));
@@ -73,34 +75,39 @@ KEL_AVX2 KEL_INLINE __m256i SumTwo(const unsigned char* pIn, const WindowPlan& p
 }
 
 // Eight output pixels, 12 bytes in each half.
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX2 KEL_INLINE __m256i SumEight(const unsigned char* pIn, const WindowPlan& plan,
                                      std::size_t x) {
     const __m256i pack =
         _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
                          0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
     // No pack ever saturates.
-    const __m256i low =
-        _mm256_packus_epi32(SumTwo<kChunks>(pIn, plan, x), SumTwo<kChunks>(pIn, plan, x + 1));
-    const __m256i high =
-        _mm256_packus_epi32(SumTwo<kChunks>(pIn, plan, x + 2), SumTwo<kChunks>(pIn, plan, x + 3));
+    const __m256i low = _mm256_packus_epi32(SumTwo<kChunks, kOwnRow>(pIn, plan, x),
+                                            SumTwo<kChunks, kOwnRow>(pIn, plan, x + 1));
+    const __m256i high = _mm256_packus_epi32(SumTwo<kChunks, kOwnRow>(pIn, plan, x + 2),
+                                             SumTwo<kChunks, kOwnRow>(pIn, plan, x + 3));
     return _mm256_shuffle_epi8(_mm256_packus_epi16(low, high), pack);
 }
 
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX2 void ScaleChunks(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-                          const WindowPlan& plan) {
+                          const WindowPlan& plan, RowsAhead& ahead) {
     for (std::size_t x = 0; x < nOutWidth; x += 8) {
-        StoreEight(SumEight<kChunks>(pIn, plan, x), pOut, x, nOutWidth);
+        ahead.FetchShare();
+        StoreEight(SumEight<kChunks, kOwnRow>(pIn, plan, x), pOut, x, nOutWidth);
     }
 }
 
+template <bool kOwnRow>
+constexpr decltype(WindowFunctions::pfnRow) kRows[] = {
+    ScaleChunks<1, kOwnRow>, ScaleChunks<2, kOwnRow>, ScaleChunks<3, kOwnRow>,
+    ScaleChunks<4, kOwnRow>};
+static_assert(sizeof kRows<true> / sizeof *kRows<true> == kMostChunks);
+
 void ScaleRow(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-              const WindowPlan& plan) {
-    constexpr decltype(WindowFunctions::pfnRow) kRows[] = {ScaleChunks<1>, ScaleChunks<2>,
-                                                           ScaleChunks<3>, ScaleChunks<4>};
-    static_assert(sizeof kRows / sizeof *kRows == kMostChunks);
-    kRows[plan.nChunks - 1](pIn, pOut, nOutWidth, plan);
+              const WindowPlan& plan, RowsAhead& ahead) {
+    const auto* pfnRows = ahead.IsEmpty() ? kRows<true> : kRows<false>;
+    pfnRows[plan.nChunks - 1](pIn, pOut, nOutWidth, plan, ahead);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace {
 
 constexpr __mmask64 kChunkBytes = 0xFFFFFFFFFFFF;  // 48 bytes, 16 pixels
 
-// So far ahead of a window its row is prefetched.
+// So far ahead of a window its row is prefetched, unless there are rows to prefetch in its place.
 constexpr std::size_t kAhead = 4096;
 
 // 16 pixels to and from planes.
@@ -37,7 +37,7 @@ consteval Orders MakeOrders() {
 constexpr Orders kOrders = MakeOrders();
 
 // The sum of window x, spread over the four lanes of each part. The four starts add up to 128.
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX512 KEL_INLINE __m512i SumWindow(const unsigned char* pIn, const WindowPlan& plan,
                                         std::size_t x) {
     const __m512i toPlanes = _mm512_load_si512(kOrders.toPlanes);
@@ -45,7 +45,9 @@ KEL_AVX512 KEL_INLINE __m512i SumWindow(const unsigned char* pIn, const WindowPl
     const signed char* pWeights = plan.pWeights.get() + x * kChunks * kChunkPixels;
     __m512i sum = _mm512_set1_epi32(128 / 4);
     for (std::size_t c = 0; c < kChunks; ++c) {
-        _mm_prefetch(p + 48 * c + kAhead, _MM_HINT_T0);
+        if (kOwnRow) {
+            _mm_prefetch(p + 48 * c + kAhead, _MM_HINT_T0);
+        }
         const __m512i pixels = _mm512_maskz_loadu_epi8(kChunkBytes, p + 48 * c);
         const __m128i weights = Load128(pWeights + c * kChunkPixels);
         sum = _mm512_dpbusd_epi32(sum, _mm512_permutexvar_epi8(toPlanes, pixels),
@@ -58,12 +60,12 @@ KEL_AVX512 KEL_INLINE __m512i SumWindow(const unsigned char* pIn, const WindowPl
 //
 //     part k of sums[i]:  a  b  c  d      i = 0 to 3
 //     part k of the result, lane i:  (a + b + c + d of sums[i]) / 256
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX512 KEL_INLINE __m512i SumFour(const unsigned char* pIn, const WindowPlan& plan,
                                       std::size_t x) {
     __m512i sums[4];
     for (std::size_t i = 0; i < 4; ++i) {
-        sums[i] = SumWindow<kChunks>(pIn, plan, x + i);
+        sums[i] = SumWindow<kChunks, kOwnRow>(pIn, plan, x + i);
     }
     const __m512i a = _mm512_add_epi32(_mm512_unpacklo_epi32(sums[0], sums[1]),
                                        _mm512_unpackhi_epi32(sums[0], sums[1]));
@@ -77,28 +79,34 @@ KEL_AVX512 KEL_INLINE __m512i SumFour(const unsigned char* pIn, const WindowPlan
     return _mm512_and_si512(_mm512_srli_epi32(sum, 8), _mm512_set1_epi32(255));
 }
 
-template <std::size_t kChunks>
+template <std::size_t kChunks, bool kOwnRow>
 KEL_AVX512 void ScaleChunks(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-                            const WindowPlan& plan) {
+                            const WindowPlan& plan, RowsAhead& ahead) {
     const __m512i toPixels = _mm512_load_si512(kOrders.toPixels);
     for (std::size_t x = 0; x < nOutWidth; x += kBlockPixels) {
+        ahead.FetchShare();
+        ahead.FetchShare();
         // Neither pack ever saturates.
-        const __m512i low =
-            _mm512_packus_epi32(SumFour<kChunks>(pIn, plan, x), SumFour<kChunks>(pIn, plan, x + 4));
-        const __m512i high = _mm512_packus_epi32(SumFour<kChunks>(pIn, plan, x + 8),
-                                                 SumFour<kChunks>(pIn, plan, x + 12));
+        const __m512i low = _mm512_packus_epi32(SumFour<kChunks, kOwnRow>(pIn, plan, x),
+                                                SumFour<kChunks, kOwnRow>(pIn, plan, x + 4));
+        const __m512i high = _mm512_packus_epi32(SumFour<kChunks, kOwnRow>(pIn, plan, x + 8),
+                                                 SumFour<kChunks, kOwnRow>(pIn, plan, x + 12));
         const __m512i bytes = _mm512_permutexvar_epi8(toPixels, _mm512_packus_epi16(low, high));
         const std::size_t nPixels = std::min(kBlockPixels, nOutWidth - x);
         _mm512_mask_storeu_epi8(pOut + 3 * x, kChunkBytes >> (48 - 3 * nPixels), bytes);
     }
 }
 
+template <bool kOwnRow>
+constexpr decltype(WindowFunctions::pfnRow) kRows[] = {
+    ScaleChunks<1, kOwnRow>, ScaleChunks<2, kOwnRow>, ScaleChunks<3, kOwnRow>,
+    ScaleChunks<4, kOwnRow>};
+static_assert(sizeof kRows<true> / sizeof *kRows<true> == kMostChunks);
+
 void ScaleRow(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
-              const WindowPlan& plan) {
-    constexpr decltype(WindowFunctions::pfnRow) kRows[] = {ScaleChunks<1>, ScaleChunks<2>,
-                                                           ScaleChunks<3>, ScaleChunks<4>};
-    static_assert(sizeof kRows / sizeof *kRows == kMostChunks);
-    kRows[plan.nChunks - 1](pIn, pOut, nOutWidth, plan);
+              const WindowPlan& plan, RowsAhead& ahead) {
+    const auto* pfnRows = ahead.IsEmpty() ? kRows<true> : kRows<false>;
+    pfnRows[plan.nChunks - 1](pIn, pOut, nOutWidth, plan, ahead);
 }
 
 }  // namespace
