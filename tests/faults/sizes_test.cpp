@@ -168,13 +168,16 @@ TEST(Sizes, SmallFilesCostLittle) {
     kel::Store32(&table[46], 0x10000000);
     cases.push_back({table, KEL_OK, 0});
     // Chunks before the pixels of a PNG: 250 of 8 KB that inflate to 8 MB each, and claims of 2 GB.
-    const auto chunk = [](const char* pszType, Bytes data) {
+    const auto append = [](Bytes& bytes, const Bytes& more) {
+        bytes.insert(bytes.end(), more.begin(), more.end());
+    };
+    const auto chunk = [&append](const char* pszType, Bytes data) {
         data.insert(data.begin(), pszType, pszType + 4);
         Bytes bytes(4), crc(4);
         kel::Store32(bytes.data(), htonl(static_cast<u32>(data.size() - 4)));
         kel::Store32(crc.data(), htonl(static_cast<u32>(crc32_z(0, data.data(), data.size()))));
-        bytes.insert(bytes.end(), data.begin(), data.end());
-        bytes.insert(bytes.end(), crc.begin(), crc.end());
+        append(bytes, data);
+        append(bytes, crc);
         return bytes;
     };
     const Bytes png = Load("png/2-8-0");
@@ -191,8 +194,7 @@ TEST(Sizes, SmallFilesCostLittle) {
     packed.resize(nPacked + 3);
     Bytes chunks;
     for (int i = 0; i < 250; ++i) {
-        const Bytes one = chunk("zTXt", packed);
-        chunks.insert(chunks.end(), one.begin(), one.end());
+        append(chunks, chunk("zTXt", packed));
     }
     cases.push_back({with(chunks), KEL_OK, 0});
     for (const char* pszType : {"tEXt", "zTXt", "iTXt", "sPLT", "pCAL", "sCAL", "eXIf"}) {
@@ -201,6 +203,19 @@ TEST(Sizes, SmallFilesCostLittle) {
         cases.push_back({with(claim), KEL_ERR_CODEC, 2});  // "too large", "Read Error"
         const bool bDamaged = pszType[0] != 't';           // in a small chunk that is traced
         cases.push_back({with(chunk(pszType, {})), KEL_OK, bDamaged ? 1u : 0u});
+    }
+    // Damage in a chunk that is not used is traced while such chunks take up to 4,096 bytes in all.
+    const std::pair<std::vector<std::size_t>, std::size_t> budgets[] = {
+        {{}, 1}, {{4095}, 1}, {{4096}, 0}, {{3000, 1000}, 1}, {{3000, 3000}, 0}};
+    for (const auto& [sizes, nLines] : budgets) {
+        Bytes texts;
+        for (const std::size_t nSize : sizes) {
+            Bytes sound(nSize, 'a');
+            sound[1] = 0;
+            append(texts, chunk("tEXt", sound));
+        }
+        append(texts, chunk("zTXt", {'k'}));
+        cases.push_back({with(texts), KEL_OK, nLines});
     }
     const auto work = [&] {
         for (const Case& c : cases) {

@@ -185,16 +185,29 @@ TEST(BmpReader, CraftedHeaders) {
     EXPECT_EQ(KEL_ERR_PARAM, Decode(longer.bytes, image));
 }
 
-// Pixel data of a refused header are kept when they arrive, however many there are.
+// Pixel data of a refused header are kept when all but the last piece arrive, however many there
+// are, and are not kept when memory runs out on the way.
 TEST(BmpReader, RefusedPixelsAreKept) {
     for (const int nRows : {1, 65536, 65537, 131073, 300001}) {
         BmpFile file = InfoFile(8, 1, nRows);
         file.bytes[30] = 9;  // the compression
+        file.bytes.resize(file.bytes.size() - 8);
+        file.rows.back() = 0;  // the one byte of a row that does not arrive
+        const support::AllocFill fill(0xA5);
         CKelImage image;
         EXPECT_EQ(KEL_ERR_PARAM, Decode(file.bytes, image));
         ASSERT_NE(nullptr, image.GetBits()) << nRows;
         EXPECT_EQ(nRows, image.GetBitmapInfo()->bmiHeader.biHeight);
         EXPECT_TRUE(std::equal(file.rows.begin(), file.rows.end(), image.GetBits()));
+        bool bFired = true;
+        for (int k = 1; bFired; ++k) {
+            support::FaultyArchive archive(file.bytes);
+            CKelImage other;
+            const support::AllocFaults faults(k);
+            EXPECT_NE(KEL_OK, CKelBMPDecoder().Do(&archive, &other));
+            bFired = faults.Fired();
+            EXPECT_TRUE(!bFired || other.GetBits() == nullptr);
+        }
     }
 }
 
