@@ -60,7 +60,6 @@ bool CVamArchiveFile::Close() {
             state.bFailed = true;
         }
         state.pFile = nullptr;
-        state.bWriting = false;
         state.nNext = state.nEnd = 0;
         if (state.pBuffer != state.Small) {
             delete[] state.pBuffer;

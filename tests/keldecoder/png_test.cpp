@@ -129,6 +129,19 @@ TEST(PngReader, PrefixesKeepTheRowsReadSoFar) {
     }
 }
 
+// More than was asked for is nothing.
+TEST(PngReader, TakesAFailedReadAsTheEnd) {
+    const Bytes file = NoiseFile({9, 6, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, {}});
+    for (int k = 1; k < 10; ++k) {
+        support::FaultyArchive archive(file);
+        archive.FailAt(support::Op::kRead, k, support::Fault::kHuge);
+        const support::VamLines trace;
+        CKelImage image;
+        EXPECT_EQ(KEL_ERR_CODEC, CKelPNGDecoder().Do(&archive, &image));
+        EXPECT_EQ(kReadError, trace.Lines());
+    }
+}
+
 // 1,000,000 x 1,000,000 pixels: over 31 bits, refused without an attempt to hold them.
 TEST(PngReader, HugeClaim) {
     const char start[] =

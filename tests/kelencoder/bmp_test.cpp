@@ -1,14 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "kelbitmap/bmplayout.h"
 #include "kelencoder/kelbmpencoder.h"
 #include "support/allocfaults.h"
 #include "support/faultyarchive.h"
 #include "support/pictures.h"
-#include "support/recordingtrace.h"
-#include "support/securefaults.h"
 
 namespace {
 
@@ -90,25 +86,9 @@ TEST(BmpWriter, SizesWithoutRows) {
     EXPECT_EQ(KEL_ERR_PARAM, CKelBMPEncoder().Do(&untouched, &image));
     ASSERT_NE(nullptr, image.Create(89478484, 1, 1));  // the widest with rows
     ASSERT_NE(nullptr, image.GetBitmapInfo());
-    unsigned char** ppRows = std::exchange(image.m_ppLineArray, nullptr);
-    EXPECT_EQ(KEL_ERR_MEMORY, CKelBMPEncoder().Do(&untouched, &image));
     EXPECT_EQ(0, untouched.Calls(support::Op::kWrite) + untouched.Calls(support::Op::kSeek));
-    image.m_ppLineArray = ppRows;
     const support::AllocFaults noRow(1);
     EXPECT_EQ(KEL_ERR_MEMORY, CKelBMPEncoder().Do(&untouched, &image));
-}
-
-// A row that cannot be converted is black, even when the host's memset_s fails.
-TEST(BmpWriter, NoOldMemoryInRowsThatCannotBeConverted) {
-    CKelImage image;
-    ASSERT_NE(nullptr, image.Create(5, 1, 16));
-    image.m_bmih.biCompression = BI_RLE8;
-    const support::AllocFill fill(0xA5);
-    const support::RecordingTrace silence(-1);
-    const support::SecureFaults idle(1, true);
-    CVamArchiveMemory archive;
-    EXPECT_EQ(KEL_OK, CKelBMPEncoder().Do(&archive, &image));
-    EXPECT_EQ(Bytes(16), Bytes(archive.GetData() + 54, archive.GetData() + archive.GetSize()));
 }
 
 TEST(BmpWriter, WritesHeadersAndRowsOneByOne) {

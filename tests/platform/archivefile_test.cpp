@@ -60,8 +60,9 @@ TEST_F(ArchiveFile, BehavesAsTheMemoryArchiveDoes) {
     EXPECT_FALSE(memory.HasFailed());
     ASSERT_TRUE(file.Open(Path("file").c_str(), "rb"));
     fromFile.resize(memory.GetSize() + 1);
-    const auto nRead = file.Read(fromFile.data(), static_cast<unsigned int>(fromFile.size()));
-    ASSERT_EQ(memory.GetSize(), nRead);
+    ASSERT_EQ(1u, file.Read(fromFile.data(), 1));
+    const auto nRead = file.Read(&fromFile[1], static_cast<unsigned int>(fromFile.size() - 1));
+    ASSERT_EQ(memory.GetSize(), nRead + 1);
     EXPECT_TRUE(std::equal(fromFile.begin(), fromFile.end() - 1, memory.GetData()));
     EXPECT_FALSE(IsInherited(file.GetHandle()));
     pFile.reset();
@@ -98,6 +99,7 @@ TEST_F(ArchiveFile, RefusesWhatIsNoFile) {
     // Nothing was left open.
     ASSERT_TRUE(file.Open(strFile.c_str(), "rb"));
     EXPECT_EQ(nDescriptor, fileno(file.GetHandle()));
+    EXPECT_EQ(0u, file.Read(nullptr, 1));
     EXPECT_EQ(0u, file.Write(&byOne, 1));
     EXPECT_TRUE(file.HasFailed());
 }

@@ -57,6 +57,7 @@ TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
     EXPECT_EQ(3u, foreign.GetSize());
     const char pszLong[900] = {};
     CVamArchiveMemory owned;
+    EXPECT_EQ(0u, owned.Write(nullptr, 3));
     EXPECT_EQ(3u, owned.Write(bytes, 3));
     {
         support::AllocFaults faults(1);
@@ -109,11 +110,12 @@ TEST(TraceSink, PrintsEachLineOnceByDefault) {
     zt_trace_input_error_msg(0, "p is nullptr");
     zt_trace_write(1, "hidden", 0);
     VamTrace("100%% ended\n");
+    zt_trace_write(0, "\n" + 1, 0);  // an empty text after a newline
     zt_trace_set_level(-1);
     zt_trace_write(0, "hidden", 0);
     VamTrace("hidden");
     zt_trace_set_level(0);
-    EXPECT_EQ("p is nullptr\n100% ended\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("p is nullptr\n100% ended\n\n", testing::internal::GetCapturedStderr());
 }
 
 // Under ThreadSanitizer this also shows that setting and using the sink do not race.

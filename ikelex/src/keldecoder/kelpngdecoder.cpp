@@ -55,7 +55,7 @@ class ChunkBudget {
   public:
     // To be called with each chunk header read, which is 4 bytes of length and 4 of type.
     void Charge(png_structp pPng, const unsigned char* pHeader) {
-        if (m_bSpent || !IsUnused(pHeader + 4)) {
+        if (!IsUnused(pHeader + 4)) {
             return;
         }
         const png_uint_32 nLength = png_get_uint_32(pHeader);
@@ -63,7 +63,7 @@ class ChunkBudget {
             m_nLeft -= nLength;
             return;
         }
-        m_bSpent = true;
+        m_nLeft = 0;
         png_set_keep_unknown_chunks(pPng, PNG_HANDLE_CHUNK_NEVER, kUnusedChunks, kUnusedChunkCount);
     }
 
@@ -79,7 +79,6 @@ class ChunkBudget {
 
     // Deflated data grow by a factor of up to 1032.
     png_uint_32 m_nLeft = 4096;
-    bool m_bSpent = false;
 };
 
 // Zeroes the rows that libpng did not reach, however it is left.
@@ -136,7 +135,6 @@ int PngReader::RequestTransforms(int nBitDepth, int nColorType) {
         nDepth = 24;
     } else if (nColorType == PNG_COLOR_TYPE_GRAY_ALPHA) {
         png_set_gray_to_rgb(m_pPng);
-        png_set_expand(m_pPng);
         nDepth = 32;
     }
     if ((nColorType & PNG_COLOR_MASK_COLOR) != 0) {

@@ -63,12 +63,9 @@ KelResult WriteRows(jpeg_compress_struct* pInfo, CKelImage* pImage) {
         return KEL_ERR_MEMORY;
     }
     std::fill_n(pRow.get(), kel::RowStride(24, pImage->GetWidth()), std::uint8_t{0});
-    const int nHeight = pImage->GetHeight();
-    const JDIMENSION nRows = pInfo->image_height;
     const kel::Line24Reader reader(pImage, kel::kOrderRGB);
-    for (JDIMENSION i = 0; i < nRows; ++i) {
-        const JDIMENSION nRow = nHeight > 0 ? i : nRows - 1 - i;
-        reader.Read(static_cast<int>(nRow), pRow.get());
+    for (JDIMENSION i = 0; i < pInfo->image_height; ++i) {
+        reader.Read(static_cast<int>(i), pRow.get());
         JSAMPROW pScanline = pRow.get();
         jpeg_write_scanlines(pInfo, &pScanline, 1);
     }
