@@ -107,6 +107,9 @@ TEST(JpegDecoder, GoesOnAtTheNextRestartMarkerAsPlainLibjpegDoes) {
                       without.begin() + static_cast<std::ptrdiff_t>(i) + 2);
         ExpectAsPlain(without);
     }
+    Bytes ended = NoiseFile({8, 8});
+    ended.insert(ended.end() - 2, {0xFF, 0xD8});  // an error after the last row
+    ExpectAsPlain(ended);
     EXPECT_GT(nMarkers, 3);
     testing::internal::GetCapturedStderr();
 }

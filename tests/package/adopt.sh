@@ -4,6 +4,7 @@
 #
 #   package     find_package: shared, static, the classes, loaded by name, inside a shared library
 #   pkgconfig   the same with pkg-config, without exceptions and type information, and with -static
+#   stdlibs     over other standard libraries than the library's own, where they are installed
 #   meson       Meson, which asks pkg-config
 #   folder      add_subdirectory
 #   archive     FetchContent of an archive
@@ -14,7 +15,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 top=$(cd "$here/../.." && pwd)
 build=$(cd "$1" && pwd)
 shift
-[ $# -gt 0 ] || set -- package pkgconfig meson folder archive repository refused
+[ $# -gt 0 ] || set -- package pkgconfig stdlibs meson folder archive repository refused
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 unset LD_LIBRARY_PATH
@@ -69,15 +70,39 @@ package() {
     quietly "$work/package/byname" "$lib/libikelex.so.1"
 }
 
+# program NAME COMPILER [FLAG...]: a foreign program built so and run in a folder of its own.
+program() {
+    rm -rf "$work/run"
+    mkdir "$work/run"
+    # shellcheck disable=SC2046
+    quietly "${@:2}" -std=c++11 -Wall -Wextra -Werror "$here/consumer/$1.cpp" \
+        $(pkg-config --cflags --libs "${static[@]}" ikelex) -Wl,-rpath,"$lib" -o "$work/program"
+    quietly "$work/program" "$work/run"
+}
+
 pkgconfig() {
     [ "$(pkg-config --modversion ikelex)" = 1.0.0 ] || fail "pkg-config: version"
-    local row
-    for row in host: classes: host:-fno-exceptions\ -fno-rtti host:-static; do
-        local flags=${row#*:}
-        # shellcheck disable=SC2046,SC2086
-        quietly g++ -std=c++11 -Wall -Wextra -Werror $flags "$here/consumer/${row%%:*}.cpp" \
-            $(pkg-config --cflags --libs ${flags:+--static} ikelex) -Wl,-rpath,"$lib" -o "$work/program"
-        quietly "$work/program" "$work"
+    local static=()
+    program host g++
+    program classes g++
+    static=(--static)
+    program host g++ -fno-exceptions -fno-rtti
+    program host g++ -static
+}
+
+# The same bytes, whatever the host's strings and streams are.
+stdlibs() {
+    local static=() compiler
+    program host g++
+    mv "$work/run" "$work/usual"
+    for compiler in "g++ -D_GLIBCXX_USE_CXX11_ABI=0" "clang++ -stdlib=libc++"; do
+        if echo '#include <string>' | $compiler -x c++ -fsyntax-only - 2>/dev/null; then
+            # shellcheck disable=SC2086
+            program host $compiler
+            diff -r "$work/usual" "$work/run" || fail "other bytes: $compiler"
+        else
+            echo "skipped: no $compiler"
+        fi
     done
 }
 

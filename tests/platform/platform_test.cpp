@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "support/allocfaults.h"
@@ -47,6 +48,25 @@ TEST(String, CopiesHoldTheirOwnText) {
     const support::AllocFaults faults(1);
     EXPECT_THROW(assigned = CVamString(cloned), std::bad_alloc);
     EXPECT_STREQ("quality", assigned.GetText());
+}
+
+// The type, and a field of 8 bytes that begins with the value's own.
+TEST(Variant, HoldsTypeAndBytes) {
+    const std::pair<CVamVariant, std::pair<int, unsigned long long>> cases[] = {
+        {static_cast<short>(-2), {VAM_INT16, 0xFFFE}},
+        {static_cast<unsigned short>(65535), {VAM_UINT16, 0xFFFF}},
+        {-3, {VAM_INT32, 0xFFFFFFFD}},
+        {4000000000u, {VAM_UINT32, 4000000000}},
+        {1.5f, {VAM_FLOAT, 0x3FC00000}},
+        {1.5, {VAM_DOUBLE, 0x3FF8000000000000}}};
+    for (const auto& [value, expected] : cases) {
+        CVamVariant copies[2];
+        copies[0].Clone(value);
+        copies[1].Set(value.m_byType, value.m_Value);
+        for (const CVamVariant& one : {value, copies[0], copies[1]}) {
+            EXPECT_EQ(expected, std::pair(int{one.m_byType}, one.m_Value));
+        }
+    }
 }
 
 TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
@@ -104,6 +124,11 @@ TEST(VamTrace, UnderstandsDollarStringsAndCutsLongFormatsBetweenConversions) {
 }
 
 TEST(TraceSink, PrintsEachLineOnceByDefault) {
+    {
+        const RecordingTrace off(-1);
+        zt_trace_input_error_msg(0, "hidden");
+        EXPECT_TRUE(off.Lines().empty());
+    }
     zt_trace_set_level(0);
     testing::internal::CaptureStderr();
     zt_trace_write(0, "p is nullptr", 0);
