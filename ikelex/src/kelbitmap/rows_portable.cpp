@@ -2,6 +2,7 @@
 #include <bit>
 #include <cstring>
 
+#include "integers.h"
 #include "kelcpu/shuffle.h"
 #include "rows.h"
 
@@ -12,9 +13,9 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "pixel words are little-endian");
 
 void StoreColor(std::uint32_t nColor, unsigned char* pDst) {
-    pDst[0] = static_cast<unsigned char>(nColor);
-    pDst[1] = static_cast<unsigned char>(nColor >> 8);
-    pDst[2] = static_cast<unsigned char>(nColor >> 16);
+    pDst[0] = LowByte(nColor);
+    pDst[1] = LowByte(nColor >> 8);
+    pDst[2] = LowByte(nColor >> 16);
 }
 
 std::uint32_t LoadWord(const unsigned char* p) {

@@ -8,6 +8,8 @@
 
 #if defined(__x86_64__)
 
+#include <cstdint>
+
 #include <immintrin.h>
 
 #if defined(__GNUC__) && !defined(__clang__)
@@ -36,6 +38,20 @@ KEL_AVX2 KEL_INLINE __m256i Load256(const void* p) {
 }
 KEL_AVX2 KEL_INLINE void Store256(void* p, __m256i v) {
     _mm256_storeu_si256(static_cast<__m256i*>(p), v);
+}
+
+// The low 16 or 32 bits of n in every lane.
+KEL_AVX2 KEL_INLINE __m256i Repeat16(std::int64_t n) {
+    return _mm256_set1_epi16(static_cast<short>(n));
+}
+KEL_AVX2 KEL_INLINE __m256i Repeat32(std::int64_t n) {
+    return _mm256_set1_epi32(static_cast<int>(n));
+}
+KEL_AVX512 KEL_INLINE __m512i Repeat16Wide(std::int64_t n) {
+    return _mm512_set1_epi16(static_cast<short>(n));
+}
+KEL_AVX512 KEL_INLINE __m512i Repeat32Wide(std::int64_t n) {
+    return _mm512_set1_epi32(static_cast<int>(n));
 }
 
 // 16 bytes in each half.

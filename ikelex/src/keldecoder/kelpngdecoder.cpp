@@ -14,6 +14,7 @@
 #include <cstring>
 #include <optional>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/rows.h"
 #include "kelimage/kelimage.h"
 
@@ -224,7 +225,7 @@ void CKelPNGDecoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
 
 void CKelPNGDecoder::user_read_data(png_struct_def* pPng, unsigned char* pData, size_t nLength) {
     auto* pArchive = static_cast<CVamArchive*>(png_get_io_ptr(pPng));
-    const auto nCount = static_cast<unsigned int>(nLength);
+    const unsigned int nCount = kel::Low32(nLength);
     if (pArchive->Read(pData, nCount) != nCount) {
         png_error(pPng, "Read Error");
     }

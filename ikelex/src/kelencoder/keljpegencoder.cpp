@@ -10,6 +10,7 @@
 
 #include <platform/vamplatform.h>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
 #include "kelimage/line24.h"
@@ -77,8 +78,8 @@ CKelJpegDestMgr* DestinationOf(jpeg_compress_struct* pInfo) {
 }
 
 KelResult Encode(jpeg_compress_struct* pInfo, int nQuality, CKelImage* pImage) {
-    const auto nHeight = static_cast<JDIMENSION>(pImage->GetHeight());
-    pInfo->image_width = static_cast<JDIMENSION>(pImage->GetWidth());
+    const JDIMENSION nHeight = kel::Low32(pImage->GetHeight());
+    pInfo->image_width = kel::Low32(pImage->GetWidth());
     pInfo->image_height = pImage->GetHeight() < 0 ? 0u - nHeight : nHeight;
     pInfo->input_components = 3;
     pInfo->in_color_space = JCS_RGB;
@@ -163,7 +164,7 @@ boolean CKelJpegDestMgr::EmptyOutputBuffer(jpeg_compress_struct* pInfo) {
 
 void CKelJpegDestMgr::TermDestination(jpeg_compress_struct* pInfo) {
     CKelJpegDestMgr* const pDestination = DestinationOf(pInfo);
-    const auto nRest = static_cast<unsigned int>(kBlockSize - pDestination->free_in_buffer);
+    const unsigned int nRest = kel::Low32(kBlockSize - pDestination->free_in_buffer);
     if (nRest != 0) {
         pDestination->m_pArchive->Write(pDestination->m_pBuffer, nRest);
     }

@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 
+#include "kelbitmap/integers.h"
 #include "kelimage/kelimage.h"
 #include "kelimage/line24.h"
 
@@ -133,9 +134,9 @@ KelResult PngWriter::Write(CVamArchive* pArchive, CKelImage* pImage, const PngLa
                            const CKelPNGEncoder& encoder) {
     png_set_write_fn(m_pPng, pArchive, CKelPNGEncoder::user_write_data,
                      CKelPNGEncoder::user_flush_data);
-    png_set_IHDR(m_pPng, m_pInfo, static_cast<png_uint_32>(pImage->GetWidth()),
-                 static_cast<png_uint_32>(pImage->GetHeight()), layout.nBitDepth, layout.nColorType,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    png_set_IHDR(m_pPng, m_pInfo, kel::Low32(pImage->GetWidth()), kel::Low32(pImage->GetHeight()),
+                 layout.nBitDepth, layout.nColorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
+                 PNG_FILTER_TYPE_BASE);
     if (layout.nColorType == PNG_COLOR_TYPE_PALETTE && !SetPalette(pImage, encoder)) {
         return KEL_ERR_MEMORY;
     }
@@ -186,7 +187,7 @@ unsigned char* CKelPNGEncoder::CreatePNGPalette(int nCount, tagKelRGBQUAD* pPale
     if (nCount < 1) {
         return nullptr;
     }
-    const auto nEntries = static_cast<std::size_t>(nCount);
+    const std::size_t nEntries = kel::AsSize(nCount);
     auto* pEntries = new (std::nothrow) unsigned char[nEntries * 3];
     if (!pEntries) {
         return nullptr;
@@ -209,7 +210,7 @@ void CKelPNGEncoder::user_warning_fn(png_struct_def*, const char* pszMessage) {
 }
 
 void CKelPNGEncoder::user_write_data(png_struct_def* pPng, unsigned char* pData, size_t nLength) {
-    ArchiveOf(pPng)->Write(pData, static_cast<unsigned int>(nLength));
+    ArchiveOf(pPng)->Write(pData, kel::Low32(nLength));
 }
 
 void CKelPNGEncoder::user_flush_data(png_struct_def* pPng) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kelbitmap/integers.h"
 #include "kelcpu/kelcpu.h"
 #include "kelmemory/kelmemory.h"
 
@@ -240,7 +241,7 @@ void TransposePlain(int nBytes, const Transposition& work) {
         const unsigned char* pFrom = work.pSrc + std::int64_t{nX} * nBytes;
         unsigned char* pTo = work.pDst + nX * work.nDstStride;
         for (int nY = 0; nY < work.nHeight; ++nY) {
-            std::memcpy(pTo, pFrom, static_cast<std::size_t>(nBytes));
+            std::memcpy(pTo, pFrom, AsSize(nBytes));
             pFrom += work.nSrcStride;
             pTo += nBytes;
         }

@@ -7,6 +7,7 @@
 
 #include "headerblock.h"
 #include "kelbitmap/colortable.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
 #include "keltrace/keltrace.h"
@@ -49,7 +50,7 @@ KelResult CKelImage::Open(BITMAPINFO* pBMI, unsigned char* pBits) {
     if (BITMAPINFO* pBlock = AllocateBMI(IMG_GetBitmapInfoSize(&pBMI->bmiHeader))) {
         kel::SecureCopy(kel::kSourceImage, pBlock, pBMI, nBlock);
     }
-    const auto nSize = static_cast<unsigned int>(std::max(nData, nRows));
+    const unsigned int nSize = kel::Low32(std::max(nData, nRows));
     if (unsigned char* pCopy = AllocateBits(nSize)) {
         kel::SecureCopy(kel::kSourceImage, pCopy, pBits, nData);
     }
@@ -90,14 +91,13 @@ BITMAPINFO* CKelImage::GetBitmapInfo() {
     }
     BITMAPINFOHEADER header = m_bmih;
     if (header.biBitCount <= 8 && m_nPaletteNum != 1 << header.biBitCount) {
-        header.biClrUsed = static_cast<unsigned int>(m_nPaletteNum);
+        header.biClrUsed = kel::Low32(m_nPaletteNum);
     }
     // The block has room for the palette, and for the colour table that the header describes if
     // that is longer, because its users measure it by its header.
     const std::int64_t nTableEnd = std::int64_t{sizeof header} + std::int64_t{m_nPaletteNum} * 4;
     const std::int64_t nSize = std::max(nTableEnd, kel::HeaderBlockSize(header));
-    BITMAPINFO* pBlock =
-        nSize <= kel::kMaxSize ? AllocateBMI(static_cast<unsigned int>(nSize)) : nullptr;
+    BITMAPINFO* pBlock = nSize <= kel::kMaxSize ? AllocateBMI(kel::Low32(nSize)) : nullptr;
     if (pBlock == nullptr) {
         return nullptr;
     }

@@ -4,6 +4,7 @@
 // moved in place from the top. Each passes through a scratch row, since it may overlap its source.
 #include <algorithm>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
 #include "kelmemory/kelmemory.h"
@@ -21,7 +22,7 @@ struct Rectangle {
 void ShiftLeft(unsigned char* pLine, std::int64_t nBytes, int nShift, unsigned char byNext) {
     for (std::int64_t i = 0; i < nBytes; ++i) {
         const unsigned int nHigh = pLine[i], nNext = i + 1 < nBytes ? pLine[i + 1] : byNext;
-        pLine[i] = static_cast<unsigned char>((nHigh << 8 | nNext) << nShift >> 8);
+        pLine[i] = kel::LowByte((nHigh << 8 | nNext) << nShift >> 8);
     }
 }
 

@@ -1,15 +1,12 @@
 // The horizontal pass over a band of 32 rows, portable.
 //
-// The scratch holds byte b of row r at b * 32 + r. Sums of 16 bits begin at 128, half of 256. They
-// cannot overflow, because no weight is below 0 and a record's weights sum to 256 at most.
-//
-//     255 x 256 + 128 = 65,408 < 65,536
+// The scratch holds byte b of row r at b * 32 + r.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "kelcpu/shuffle.h"
-#include "passes.h"
+#include "sums.h"
 #include "variants.h"
 
 namespace kel {
@@ -77,37 +74,17 @@ inline void TransposeColumns(const unsigned char* const* ppIn, std::size_t nAt, 
     }
 }
 
-// The sums of one output pixel of all rows, 16 bits each.
-void SumPixel16(const Band& band, std::size_t x, unsigned char* pOut) {
-    std::uint16_t sums[kPixelBytes];
-    std::fill_n(sums, kPixelBytes, std::uint16_t{128});
+// The sums of one output pixel of all rows.
+template <typename Sum, Sum kStart>
+void SumPixel(const Band& band, std::size_t x, unsigned char* pOut) {
+    Sum sums[kPixelBytes];
+    std::fill_n(sums, kPixelBytes, kStart);
     for (unsigned int s = band.pStart[x]; s < band.pStart[x + 1]; ++s) {
-        const auto nWeight = static_cast<std::uint16_t>(band.pSteps[s].nWeights);
         const unsigned char* pIn =
-            band.pScratch + kPixelBytes * static_cast<unsigned int>(band.pSteps[s].nIndex);
-        for (std::size_t i = 0; i < kPixelBytes; ++i) {
-            sums[i] = static_cast<std::uint16_t>(sums[i] + pIn[i] * nWeight);
-        }
+            band.pScratch + std::ptrdiff_t{kPixelBytes} * band.pSteps[s].nIndex;
+        AddWeighted(pIn, band.pSteps[s].nWeights, sums, kPixelBytes);
     }
-    for (std::size_t i = 0; i < kPixelBytes; ++i) {
-        pOut[i] = static_cast<unsigned char>(sums[i] >> 8);
-    }
-}
-
-// The same in 32 bits, for any weights of a plan. They fit into 16 bits signed.
-void SumPixel32(const Band& band, std::size_t x, unsigned char* pOut) {
-    std::int32_t sums[kPixelBytes] = {};
-    for (unsigned int s = band.pStart[x]; s < band.pStart[x + 1]; ++s) {
-        const auto nWeight = static_cast<std::int16_t>(band.pSteps[s].nWeights);
-        const unsigned char* pIn =
-            band.pScratch + kPixelBytes * static_cast<unsigned int>(band.pSteps[s].nIndex);
-        for (std::size_t i = 0; i < kPixelBytes; ++i) {
-            sums[i] += static_cast<std::int16_t>(pIn[i]) * nWeight;
-        }
-    }
-    for (std::size_t i = 0; i < kPixelBytes; ++i) {
-        pOut[i] = ByteOfSum(sums[i]);
-    }
+    StoreSums(sums, pOut, kPixelBytes);
 }
 
 void TransposeBand(const unsigned char* const* ppIn, std::size_t nPixels, unsigned char* pScratch) {
@@ -122,7 +99,7 @@ void TransposeBand(const unsigned char* const* ppIn, std::size_t nPixels, unsign
 }
 
 void SumBlock(const Band& band, std::size_t x, unsigned char* const* ppOut) {
-    const auto pfnSum = band.bUnsigned16 ? SumPixel16 : SumPixel32;
+    const auto pfnSum = band.bUnsigned16 ? SumPixel<std::uint16_t, 128> : SumPixel<std::int32_t, 0>;
     unsigned char block[kBlockPixels * kPixelBytes];
     for (std::size_t i = 0; i < kBlockPixels; ++i) {
         if (i % 4 == 0) {

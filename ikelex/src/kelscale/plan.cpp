@@ -32,15 +32,14 @@ bool MakePlan(const LineContribType& table, PassPlan& plan, Emit fnEmit) {
     }
     std::size_t nSteps = 0;
     for (std::size_t i = 0; i < nRecords; ++i) {
-        plan.pStart[i] = static_cast<unsigned int>(nSteps);
+        plan.pStart[i] = Low32(nSteps);
         fnEmit(table.pPixels[i], [&](int, int) { ++nSteps; });
-        plan.nMostSteps =
-            std::max(plan.nMostSteps, static_cast<unsigned int>(nSteps - plan.pStart[i]));
+        plan.nMostSteps = std::max(plan.nMostSteps, Low32(nSteps - plan.pStart[i]));
         if (nSteps > INT_MAX) {
             return false;
         }
     }
-    std::fill(&plan.pStart[nRecords], &plan.pStart[nPadded] + 1, static_cast<unsigned int>(nSteps));
+    std::fill(&plan.pStart[nRecords], &plan.pStart[nPadded] + 1, Low32(nSteps));
     plan.pSteps.reset(new (std::nothrow) PlanStep[nSteps]);
     if (plan.pSteps == nullptr) {
         return false;
@@ -153,7 +152,7 @@ bool PlanColumns(const LineContribType& table, int nPairLimit, PassPlan& plan) {
 }
 
 bool IsCopy(const LineContribType& table, unsigned int nInLength) {
-    if (static_cast<unsigned int>(table.nLineLength) != nInLength) {
+    if (Low32(table.nLineLength) != nInLength) {
         return false;
     }
     for (int i = 0; i < table.nLineLength; ++i) {

@@ -67,9 +67,10 @@ bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMost
     const int nChunks = (LongestRange(table) + kChunkPixels - 1) / kChunkPixels;
     const int nPixels = nChunks * kChunkPixels;
     if (nChunks > std::min(nMostChunks, kMostChunks) || nInLength > INT_MAX ||
-        static_cast<int>(nInLength) < nPixels) {
+        nInLength < Low32(nPixels)) {
         return false;
     }
+    const int nLastFirst = static_cast<int>(nInLength) - nPixels;
     const std::size_t nRecords = AsSize(table.nLineLength);
     const std::size_t nPadded = (nRecords + 15) / 16 * 16;
     const std::size_t nStep = AsSize(nPixels);
@@ -83,7 +84,7 @@ bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMost
     for (std::size_t i = 0; i < nRecords; ++i) {
         const PixelContribType& record = table.pPixels[i];
         const Range range = UsedRange(record);
-        plan.pFirst[i] = std::min(range.nBegin, static_cast<int>(nInLength) - nPixels);
+        plan.pFirst[i] = std::min(range.nBegin, nLastFirst);
         if (!FillWindow(record, range, plan.pFirst[i], nLaneLimit, &plan.pWeights[i * nStep])) {
             return false;
         }

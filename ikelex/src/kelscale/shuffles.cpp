@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "kelbitmap/integers.h"
 #include "plan.h"
 
 namespace kel {
@@ -42,13 +43,13 @@ void FillLane(Rest& rest, std::size_t nLoad, const ShuffleShape& shape, unsigned
               signed char* pWeights) {
     int nRoom = shape.nPairLimit;
     for (std::size_t k = 0; k < 4 && !rest.Done(); ++k) {
-        const std::size_t nAt = 3 * static_cast<std::size_t>(rest.nNext);
+        const std::size_t nAt = 3 * AsSize(rest.nNext);
         if (nAt + 3 > nLoad + shape.GroupBytes()) {
             return;
         }
         const int nLimit = std::min(nRoom, SCHAR_MAX);
         const int nPiece = std::clamp(rest.nRest, -nLimit, nLimit);
-        pOrders[k] = static_cast<unsigned char>(nAt - nLoad);
+        pOrders[k] = LowByte(nAt - nLoad);
         pWeights[k] = static_cast<signed char>(nPiece);
         nRoom = k == 1 ? shape.nPairLimit : nRoom - std::abs(nPiece);
         rest.nRest -= nPiece;
@@ -68,7 +69,7 @@ struct Output {
 
     void Store(std::size_t nStep, std::size_t nGroup, const GroupStep& step) {
         const std::size_t nAt = nStep * shape.nGroups + nGroup;
-        plan.pLoads[nAt] = static_cast<unsigned int>(step.nLoad);
+        plan.pLoads[nAt] = Low32(step.nLoad);
         std::copy_n(step.orders, shape.GroupBytes(), &plan.pOrders[nAt * shape.GroupBytes()]);
         std::copy_n(step.weights, shape.GroupBytes(), &plan.pWeights[nAt * shape.GroupBytes()]);
     }
@@ -80,7 +81,7 @@ std::size_t CutGroup(const LineContribType& table, std::size_t x, std::size_t nS
                      std::size_t nGroup, Output& output) {
     const ShuffleShape& shape = output.shape;
     Rest rests[kMostGroupPixels];
-    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    const std::size_t nRecords = AsSize(table.nLineLength);
     for (std::size_t i = 0; i < shape.nGroupPixels && x + i < nRecords; ++i) {
         rests[i].pRecord = &table.pPixels[x + i];
         rests[i].nNext = rests[i].pRecord->nLeft;
@@ -96,8 +97,7 @@ std::size_t CutGroup(const LineContribType& table, std::size_t x, std::size_t nS
         }
         GroupStep step;
         // No load reaches beyond the row.
-        step.nLoad =
-            std::min(3 * static_cast<std::size_t>(nFirst), output.nInBytes - shape.GroupBytes());
+        step.nLoad = std::min(3 * AsSize(nFirst), output.nInBytes - shape.GroupBytes());
         for (std::size_t i = 0; i < shape.nGroupPixels; ++i) {
             FillLane(rests[i], step.nLoad, shape, step.orders + 4 * i, step.weights + 4 * i);
         }
@@ -129,7 +129,7 @@ std::size_t CutBlock(const LineContribType& table, std::size_t x, std::size_t nS
 bool PlanShuffles(const LineContribType& table, unsigned int nInLength, const ShuffleShape& shape,
                   std::size_t nMostSteps, ShufflePlan& plan) {
     const std::size_t nInBytes = std::size_t{3} * nInLength;
-    const auto nRecords = static_cast<std::size_t>(table.nLineLength);
+    const std::size_t nRecords = AsSize(table.nLineLength);
     const std::size_t nBlocks = (nRecords + shape.BlockPixels() - 1) / shape.BlockPixels();
     if (nInBytes < shape.GroupBytes() || nInBytes > UINT_MAX || HasLargeWeights(table)) {
         return false;
@@ -148,13 +148,13 @@ bool PlanShuffles(const LineContribType& table, unsigned int nInLength, const Sh
     constexpr std::size_t kSlack = 4;
     std::size_t nSteps = 0;
     for (std::size_t i = 0; i < nBlocks; ++i) {
-        plan.pStart[i] = static_cast<unsigned int>(nSteps);
+        plan.pStart[i] = Low32(nSteps);
         nSteps = CutBlock(table, i * shape.BlockPixels(), nSteps, output);
         if (nSteps == output.nCapacity || nSteps > nMostSteps * (i + kSlack)) {
             return false;
         }
     }
-    plan.pStart[nBlocks] = static_cast<unsigned int>(nSteps);
+    plan.pStart[nBlocks] = Low32(nSteps);
     plan.bUnsigned16 = IsUnsigned16(table);
     return true;
 }

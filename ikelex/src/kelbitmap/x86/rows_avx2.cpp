@@ -4,6 +4,7 @@
 // vector whose end the next step overwrites. They run only while that end lies inside the row.
 #if defined(__x86_64__)
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/rows.h"
 #include "kelcpu/x86.h"
 
@@ -24,7 +25,7 @@ template <int N, typename Function>
 consteval Lanes<N> MakeLanes(Function function) {
     Lanes<N> lanes = {};
     for (int i = 0; i < N; ++i) {
-        lanes.a[i] = static_cast<Byte>(function(i));
+        lanes.a[i] = LowByte(function(i));
     }
     return lanes;
 }
@@ -149,7 +150,7 @@ KEL_AVX2 __m128i Interleave(__m128i c0, __m128i c1, __m128i c2) {
 KEL_AVX2 __m128i ChannelOf16(const std::uint32_t* pWords, int nChannel) {
     Lanes<16> channel;
     for (int i = 0; i < 16; ++i) {
-        channel.a[i] = static_cast<Byte>(pWords[i] >> (8 * nChannel));
+        channel.a[i] = LowByte(pWords[i] >> (8 * nChannel));
     }
     return Load(channel);
 }
@@ -196,8 +197,8 @@ KEL_AVX2 __m256i Choose(__m256i bits, __m256i words0, __m256i words1) {
 
 KEL_AVX2 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst,
                        std::size_t nPixels) {
-    const __m256i words0 = _mm256_set1_epi32(static_cast<int>(pWords[0]));
-    const __m256i words1 = _mm256_set1_epi32(static_cast<int>(pWords[1]));
+    const __m256i words0 = Repeat32(pWords[0]);
+    const __m256i words1 = Repeat32(pWords[1]);
     for (; nPixels >= 32; nPixels -= 32, pSrc += 4, pDst += 96) {
         const __m256i bits = _mm256_broadcastd_epi32(_mm_loadu_si32(pSrc));
         Store256(pDst, Choose<0>(bits, words0, words1));
@@ -210,8 +211,7 @@ KEL_AVX2 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst
 // ---- Channel fields. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
 // pixel in the formula. The low 8 bits of a channel are the same in lanes of any width.
 KEL_AVX2 __m256i Channel16(__m256i pixels, const ChannelField& field) {
-    const __m256i masked =
-        _mm256_and_si256(pixels, _mm256_set1_epi16(static_cast<short>(field.nMask)));
+    const __m256i masked = _mm256_and_si256(pixels, Repeat16(field.nMask));
     return _mm256_and_si256(
         _mm256_sll_epi16(_mm256_srl_epi16(masked, _mm_cvtsi32_si128(field.nRight)),
                          _mm_cvtsi32_si128(field.nLeft)),
@@ -237,8 +237,7 @@ KEL_AVX2 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst,
 }
 
 KEL_AVX2 __m256i Channel32(__m256i pixels, const ChannelField& field) {
-    const __m256i masked =
-        _mm256_and_si256(pixels, _mm256_set1_epi32(static_cast<int>(field.nMask)));
+    const __m256i masked = _mm256_and_si256(pixels, Repeat32(field.nMask));
     return _mm256_and_si256(
         _mm256_sll_epi32(_mm256_srl_epi32(masked, _mm_cvtsi32_si128(field.nRight)),
                          _mm_cvtsi32_si128(field.nLeft)),

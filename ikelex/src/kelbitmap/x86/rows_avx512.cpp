@@ -4,6 +4,7 @@
 // loaded and stored with masks. Bytes masked out are not touched.
 #if defined(__x86_64__)
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/rows.h"
 #include "kelcpu/x86.h"
 
@@ -21,7 +22,7 @@ template <typename Function>
 consteval Lanes MakeLanes(Function function) {
     Lanes lanes = {};
     for (int i = 0; i < 64; ++i) {
-        lanes.a[i] = static_cast<Byte>(function(i));
+        lanes.a[i] = LowByte(function(i));
     }
     return lanes;
 }
@@ -206,7 +207,7 @@ KEL_AVX512 void Palette4(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
     const __m512i t2 = _mm512_castsi128_si512(ChannelOf16(pWords, 2));
     while (nPixels > 0) {
         const std::size_t nStep = nPixels < 64 ? nPixels : 64;
-        const auto pairs = static_cast<__mmask32>(First((nStep + 1) / 2));
+        const auto pairs = Low32(First((nStep + 1) / 2));
         const __m512i wide = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(pairs, pSrc));
         const __m512i indices = _mm512_and_si512(
             _mm512_or_si512(_mm512_srli_epi16(wide, 4), _mm512_slli_epi16(wide, 8)),
@@ -237,8 +238,8 @@ KEL_AVX512 __m512i Choose(__m512i bits, __m512i words0, __m512i words1) {
 
 KEL_AVX512 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pDst,
                          std::size_t nPixels) {
-    const __m512i words0 = _mm512_set1_epi32(static_cast<int>(pWords[0]));
-    const __m512i words1 = _mm512_set1_epi32(static_cast<int>(pWords[1]));
+    const __m512i words0 = Repeat32Wide(pWords[0]);
+    const __m512i words1 = Repeat32Wide(pWords[1]);
     for (; nPixels >= 64; nPixels -= 64, pSrc += 8, pDst += 192) {
         const __m512i bits =
             _mm512_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(pSrc)));
@@ -253,11 +254,9 @@ KEL_AVX512 void Palette1(const Byte* pSrc, const std::uint32_t* pWords, Byte* pD
 // one count are two. Shift counts of 16 and more give 0 in 16-bit lanes, as they do for a 16-bit
 // pixel in the formula. The low 8 bits of a channel are the same in lanes of any width.
 KEL_AVX512 __m512i Channel16(__m512i pixels, const ChannelField& field) {
-    const __m512i masked =
-        _mm512_and_si512(pixels, _mm512_set1_epi16(static_cast<short>(field.nMask)));
-    return _mm512_sllv_epi16(
-        _mm512_srlv_epi16(masked, _mm512_set1_epi16(static_cast<short>(field.nRight))),
-        _mm512_set1_epi16(static_cast<short>(field.nLeft)));
+    const __m512i masked = _mm512_and_si512(pixels, Repeat16Wide(field.nMask));
+    return _mm512_sllv_epi16(_mm512_srlv_epi16(masked, Repeat16Wide(field.nRight)),
+                             Repeat16Wide(field.nLeft));
 }
 
 // 32 pixels. Channels 0 and 1 are the bytes of one vector of words, channel 2 is the low bytes of
@@ -287,7 +286,7 @@ KEL_AVX512 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst
         } else {
             _mm512_mask_storeu_epi8(pDst, First(3 * nStep), out0);
             if (3 * nStep > 64) {
-                const auto rest = static_cast<__mmask32>(First(3 * nStep - 64));
+                const auto rest = Low32(First(3 * nStep - 64));
                 _mm256_mask_storeu_epi8(pDst + 64, rest, out1);
             }
         }
@@ -296,10 +295,9 @@ KEL_AVX512 void Fields16(const Byte* pSrc, const PixelFields& fields, Byte* pDst
 }
 
 KEL_AVX512 __m512i Channel32(__m512i pixels, const ChannelField& field) {
-    const __m512i masked =
-        _mm512_and_si512(pixels, _mm512_set1_epi32(static_cast<int>(field.nMask)));
-    return _mm512_sllv_epi32(_mm512_srlv_epi32(masked, _mm512_set1_epi32(field.nRight)),
-                             _mm512_set1_epi32(field.nLeft));
+    const __m512i masked = _mm512_and_si512(pixels, Repeat32Wide(field.nMask));
+    return _mm512_sllv_epi32(_mm512_srlv_epi32(masked, Repeat32Wide(field.nRight)),
+                             Repeat32Wide(field.nLeft));
 }
 
 constexpr __mmask64 kSecondBytes = MakeMask([](int i) { return i % 4 == 1; });

@@ -3,6 +3,7 @@
 // apart because contraction is off.
 #if defined(__x86_64__)
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelcpu/x86.h"
 #include "kelgeometry/zoomrows.h"
@@ -33,7 +34,7 @@ void Prepare(int nBytes, const ZoomColumns& columns) {
             int* const pShuffle = pLookup + (k % 4 == 0 ? 0 : kInner) + (k < 4 ? 0 : 4);
             const int aColumns[4] = {pFirst[0], pFirst[1], pSecond[0], pSecond[1]};
             for (int j = 0; j < 4; ++j) {
-                const auto nFrom = static_cast<unsigned int>((aColumns[j] - pFirst[0]) * nBytes);
+                const std::uint32_t nFrom = Low32((aColumns[j] - pFirst[0]) * nBytes);
                 pShuffle[j] = static_cast<int>(nFrom * 0x01010101u + 0x03020100u);
             }
             pLookup[kPairs + k / 2] = pFirst[0] * nBytes;
@@ -49,7 +50,7 @@ void Prepare(int nBytes, const ZoomColumns& columns) {
 // row's last four bytes and shifted down.
 KEL_AVX2 KEL_INLINE __m256i Gather(const ZoomRow& row, const unsigned char* pRow,
                                    __m256i positions) {
-    const __m256i last = _mm256_set1_epi32(static_cast<int>(row.nRowBytes - 4));
+    const __m256i last = Repeat32(row.nRowBytes - 4);
     const __m256i inside = _mm256_min_epi32(positions, last);
     const __m256i excess = _mm256_slli_epi32(_mm256_sub_epi32(positions, inside), 3);
     const int* const pBase = reinterpret_cast<const int*>(pRow);
@@ -155,7 +156,7 @@ KEL_AVX2 void BlendRows(const ZoomColumns& columns, const ZoomRow& row) {
             unsigned char aLast[32];
             StorePixels<nBytes>(aLast, result);
             const int nCount = columns.nCount - i < 8 ? columns.nCount - i : 8;
-            __builtin_memcpy(pOut, aLast, static_cast<std::size_t>(nCount) * nBytes);
+            __builtin_memcpy(pOut, aLast, AsSize(nCount) * nBytes);
         }
     }
 }

@@ -3,6 +3,7 @@
 // sums stay apart because contraction is off.
 #if defined(__x86_64__)
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelcpu/x86.h"
 #include "kelgeometry/zoomrows.h"
@@ -28,7 +29,7 @@ void Prepare(int nBytes, const ZoomColumns& columns) {
         const std::int64_t nSpan = std::int64_t{pFirst[15] - pFirst[0]} * nBytes + 8;
         pLookup[kReachAt] = nSpan <= 64 ? k64Bytes : nSpan <= 128 ? k128Bytes : kFar;
         for (int k = 0; k < kZoomBlock; ++k) {
-            const auto nOffset = static_cast<unsigned int>((pFirst[k] - pFirst[0]) * nBytes);
+            const std::uint32_t nOffset = Low32((pFirst[k] - pFirst[0]) * nBytes);
             const unsigned int nIndex =
                 nSpan <= 128 ? nOffset * 0x01010101u + 0x03020100u : nOffset;
             const unsigned int nOther = columns.pSecond[i + k] != pFirst[k] ? 1u << 31 : 0;
@@ -52,7 +53,7 @@ KEL_AVX512 KEL_INLINE __m512i LoadPart(const unsigned char* pRow, std::int64_t n
 // would end after the row is read from the row's last four bytes and shifted down.
 KEL_AVX512 KEL_INLINE __m512i Gather(const unsigned char* pBase, std::int64_t nLeft,
                                      __m512i distances) {
-    const __m512i last = _mm512_set1_epi32(static_cast<int>(nLeft - 4));
+    const __m512i last = Repeat32Wide(nLeft - 4);
     const __m512i inside = _mm512_min_epi32(distances, last);
     const __m512i excess = _mm512_slli_epi32(_mm512_sub_epi32(distances, inside), 3);
     return _mm512_srlv_epi32(_mm512_i32gather_epi32(inside, pBase, 1), excess);
@@ -105,7 +106,7 @@ KEL_AVX512 KEL_INLINE __m512i BlendChannel(const __m512i* pWords, const __m512* 
 
 // The bits of b where the mask has them, else those of a.
 KEL_AVX512 KEL_INLINE __m512i Select(__m512i a, __m512i b, unsigned int nMask) {
-    return _mm512_ternarylogic_epi32(a, b, _mm512_set1_epi32(static_cast<int>(nMask)), 0xD8);
+    return _mm512_ternarylogic_epi32(a, b, Repeat32Wide(nMask), 0xD8);
 }
 
 // Stores the first nCount of 16 pixels.

@@ -1,6 +1,7 @@
 // The table of picture formats. A new format is a row here.
 #include "formats.h"
 
+#include "kelbitmap/integers.h"
 #include "keldecoder/keldecoder.h"
 #include "kelencoder/kelencoder.h"
 
@@ -56,7 +57,7 @@ bool Shows(std::string_view strSignature, const unsigned char* pData, std::size_
         return false;
     }
     for (const char c : strSignature) {
-        if (c != '?' && static_cast<unsigned char>(c) != *pData) {
+        if (c != '?' && LowByte(c) != *pData) {
             return false;
         }
         ++pData;

@@ -82,8 +82,7 @@ KEL_AVX2 inline void SumPixel(const Band& band, std::size_t x, __m256i* pSums) {
     const PlanStep* pEnd = band.pSteps + band.pStart[x + 1];
     for (const PlanStep* pStep = band.pSteps + band.pStart[x]; pStep != pEnd; ++pStep) {
         const __m256i weights = _mm256_set1_epi32(pStep->nWeights);
-        const unsigned char* pGroup =
-            band.pScratch + kGroupBytes * static_cast<unsigned int>(pStep->nIndex);
+        const unsigned char* pGroup = band.pScratch + std::ptrdiff_t{kGroupBytes} * pStep->nIndex;
         for (unsigned int k = 0; k < 3; ++k) {
             const __m256i bytes = Load256(pGroup + k * kQuadBytes);
             const __m256i pairs = _mm256_maddubs_epi16(bytes, weights);

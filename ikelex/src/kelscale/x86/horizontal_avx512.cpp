@@ -95,8 +95,7 @@ KEL_AVX512 inline void SumPixel(const Band& band, std::size_t x, __m512i* pSums)
     const PlanStep* pEnd = band.pSteps + band.pStart[x + 1];
     for (const PlanStep* pStep = band.pSteps + band.pStart[x]; pStep != pEnd; ++pStep) {
         const __m512i weights = _mm512_set1_epi32(pStep->nWeights);
-        const unsigned char* pGroup =
-            band.pScratch + kGroupBytes * static_cast<unsigned int>(pStep->nIndex);
+        const unsigned char* pGroup = band.pScratch + std::ptrdiff_t{kGroupBytes} * pStep->nIndex;
         for (unsigned int k = 0; k < 3; ++k) {
             sums[k] =
                 _mm512_dpbusd_epi32(sums[k], _mm512_loadu_si512(pGroup + k * kQuadBytes), weights);

@@ -24,12 +24,11 @@ namespace {
 KEL_AVX2 inline void SumPairs(const VerticalRow& row, std::size_t nAt) {
     const __m256i flip = _mm256_set1_epi8(-128);  // p to p - 128
     // Half a 256th, and 128 times each weight.
-    const __m256i start = _mm256_set1_epi16(static_cast<short>(128 + 128 * row.nWeights));
+    const __m256i start = Repeat16(128 + 128 * row.nWeights);
     __m256i low = start;
     __m256i high = start;
     for (unsigned int s = 0; s < row.nSteps; s += 2) {
-        const __m256i weights = _mm256_set1_epi16(
-            static_cast<short>(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8));
+        const __m256i weights = Repeat16(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8);
         const __m256i a = _mm256_xor_si256(flip, Load256(row.ppIn[s] + nAt));
         const __m256i b = _mm256_xor_si256(flip, Load256(row.ppIn[s + 1] + nAt));
         low = _mm256_add_epi16(low, _mm256_maddubs_epi16(weights, _mm256_unpacklo_epi8(a, b)));

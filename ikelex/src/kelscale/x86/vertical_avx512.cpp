@@ -23,12 +23,12 @@ namespace {
 KEL_AVX512 inline void SumPairs(const VerticalRow& row, std::size_t nAt, __mmask64 nMask) {
     const __m512i flip = _mm512_set1_epi8(-128);  // p to p - 128
     // Half a 256th, and 128 times each weight.
-    const __m512i start = _mm512_set1_epi16(static_cast<short>(128 + 128 * row.nWeights));
+    const __m512i start = Repeat16Wide(128 + 128 * row.nWeights);
     __m512i low = start;
     __m512i high = start;
     for (unsigned int s = 0; s < row.nSteps; s += 2) {
-        const __m512i weights = _mm512_set1_epi16(
-            static_cast<short>(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8));
+        const __m512i weights =
+            Repeat16Wide(row.pSteps[s].nWeights | row.pSteps[s + 1].nWeights << 8);
         const __m512i a = _mm512_xor_si512(flip, _mm512_maskz_loadu_epi8(nMask, row.ppIn[s] + nAt));
         const __m512i b =
             _mm512_xor_si512(flip, _mm512_maskz_loadu_epi8(nMask, row.ppIn[s + 1] + nAt));

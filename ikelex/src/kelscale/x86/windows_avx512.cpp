@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "kelbitmap/integers.h"
 #include "kelcpu/x86.h"
 #include "kelscale/variants.h"
 
@@ -28,8 +29,8 @@ struct Orders {
 consteval Orders MakeOrders() {
     Orders orders = {};
     for (unsigned int i = 0; i < 48; ++i) {
-        orders.toPlanes[i] = static_cast<unsigned char>(i % 16 * 3 + i / 16);
-        orders.toPixels[i] = static_cast<unsigned char>(i % 3 * 16 + i / 3);
+        orders.toPlanes[i] = LowByte(i % 16 * 3 + i / 16);
+        orders.toPixels[i] = LowByte(i % 3 * 16 + i / 3);
     }
     return orders;
 }
