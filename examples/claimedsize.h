@@ -37,9 +37,9 @@ inline bool ReadClaimedSize(const unsigned char* p, std::size_t nSize, ClaimedSi
     if (nSize >= 4 && p[0] == 0xFF && p[1] == 0xD8) {
         for (std::size_t i = 2; i + 9 < nSize;) {
             while (i < nSize && p[i] != 0xFF)
-                i++;
+                ++i;
             while (i < nSize && p[i] == 0xFF)
-                i++;
+                ++i;
             if (i + 8 >= nSize)
                 return false;
             const int nMarker = p[i++];

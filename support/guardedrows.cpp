@@ -1,3 +1,4 @@
+// Rows between protected pages, by mmap or VirtualAlloc.
 #include "support/guardedrows.h"
 
 #ifdef _WIN32

@@ -1,3 +1,4 @@
+// The BMP reader: files made here, whole, cut short, and with crafted headers.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The JPEG reader against plain libjpeg, and what damage leaves.
 #include <gtest/gtest.h>
 #include "support/reference/codecs.h"
 

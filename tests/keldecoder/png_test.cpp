@@ -1,3 +1,4 @@
+// The PNG reader against plain libpng, and what damage leaves.
 #include <gtest/gtest.h>
 #include "support/reference/codecs.h"
 

@@ -1,3 +1,4 @@
+// The BMP writer, byte for byte.
 #include <gtest/gtest.h>
 
 #include "kelbitmap/bmplayout.h"

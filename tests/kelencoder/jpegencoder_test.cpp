@@ -1,3 +1,4 @@
+// The JPEG writer against plain libjpeg, and its destination manager.
 #include <gtest/gtest.h>
 #include "support/reference/codecs.h"
 

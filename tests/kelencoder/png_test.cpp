@@ -1,3 +1,4 @@
+// The PNG writer, read back by plain libpng, and the pictures it refuses.
 #include <gtest/gtest.h>
 #include <platform/vamarchivememory.h>
 #include "support/reference/codecs.h"

@@ -1,6 +1,6 @@
 // Files of a POSIX system. The bytes go through the descriptor, because stdio discards its buffer
 // when its system call is interrupted.
-#include "../systemfile.h"
+#include "systemfile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

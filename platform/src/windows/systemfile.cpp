@@ -1,6 +1,6 @@
 // Files of Windows. The path is converted to UTF-16. The file is a system handle under a FILE of
 // the C library. The bytes go through the handle, so that no text mode can change them.
-#include "../systemfile.h"
+#include "systemfile.h"
 
 #include <windows.h>
 
