@@ -13,8 +13,9 @@ inline void LeavePeak(const std::string& strPath) {
     long nPeak = 0;
     if (std::FILE* pStatus = std::fopen("/proc/self/status", "r")) {
         while (std::fgets(szLine, sizeof szLine, pStatus) != nullptr) {
-            if (std::strncmp(szLine, "VmHWM:", 6) == 0)
+            if (std::strncmp(szLine, "VmHWM:", 6) == 0) {
                 std::sscanf(szLine + 6, "%ld", &nPeak);
+            }
         }
         std::fclose(pStatus);
     }

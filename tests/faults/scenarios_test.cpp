@@ -189,8 +189,9 @@ const std::vector<Scenario>& AllScenarios() {
 
 Outcome OutcomeOf(Stage& stage, KelResult nResult) {
     Outcome outcome{nResult, support::Snapshot(stage.image), {}, {}};
-    if (auto* pMade = dynamic_cast<CKelImage*>(stage.pMade))
+    if (auto* pMade = dynamic_cast<CKelImage*>(stage.pMade)) {
         outcome.made = support::Snapshot(*pMade);
+    }
     outcome.written.assign(stage.out.GetData(), stage.out.GetData() + stage.out.GetSize());
     return outcome;
 }
