@@ -32,10 +32,10 @@ void ExpectAsPlain(const Bytes& file, CVamArchive&& archive) {
     const KelResult nResult = CKelJpegDecoder().Do(&archive, &image);
     try {
         const reference::JpegPicture expected = reference::DecodeJpeg(file);
-        ASSERT_EQ(nResult, KEL_OK);
-        ASSERT_EQ(image.GetWidth(), expected.nWidth);
-        ASSERT_EQ(image.GetHeight(), expected.nHeight);
-        ASSERT_EQ(image.GetBitsPerPixel(), expected.nComponents * 8);
+        ASSERT_EQ(KEL_OK, nResult);
+        ASSERT_EQ(expected.nWidth, image.GetWidth());
+        ASSERT_EQ(expected.nHeight, image.GetHeight());
+        ASSERT_EQ(expected.nComponents * 8, image.GetBitsPerPixel());
         Bytes rows;  // as libjpeg delivers them, from the image's blue, green, red
         for (int y = 0; y < image.GetHeight(); ++y) {
             const unsigned char* pRow = image.GetLineArray()[y];
@@ -45,7 +45,7 @@ void ExpectAsPlain(const Bytes& file, CVamArchive&& archive) {
         }
         EXPECT_TRUE(rows == Bytes(&expected.pRows[0], &expected.pRows[expected.nSize]));
     } catch (const reference::JpegError&) {
-        EXPECT_EQ(nResult, KEL_ERR_CODEC);
+        EXPECT_EQ(KEL_ERR_CODEC, nResult);
     }
 }
 
@@ -126,13 +126,13 @@ TEST(JpegDecoder, RowsThatWereNotReachedAreZero) {
         archive.FailAt(support::Op::kRead, 4, support::Fault::kThrow);
         CKelImage image;
         EXPECT_THROW(CKelJpegDecoder().Do(&archive, &image), support::ForeignError);
-        ASSERT_EQ(image.GetHeight(), 300);
+        ASSERT_EQ(300, image.GetHeight());
         seen[i] = Bytes(image.GetBits(), image.GetBits() + image.GetBmpDataSize());
     }
     EXPECT_TRUE(seen[0] == seen[1]);
     const Bytes& rows = seen[0];
     EXPECT_NE(Bytes(rows.begin(), rows.begin() + 600), Bytes(600));
-    EXPECT_EQ(Bytes(rows.end() - 600, rows.end()), Bytes(600));
+    EXPECT_EQ(Bytes(600), Bytes(rows.end() - 600, rows.end()));
 }
 
 TEST(JpegDecoder, TakesAFailedReadAsTheEnd) {
@@ -154,10 +154,10 @@ TEST(JpegDecoder, RefusesWhatNoImageCanHold) {
         image.Create(3, 3, 24);
         const support::RecordingTrace trace;
         // Five do not fit into one scan, so they come in several.
-        EXPECT_EQ(Decode(NoiseFile({9, 9, nComponents, 75, true}), image), KEL_ERR_CODEC);
-        EXPECT_EQ(image.GetBits(), nullptr);
-        EXPECT_EQ(image.GetWidth(), 0);
-        EXPECT_EQ(trace.Lines().size(), nComponents == 2 ? 2u : 0u);  // libjpeg does not mind five
+        EXPECT_EQ(KEL_ERR_CODEC, Decode(NoiseFile({9, 9, nComponents, 75, true}), image));
+        EXPECT_EQ(nullptr, image.GetBits());
+        EXPECT_EQ(0, image.GetWidth());
+        EXPECT_EQ(nComponents == 2 ? 2u : 0u, trace.Lines().size());  // libjpeg does not mind five
     }
     Bytes file = NoiseFile({8, 8, 3, 75, true});
     const unsigned char frame[] = {0xFF, 0xC2};
@@ -165,9 +165,9 @@ TEST(JpegDecoder, RefusesWhatNoImageCanHold) {
     pFrame[5] = pFrame[7] = 0xFF;  // height and width
     CKelImage image;
     const std::clock_t nStart = std::clock();
-    EXPECT_EQ(Decode(file, image), KEL_ERR_MEMORY);
+    EXPECT_EQ(KEL_ERR_MEMORY, Decode(file, image));
     EXPECT_LT(std::clock() - nStart, CLOCKS_PER_SEC);  // refused before libjpeg begins
-    EXPECT_EQ(image.GetWidth(), 0);
+    EXPECT_EQ(0, image.GetWidth());
 }
 
 TEST(JpegDecoder, TracesEachDecodeAndEachError) {
@@ -176,16 +176,16 @@ TEST(JpegDecoder, TracesEachDecodeAndEachError) {
     CKelImage image;
     for (const int nLevel : {1, 2}) {
         const support::RecordingTrace trace(nLevel);
-        EXPECT_EQ(Decode(NoiseFile({8, 8}), image), KEL_OK);
+        EXPECT_EQ(KEL_OK, Decode(NoiseFile({8, 8}), image));
         const std::vector<support::TraceLine> detail = {{ZT_TRACE_WRITE, 2, strDetail}};
-        EXPECT_EQ(trace.Lines(), nLevel == 2 ? detail : std::vector<support::TraceLine>());
+        EXPECT_EQ(nLevel == 2 ? detail : std::vector<support::TraceLine>(), trace.Lines());
     }
     const support::RecordingTrace trace;
-    EXPECT_EQ(Decode({0xFF, 0xD8}, image), KEL_ERR_CODEC);
-    EXPECT_EQ(image.GetWidth(), 0);
-    ASSERT_EQ(trace.Lines().size(), 2u);
+    EXPECT_EQ(KEL_ERR_CODEC, Decode({0xFF, 0xD8}, image));
+    EXPECT_EQ(0, image.GetWidth());
+    ASSERT_EQ(2u, trace.Lines().size());
     const std::string strText = trace.Lines()[0].strText;
     EXPECT_TRUE(strText.starts_with("CKelJpegDecoder::jpeg_error_exit, err msg: "));
     EXPECT_FALSE(strText.ends_with(": "));
-    EXPECT_EQ(trace.Lines(), support::InputError(strText));
+    EXPECT_EQ(support::InputError(strText), trace.Lines());
 }

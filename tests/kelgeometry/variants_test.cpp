@@ -109,8 +109,8 @@ void CheckBlend(kel::CpuLevel eLevel, int nBytes, int nSrcWidth, int nWidth, boo
 TEST(GeometryVariants, BlendedRowsEqualThePortableOnes) {
     for (const kel::CpuLevel eLevel : kel::Levels()) {
         const bool bPortable = eLevel == kel::CpuLevel::kPortable || eLevel == kel::CpuLevel::kNeon;
-        ASSERT_EQ(&kel::ZoomFunctionsFor(eLevel) == &kel::kZoomPortable, bPortable);
-        ASSERT_EQ(&kel::TransposeFunctionsFor(eLevel) == &kel::kTransposePortable, bPortable);
+        ASSERT_EQ(bPortable, &kel::ZoomFunctionsFor(eLevel) == &kel::kZoomPortable);
+        ASSERT_EQ(bPortable, &kel::TransposeFunctionsFor(eLevel) == &kel::kTransposePortable);
         for (int nBytes = 2; nBytes <= 4; ++nBytes) {
             for (int nWidth = 1; nWidth < 70; nWidth += nWidth < 36 ? 1 : 7) {
                 for (const int nSrcWidth : {2, 3, 5, 31, 40, 150, 400}) {

@@ -21,39 +21,39 @@ TEST(Lifetime, CleanForgetsBorrowedBuffersAndKeepsTheFlag) {
     Picture picture = support::MakePicture({8, BI_RGB, 0}, 5, 5, 1);
     CKelImage image;
     EXPECT_TRUE(IsEmpty(image));
-    ASSERT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
+    ASSERT_EQ(KEL_OK, image.OpenAs(picture.Info(), picture.bits.data(), 0));
     image.Clean();
     EXPECT_TRUE(IsEmpty(image));
-    EXPECT_EQ(image.m_bOwnBuffers, 0);
+    EXPECT_EQ(0, image.m_bOwnBuffers);
     // What it makes is its own (a leak checker sees it otherwise).
-    EXPECT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 5, 5, 1), KEL_OK);
-    EXPECT_EQ(image.m_bOwnBuffers, 1);
+    EXPECT_EQ(KEL_OK, support::OpenRandom(&image, {8, BI_RGB, 0}, 5, 5, 1));
+    EXPECT_EQ(1, image.m_bOwnBuffers);
     CKelImage made;
     made.OpenAs(picture.Info(), picture.bits.data(), 0);
     made.Create(3, 3, 24);
-    EXPECT_EQ(made.m_pBMI, nullptr);
+    EXPECT_EQ(nullptr, made.m_pBMI);
 }
 
 TEST(Lifetime, BorrowMovesEverything) {
     CKelImage donor, image;
-    ASSERT_EQ(support::OpenRandom(&donor, {8, BI_RGB, 20}, 6, 4, 1), KEL_OK);
-    ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 3, 3, 1), KEL_OK);
+    ASSERT_EQ(KEL_OK, support::OpenRandom(&donor, {8, BI_RGB, 20}, 6, 4, 1));
+    ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {24, BI_RGB, 0}, 3, 3, 1));
     const unsigned char* pBits = donor.GetBits();
     image.Borrow(&donor);
-    EXPECT_EQ(image.GetWidth(), 6);
-    EXPECT_EQ(image.GetPaletteNum(), 20);
+    EXPECT_EQ(6, image.GetWidth());
+    EXPECT_EQ(20, image.GetPaletteNum());
     EXPECT_EQ("", support::FaultOf(image));
     EXPECT_TRUE(IsEmpty(donor));
-    EXPECT_EQ(donor.m_bOwnBuffers, 1);
+    EXPECT_EQ(1, donor.m_bOwnBuffers);
     image.Borrow(&image);
-    EXPECT_EQ(image.GetBits(), pBits);
+    EXPECT_EQ(pBits, image.GetBits());
 
     Picture picture = support::MakePicture({24, BI_RGB, 0}, 5, 5, 1);
-    ASSERT_EQ(donor.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_OK);
+    ASSERT_EQ(KEL_OK, donor.OpenAs(picture.Info(), picture.bits.data(), 0));
     image.Borrow(&donor);
-    EXPECT_EQ(image.m_bOwnBuffers, 0);
-    EXPECT_EQ(donor.m_bOwnBuffers, 1);
-    EXPECT_EQ(image.GetBits(), picture.bits.data());
+    EXPECT_EQ(0, image.m_bOwnBuffers);
+    EXPECT_EQ(1, donor.m_bOwnBuffers);
+    EXPECT_EQ(picture.bits.data(), image.GetBits());
 }
 
 TEST(Lifetime, BeginsAndEndsThroughTheInterface) {
@@ -63,12 +63,12 @@ TEST(Lifetime, BeginsAndEndsThroughTheInterface) {
         const support::AllocFaults faults(1);
         CreateImageObject(&pImage);
     }
-    EXPECT_EQ(pImage, nullptr);
+    EXPECT_EQ(nullptr, pImage);
     DestroyImageObject(nullptr);
-    EXPECT_EQ(GetKelVersion(), IKELEX_VERSION);
+    EXPECT_EQ(IKELEX_VERSION, GetKelVersion());
     const auto before = support::CountLiveBlocks();
     (new CKelImage)->Destroy();
-    EXPECT_EQ(support::CountLiveBlocks(), before);
+    EXPECT_EQ(before, support::CountLiveBlocks());
 }
 
 TEST(Result, EachCodeHasANameAndAMeaningOfItsOwn) {
@@ -88,14 +88,14 @@ TEST(Result, EachCodeHasANameAndAMeaningOfItsOwn) {
                          {1000, "KEL_ERR_NOT_IMPLEMENTED", "not implemented"},
                          {7, "unknown result", "no result"}};
     for (const auto& row : results) {
-        EXPECT_STREQ(KelResultName(row.nCode), row.pszName);
+        EXPECT_STREQ(row.pszName, KelResultName(row.nCode));
         for (const auto& other : results) {
             const bool bFound =
                 std::string(KelResultMeaning(other.nCode)).find(row.pszWord) != std::string::npos;
-            EXPECT_EQ(bFound, &row == &other) << row.nCode << " in " << other.nCode;
+            EXPECT_EQ(&row == &other, bFound) << row.nCode << " in " << other.nCode;
         }
     }
-    EXPECT_STREQ(KelResultName(-1), KelResultName(7));
+    EXPECT_STREQ(KelResultName(7), KelResultName(-1));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST(Line24, EveryKindEqualsTheSlowLoop) {
             SCOPED_TRACE(support::Name(kind) + ", width " + std::to_string(nWidth));
             Picture picture = support::MakePicture(kind, nWidth, 3, static_cast<unsigned>(nWidth));
             CKelImage image;
-            ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+            ASSERT_EQ(KEL_OK, image.Open(picture.Info(), picture.bits.data()));
             for (int nOrder : {1, 2, 0, 3, -1}) {  // all but 1: blue, green, red
                 Bytes whole(3 * Stride24(nWidth), 0x5A), expectedWhole;
                 EXPECT_TRUE(image.ConvertTo24Bit(nOrder, whole.data()));
@@ -49,14 +49,14 @@ TEST(Line24, EveryKindEqualsTheSlowLoop) {
                     Bytes line(Stride24(nWidth), 0x5A), expected = line;
                     reference::Line24(picture.Info(), picture.Row(nRow), nOrder == 1,
                                       expected.data());
-                    EXPECT_EQ(image.GetLine24At(nOrder, nRow, line.data()), line.data());
-                    EXPECT_EQ(line, expected);
+                    EXPECT_EQ(line.data(), image.GetLine24At(nOrder, nRow, line.data()));
+                    EXPECT_EQ(expected, line);
                     line.assign(line.size(), 0x5A);
                     ConvertRow(image, nOrder, nRow, line.data());
-                    EXPECT_EQ(line, expected);
+                    EXPECT_EQ(expected, line);
                     expectedWhole.insert(expectedWhole.end(), expected.begin(), expected.end());
                 }
-                EXPECT_EQ(whole, expectedWhole);
+                EXPECT_EQ(expectedWhole, whole);
             }
         }
     }
@@ -70,17 +70,17 @@ TEST(Line24, MasksOfAnyShape) {
             Picture picture = support::MakePicture({nBits, BI_BITFIELDS, 0}, 60, 1, nMask);
             reinterpret_cast<unsigned int*>(picture.block.data())[11] = nMask;  // green
             CKelImage image;
-            ASSERT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+            ASSERT_EQ(KEL_OK, image.Open(picture.Info(), picture.bits.data()));
             Bytes line(Stride24(60)), expected(line);
             reference::Line24(picture.Info(), picture.Row(0), true, expected.data());
             image.GetLine24AsRGBAt(0, line.data());
-            EXPECT_EQ(line, expected) << nBits << " bits, mask " << nMask;
+            EXPECT_EQ(expected, line) << nBits << " bits, mask " << nMask;
         }
     }
-    EXPECT_EQ(MaskToRShift(0xF800), 11);
-    EXPECT_EQ(MaskToRShift(0), 0);
-    EXPECT_EQ(MaskToLShift(0x07E0), 2);
-    EXPECT_EQ(MaskToLShift(0), 0);
+    EXPECT_EQ(11, MaskToRShift(0xF800));
+    EXPECT_EQ(0, MaskToRShift(0));
+    EXPECT_EQ(2, MaskToLShift(0x07E0));
+    EXPECT_EQ(0, MaskToLShift(0));
 }
 
 TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
@@ -100,21 +100,21 @@ TEST(Line24, WhatCannotBeConvertedIsLeftAlone) {
             image.AddPaletteEntry(0xFF, 0xFF, 0xFF, 0);
         }
         image.m_nPaletteNum = nMasks < 0 ? 3 : nMasks;
-        EXPECT_EQ(image.GetLine24At(1, 0, line.data()), line.data());
-        EXPECT_EQ(line, untouched) << nBits << " bits, compression " << nCompression;
+        EXPECT_EQ(line.data(), image.GetLine24At(1, 0, line.data()));
+        EXPECT_EQ(untouched, line) << nBits << " bits, compression " << nCompression;
     }
     for (const int nBits : {1, 4, 8}) {  // a table without entries
         image.Create(4, 1, nBits);
         image.ExpandPaletteTable();
-        EXPECT_EQ(image.GetLine24At(1, 0, line.data()), line.data());
-        EXPECT_EQ(line, untouched) << nBits;
+        EXPECT_EQ(line.data(), image.GetLine24At(1, 0, line.data()));
+        EXPECT_EQ(untouched, line) << nBits;
     }
     image.Create(4, 2, 24);
-    EXPECT_EQ(image.GetLine24At(1, -1, line.data()), nullptr);
-    EXPECT_EQ(image.GetLine24At(1, 2, line.data()), nullptr);
+    EXPECT_EQ(nullptr, image.GetLine24At(1, -1, line.data()));
+    EXPECT_EQ(nullptr, image.GetLine24At(1, 2, line.data()));
     image.DeleteLineArray();
-    EXPECT_EQ(image.GetLine24At(1, 1, line.data()), nullptr);
-    EXPECT_EQ(line, untouched);
+    EXPECT_EQ(nullptr, image.GetLine24At(1, 1, line.data()));
+    EXPECT_EQ(untouched, line);
 }
 
 TEST(Line24, OneBitPalettesThatAreTooShort) {
@@ -124,18 +124,18 @@ TEST(Line24, OneBitPalettesThatAreTooShort) {
     std::copy(stored.begin(), stored.end(), image.GetBits());
     Bytes line(Stride24(33), 0x5A);
     image.GetLine24AsBGRAt(0, line.data());  // without colours: the stored row
-    EXPECT_EQ(Bytes(line.begin(), line.begin() + 8), stored);
-    EXPECT_EQ(line[8], 0x5A);
+    EXPECT_EQ(stored, Bytes(line.begin(), line.begin() + 8));
+    EXPECT_EQ(0x5A, line[8]);
     image.AddPaletteEntry(1, 2, 3, 255);
     for (const int nSlots : {2, 1}) {  // with one: the slot after it, or black
         image.m_nPaletteSize = nSlots;
         image.GetLine24AsRGBAt(0, line.data());
-        EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{1, 2, 3, 0, 0, 0}));
+        EXPECT_EQ((Bytes{1, 2, 3, 0, 0, 0}), Bytes(line.begin(), line.begin() + 6));
     }
     image.m_nPaletteSize = 2;
     image.GetPalette()[1] = {7, 8, 9, 0};
     image.GetLine24AsBGRAt(0, line.data());
-    EXPECT_EQ(Bytes(line.begin(), line.begin() + 6), (Bytes{3, 2, 1, 7, 8, 9}));
+    EXPECT_EQ((Bytes{3, 2, 1, 7, 8, 9}), Bytes(line.begin(), line.begin() + 6));
 }
 
 }  // namespace

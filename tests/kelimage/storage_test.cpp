@@ -36,25 +36,25 @@ TEST(Storage, CreateMakesAPictureWithRows) {
             ASSERT_NE(image.CreateUncleared(nWidth, 3, nBits), nullptr);
             ASSERT_NE(zeroed.Create(nWidth, 3, nBits), nullptr);
             const int header[10] = {40, nWidth, 3, 1 | nBits << 16};
-            EXPECT_EQ(std::memcmp(zeroed.GetBitmapInfoHeader(), header, 40), 0);
-            EXPECT_EQ(std::memcmp(image.GetBitmapInfoHeader(), header, 40), 0);
+            EXPECT_EQ(0, std::memcmp(zeroed.GetBitmapInfoHeader(), header, 40));
+            EXPECT_EQ(0, std::memcmp(image.GetBitmapInfoHeader(), header, 40));
             EXPECT_EQ("", support::FaultOf(image));
             const std::size_t nSize = zeroed.GetBmpDataSize();
             Bytes expected(nSize);
-            EXPECT_EQ(PixelsOf(zeroed, nSize), expected);
+            EXPECT_EQ(expected, PixelsOf(zeroed, nSize));
             for (std::size_t i = 0; i < nSize / 3 * 2; i += nSize / 3) {  // the last row is zero
                 std::fill_n(&expected[i], nBits * nWidth / 8, static_cast<unsigned char>(0xA5));
             }
-            EXPECT_EQ(PixelsOf(image, nSize), expected);
+            EXPECT_EQ(expected, PixelsOf(image, nSize));
             image.ClearRowsFrom(1);
             std::fill(&expected[nSize / 3], expected.data() + nSize, static_cast<unsigned char>(0));
-            EXPECT_EQ(PixelsOf(image, nSize), expected);
+            EXPECT_EQ(expected, PixelsOf(image, nSize));
             image.ClearRowsFrom(0);
-            EXPECT_EQ(PixelsOf(image, nSize), PixelsOf(zeroed, nSize));
+            EXPECT_EQ(PixelsOf(zeroed, nSize), PixelsOf(image, nSize));
         }
     }
     CKelImage image;
-    EXPECT_EQ(image.CreateUncleared(-1, 3, 24), nullptr);
+    EXPECT_EQ(nullptr, image.CreateUncleared(-1, 3, 24));
     EXPECT_NE(image.CreateUncleared(3, 0, 24), nullptr);
     EXPECT_NE(image.GetLineArray(), nullptr);
 }
@@ -65,16 +65,16 @@ TEST(Storage, RefusedSizesLeaveNoPixelsAndNoRows) {
     for (const auto& size : aSizes) {
         CKelImage image;
         ASSERT_NE(image.Create(4, 4, 8), nullptr);
-        EXPECT_EQ(image.Create(size[0], size[1], size[2]), nullptr);
-        EXPECT_EQ(image.GetBits(), nullptr);
-        EXPECT_EQ(image.GetLineArray(), nullptr);
+        EXPECT_EQ(nullptr, image.Create(size[0], size[1], size[2]));
+        EXPECT_EQ(nullptr, image.GetBits());
+        EXPECT_EQ(nullptr, image.GetLineArray());
     }
     EXPECT_TRUE(trace.Lines().empty());
     // A picture without width may claim more rows than an array is made for.
     CKelImage image;
     EXPECT_NE(image.Create(0, 0x7FFFFFFF, 24), nullptr);
-    EXPECT_EQ(image.GetLineArray(), nullptr);
-    EXPECT_EQ(trace.Lines(), InputError("m_ppLineArray is nullptr"));
+    EXPECT_EQ(nullptr, image.GetLineArray());
+    EXPECT_EQ(InputError("m_ppLineArray is nullptr"), trace.Lines());
 }
 
 TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
@@ -82,7 +82,7 @@ TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
     CKelImage image;
     for (unsigned int nSize : {0u, 52428801u}) {
         EXPECT_NE(image.AllocateBits(nSize), nullptr);
-        EXPECT_EQ(trace.Lines(), InputError("dwSize is invalid: " + std::to_string(nSize)));
+        EXPECT_EQ(InputError("dwSize is invalid: " + std::to_string(nSize)), trace.Lines());
         trace.Clear();
     }
     ASSERT_NE(image.AllocateBits(52428800u), nullptr);
@@ -91,10 +91,10 @@ TEST(Storage, AllocateBitsTracesOddSizesAndCoversTheRows) {
     EXPECT_GE(malloc_usable_size(image.GetBits()), 15000u);
     EXPECT_EQ("", support::FaultOf(image));
     image.m_bmih.biWidth = image.m_bmih.biHeight = 1 << 15;  // rows of 3 GiB
-    EXPECT_EQ(image.AllocateBits(10), nullptr);
+    EXPECT_EQ(nullptr, image.AllocateBits(10));
     image.m_bmih.biWidth = image.m_bmih.biHeight = -(1 << 15);
     EXPECT_NE(image.AllocateBits(10), nullptr);
-    EXPECT_EQ(trace.Lines(), InputError("m_ppLineArray is nullptr"));
+    EXPECT_EQ(InputError("m_ppLineArray is nullptr"), trace.Lines());
 }
 
 TEST(Storage, OpenMeasuresThePixelData) {
@@ -102,22 +102,22 @@ TEST(Storage, OpenMeasuresThePixelData) {
     CKelImage image;
     BITMAPINFOHEADER& header = picture.Info()->bmiHeader;
     header.biSizeImage = 0;
-    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
-    EXPECT_EQ(PixelsOf(image, 120), picture.bits);
+    EXPECT_EQ(KEL_OK, image.Open(picture.Info(), picture.bits.data()));
+    EXPECT_EQ(picture.bits, PixelsOf(image, 120));
     EXPECT_NE(image.GetBits(), picture.bits.data());
-    EXPECT_EQ(std::memcmp(image.GetBitmapInfo(), &header, picture.block.size()), 0);
+    EXPECT_EQ(0, std::memcmp(image.GetBitmapInfo(), &header, picture.block.size()));
     header.biSizeImage = 119;
-    EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
-    EXPECT_EQ(image.GetBits(), nullptr);
+    EXPECT_EQ(KEL_ERR_PARAM, image.Open(picture.Info(), picture.bits.data()));
+    EXPECT_EQ(nullptr, image.GetBits());
     // Run-length data may be shorter than the rows, and is as long as biSizeImage says: what it
     // does not fill is zero.
     header.biCompression = BI_RLE8;
     for (const unsigned int nSize : {7u, 0u}) {
         header.biSizeImage = nSize;
-        EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_OK);
+        EXPECT_EQ(KEL_OK, image.Open(picture.Info(), picture.bits.data()));
         Bytes expected(picture.bits.begin(), picture.bits.begin() + nSize);
         expected.resize(120);
-        EXPECT_EQ(PixelsOf(image, 120), expected);
+        EXPECT_EQ(expected, PixelsOf(image, 120));
     }
 }
 
@@ -141,30 +141,30 @@ TEST(Storage, OpenRefusesWhatItCannotHold) {
         Picture picture = support::MakePicture(kShort8, 10, 10, 1);
         change.pfnChange(picture.Info()->bmiHeader);
         CKelImage image;
-        ASSERT_EQ(support::OpenRandom(&image, kShort8, 3, 3, 1), KEL_OK);
-        EXPECT_EQ(image.Open(picture.Info(), picture.bits.data()), KEL_ERR_PARAM);
-        EXPECT_EQ(image.GetBits(), nullptr);
+        ASSERT_EQ(KEL_OK, support::OpenRandom(&image, kShort8, 3, 3, 1));
+        EXPECT_EQ(KEL_ERR_PARAM, image.Open(picture.Info(), picture.bits.data()));
+        EXPECT_EQ(nullptr, image.GetBits());
         if (!change.bCopyOnly) {
             image.OpenAs(valid.Info(), valid.bits.data(), 0);
-            EXPECT_EQ(image.OpenAs(picture.Info(), picture.bits.data(), 0), KEL_ERR_PARAM);
-            EXPECT_EQ(image.GetBits(), picture.bits.data());  // kept
-            EXPECT_EQ(image.GetWidth(), 0);
-            EXPECT_EQ(image.GetLineArray(), nullptr);
-            EXPECT_EQ(image.GetPalette(), nullptr);
+            EXPECT_EQ(KEL_ERR_PARAM, image.OpenAs(picture.Info(), picture.bits.data(), 0));
+            EXPECT_EQ(picture.bits.data(), image.GetBits());  // kept
+            EXPECT_EQ(0, image.GetWidth());
+            EXPECT_EQ(nullptr, image.GetLineArray());
+            EXPECT_EQ(nullptr, image.GetPalette());
         }
     }
     CKelImage image;
     Picture picture = support::MakePicture(kShort8, 10, 10, 1);
-    EXPECT_EQ(image.Open(picture.Info(), nullptr), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Open(nullptr, picture.bits.data()), KEL_ERR_PARAM);
-    EXPECT_EQ(support::OpenRandom(&image, {8, BI_RGB, 65536}, 3, 3, 1), KEL_OK);
+    EXPECT_EQ(KEL_ERR_PARAM, image.Open(picture.Info(), nullptr));
+    EXPECT_EQ(KEL_ERR_PARAM, image.Open(nullptr, picture.bits.data()));
+    EXPECT_EQ(KEL_OK, support::OpenRandom(&image, {8, BI_RGB, 65536}, 3, 3, 1));
 }
 
 // Emptying the image would release what it is asked to copy: it refuses and stays as it was.
 TEST(Storage, OpenRefusesMemoryOfTheImageItself) {
     Picture other = support::MakePicture(kShort8, 10, 10, 1), third = other;
     CKelImage image;
-    ASSERT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 40, 40, 1), KEL_OK);
+    ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {8, BI_RGB, 0}, 40, 40, 1));
     const Bytes before = support::Snapshot(image);
     const auto bytesAt = [](void* p) { return static_cast<unsigned char*>(p); };
     const auto blockAt = [](void* p) { return static_cast<BITMAPINFO*>(p); };
@@ -180,28 +180,28 @@ TEST(Storage, OpenRefusesMemoryOfTheImageItself) {
         {blockAt(&image.m_bmih), other.bits.data()},
         {blockAt(image.m_ppLineArray[1]), nullptr}};
     for (const auto& [pBMI, pBits] : cases) {
-        EXPECT_EQ(image.Open(pBMI, pBits), KEL_ERR_PARAM) << "case " << &pBMI - &cases[0].first;
-        EXPECT_EQ(support::Snapshot(image), before);
+        EXPECT_EQ(KEL_ERR_PARAM, image.Open(pBMI, pBits)) << "case " << &pBMI - &cases[0].first;
+        EXPECT_EQ(before, support::Snapshot(image));
     }
     // Before Open() the block that is to be opened tells how long the pixels are.
     image.Clean();
     std::memcpy(image.AllocateBMI(120), other.block.data(), 120);
     ASSERT_NE(image.AllocateBits(120), nullptr);
-    EXPECT_EQ(image.Open(third.Info(), image.m_pBits + 119), KEL_ERR_PARAM);
-    EXPECT_EQ(image.Open(), KEL_OK);
+    EXPECT_EQ(KEL_ERR_PARAM, image.Open(third.Info(), image.m_pBits + 119));
+    EXPECT_EQ(KEL_OK, image.Open());
     // Lent buffers are not released, so they can be copied.
     image.Clean();
-    ASSERT_EQ(image.OpenAs(other.Info(), other.bits.data(), 0), KEL_OK);
-    EXPECT_EQ(image.Open(image.GetBitmapInfo(), image.GetBits()), KEL_OK);
-    EXPECT_EQ(PixelsOf(image, 120), other.bits);
+    ASSERT_EQ(KEL_OK, image.OpenAs(other.Info(), other.bits.data(), 0));
+    EXPECT_EQ(KEL_OK, image.Open(image.GetBitmapInfo(), image.GetBits()));
+    EXPECT_EQ(other.bits, PixelsOf(image, 120));
     // Colours and pixels whose last byte is the image's first pixel.
     Bytes mixed = other.block;
     mixed.insert(mixed.end(), other.bits.begin(), other.bits.end());
     CKelImage owner;
-    ASSERT_EQ(owner.OpenAs(other.Info(), &mixed[119], 1), KEL_OK);
-    EXPECT_EQ(owner.Open(blockAt(mixed.data()), third.bits.data()), KEL_ERR_PARAM);
-    EXPECT_EQ(owner.Open(third.Info(), mixed.data()), KEL_ERR_PARAM);
-    EXPECT_EQ(owner.m_pBits, &mixed[119]);
+    ASSERT_EQ(KEL_OK, owner.OpenAs(other.Info(), &mixed[119], 1));
+    EXPECT_EQ(KEL_ERR_PARAM, owner.Open(blockAt(mixed.data()), third.bits.data()));
+    EXPECT_EQ(KEL_ERR_PARAM, owner.Open(third.Info(), mixed.data()));
+    EXPECT_EQ(&mixed[119], owner.m_pBits);
     owner.m_bOwnBuffers = 0;
 }
 
@@ -217,10 +217,10 @@ TEST(Storage, LentPixelsAreMeasuredByTheirHeader) {
         lent.Info()->bmiHeader.biSizeImage = c.nSizeImage;
         lent.bits.resize(c.nCopied, 0x77);
         CKelImage image;
-        ASSERT_EQ(image.OpenAs(lent.Info(), lent.bits.data(), 0), KEL_OK);
+        ASSERT_EQ(KEL_OK, image.OpenAs(lent.Info(), lent.bits.data(), 0));
         ASSERT_NE(image.AllocateBMI(40), nullptr);
         lent.bits.resize(std::max<std::size_t>(c.nCopied, 120));
-        EXPECT_EQ(PixelsOf(image, lent.bits.size()), lent.bits);
+        EXPECT_EQ(lent.bits, PixelsOf(image, lent.bits.size()));
     }
 }
 
@@ -229,7 +229,7 @@ TEST(Storage, WhatIsReplacedIsReleased) {
     const auto before = support::CountLiveBlocks();
     {
         CKelImage image;
-        ASSERT_EQ(support::OpenRandom(&image, {8, BI_RGB, 0}, 10, 10, 1), KEL_OK);
+        ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {8, BI_RGB, 0}, 10, 10, 1));
         image.AllocateBMI(1064);
         image.AllocateBMI(40);
         image.AllocateBits(10);
@@ -242,11 +242,11 @@ TEST(Storage, WhatIsReplacedIsReleased) {
         image.Create(3, 3, 24);
         image.ChangeBitCount(32);
         const support::AllocFaults faults(1);
-        EXPECT_EQ(image.AllocateBits(10), nullptr);
-        EXPECT_EQ(image.m_pBits, nullptr);  // and no rows into what is gone
-        EXPECT_EQ(image.m_ppLineArray, nullptr);
+        EXPECT_EQ(nullptr, image.AllocateBits(10));
+        EXPECT_EQ(nullptr, image.m_pBits);  // and no rows into what is gone
+        EXPECT_EQ(nullptr, image.m_ppLineArray);
     }
-    EXPECT_EQ(support::CountLiveBlocks(), before);
+    EXPECT_EQ(before, support::CountLiveBlocks());
 }
 
 TEST(Storage, LentMemoryOfUnknownLengthIsNotCopied) {
@@ -265,18 +265,18 @@ TEST(Storage, LentMemoryOfUnknownLengthIsNotCopied) {
         lent.Info()->bmiHeader.biCompression = c.nCompression;
         lent.Info()->bmiHeader.biSizeImage = 0;
         CKelImage image;
-        ASSERT_EQ(image.OpenAs(lent.Info(), lent.bits.data(), 0), c.nOpened);
+        ASSERT_EQ(c.nOpened, image.OpenAs(lent.Info(), lent.bits.data(), 0));
         EXPECT_TRUE(c.pfnOwn(image)) << &c - cases;
-        EXPECT_EQ(image.m_bOwnBuffers, 1);
-        EXPECT_EQ(support::FaultOf(image), "");
+        EXPECT_EQ(1, image.m_bOwnBuffers);
+        EXPECT_EQ("", support::FaultOf(image));
     }
     // Of a negative size there is none. The image goes on borrowing.
     Picture lent = support::MakePicture({24, BI_RGB, 0}, 5, 5, 1);
     CKelImage image;
-    ASSERT_EQ(image.OpenAs(lent.Info(), lent.bits.data(), 0), KEL_OK);
+    ASSERT_EQ(KEL_OK, image.OpenAs(lent.Info(), lent.bits.data(), 0));
     image.m_bmih.biHeight = -5;
-    EXPECT_EQ(image.AllocateBMI(40), nullptr);
-    EXPECT_EQ(image.m_pBits, lent.bits.data());
+    EXPECT_EQ(nullptr, image.AllocateBMI(40));
+    EXPECT_EQ(lent.bits.data(), image.m_pBits);
 }
 
 TEST(Storage, PictureSizesKeepTheirLowBits) {
@@ -291,7 +291,7 @@ TEST(Storage, PictureSizesKeepTheirLowBits) {
         image.m_bmih.biBitCount = static_cast<unsigned short>(nBits);
         image.m_bmih.biWidth = nWidth;
         image.m_bmih.biHeight = nHeight;
-        EXPECT_EQ(static_cast<int>(image.GetBmpDataSize()), nSize) << nBits << " x " << nWidth;
+        EXPECT_EQ(nSize, static_cast<int>(image.GetBmpDataSize())) << nBits << " x " << nWidth;
     }
 }
 
@@ -302,8 +302,8 @@ TEST(Storage, AllocateBitsReleasesBeforeItTraces) {
     ASSERT_NE(image.Create(3, 2, 24), nullptr);
     zt_trace_set_sink(
         [](void* pImage, ZT_TraceCall, int, const char*) {
-            EXPECT_EQ(static_cast<CKelImage*>(pImage)->GetBits(), nullptr);
-            EXPECT_EQ(static_cast<CKelImage*>(pImage)->GetLineArray(), nullptr);
+            EXPECT_EQ(nullptr, static_cast<CKelImage*>(pImage)->GetBits());
+            EXPECT_EQ(nullptr, static_cast<CKelImage*>(pImage)->GetLineArray());
         },
         &image);
     EXPECT_NE(image.AllocateBits(0), nullptr);
@@ -311,12 +311,12 @@ TEST(Storage, AllocateBitsReleasesBeforeItTraces) {
 
 TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
     CKelImage image;
-    EXPECT_EQ(image.GetBitmapInfo(), nullptr);
+    EXPECT_EQ(nullptr, image.GetBitmapInfo());
     image.m_bmih.biSize = 41;
-    EXPECT_EQ(image.GetBitmapInfo(), nullptr);
-    EXPECT_EQ(image.AllocateBMI(39), nullptr);
+    EXPECT_EQ(nullptr, image.GetBitmapInfo());
+    EXPECT_EQ(nullptr, image.AllocateBMI(39));
     const support::AllocFill fill(0xA5);
-    EXPECT_EQ(image.AllocateBMI(44)->bmiColors[0].rgbRed, 0);
+    EXPECT_EQ(0, image.AllocateBMI(44)->bmiColors[0].rgbRed);
     const unsigned int aCases[][3] = {{24, 0, 0}, {8, 16, 16}, {8, 256, 0}, {4, 16, 0}, {1, 1, 1}};
     for (const auto& [nBits, nEntries, nColors] : aCases) {
         image.Create(5, 4, static_cast<int>(nBits));
@@ -325,16 +325,16 @@ TEST(Storage, GetBitmapInfoBuildsTheBlockOnceWithRoomForItsTable) {
         }
         BITMAPINFO* pBlock = image.GetBitmapInfo();
         ASSERT_NE(pBlock, nullptr);
-        EXPECT_EQ(image.GetBitmapInfoHeader()->biClrUsed, nColors);
-        EXPECT_EQ(std::memcmp(pBlock, image.GetBitmapInfoHeader(), 40), 0);
+        EXPECT_EQ(nColors, image.GetBitmapInfoHeader()->biClrUsed);
+        EXPECT_EQ(0, std::memcmp(pBlock, image.GetBitmapInfoHeader(), 40));
         for (unsigned int i = 0; i < nEntries; ++i) {
-            EXPECT_EQ(pBlock->bmiColors[i].rgbBlue, i);
+            EXPECT_EQ(i, pBlock->bmiColors[i].rgbBlue);
         }
         image.AddPaletteEntry(9, 9, 9, 9);
-        EXPECT_EQ(image.GetBitmapInfo(), pBlock);
+        EXPECT_EQ(pBlock, image.GetBitmapInfo());
         // What the block's header describes can be read back.
         CKelImage other;
-        EXPECT_EQ(other.Open(pBlock, image.GetBits()), KEL_OK);
+        EXPECT_EQ(KEL_OK, other.Open(pBlock, image.GetBits()));
         EXPECT_GE(malloc_usable_size(pBlock), IMG_GetBitmapInfoSize(&pBlock->bmiHeader));
     }
 }
