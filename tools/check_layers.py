@@ -5,6 +5,7 @@
 - A header has an include guard of its own.
 - No source file is over 400 lines.
 - Instruction sets are chosen by function attributes, never by compiler flags of a file.
+- A file with a loop of <algorithm> includes it: newer standard libraries do not bring it with other headers.
 
 Prints every fault and exits with 1; prints one line and exits with 0 when there is none.
 """
@@ -42,6 +43,9 @@ SCENE = ("bench/pictures.cpp", "examples/paintscene.h")
 INCLUDE = re.compile(r'^\s*#\s*include\s+[<"]([^">]+)[">]', re.MULTILINE)
 GUARD = re.compile(r"^#ifndef (\w+)\n#define \1\n", re.MULTILINE)
 FLAG = re.compile(r"-m(?:avx|sse|fma|arch|tune)[\w.=-]*")
+ALGORITHM = re.compile(r"\bstd::(?:ranges::)?((?:any|all|none)_of|binary_search|clamp|copy_(?:n|if)|count(?:_if)?|find(?:_if)?|"
+                       r"for_each|generate(?:_n)?|(?:min|max|minmax)_element|nth_element|remove_if|replace|"
+                       r"reverse|rotate|search|shuffle|(?:stable_)?sort|transform|unique|upper_bound)\(")
 FOLDERS = ("", "ikelex/src", "ikelex/include", "platform/include", "examples")
 
 
@@ -106,6 +110,8 @@ def main():
             found += [f"instruction-set flag {flag}" for flag in FLAG.findall(text)]
         if name.endswith((".h", ".cpp")) and not name.startswith(foreign):
             found += include_faults(name, text, files, by_name)
+            if ALGORITHM.search(text) and "#include <algorithm>" not in text:
+                found.append(f"std::{ALGORITHM.search(text).group(1)} without <algorithm>")
         if name.endswith(".h") and not name.startswith(foreign):
             guard = GUARD.search(text)
             if not guard:

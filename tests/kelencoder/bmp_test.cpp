@@ -1,6 +1,8 @@
 // The BMP writer, byte for byte.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "kelbitmap/bmplayout.h"
 #include "kelencoder/kelbmpencoder.h"
 #include "support/allocfaults.h"
