@@ -62,6 +62,12 @@ const tagKelScaleKernel& KernelOf(KelScaleType eType) {
                          [eType](const tagKelScaleKernel& k) { return k.eType == eType; });
 }
 
+KelScaleType KernelAfter(KelScaleType eType) {
+    int nKernels = 0;
+    const tagKelScaleKernel* pKernels = GetScaleKernels(&nKernels);
+    return pKernels[(&KernelOf(eType) - pKernels + 1) % nKernels].eType;
+}
+
 KelStatus TakePart(IKelImage& picture, int nX, int nY, int nWidth, int nHeight, Piece& piece) {
     BITMAPINFO* pInfo = picture.GetBitmapInfo();
     piece.image = KelNewImage();

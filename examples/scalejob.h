@@ -21,6 +21,9 @@ struct Piece {
 // The scale filter's kernel of that number.
 const tagKelScaleKernel& KernelOf(KelScaleType eType);
 
+// The kernel after that one. The first one follows the last one.
+KelScaleType KernelAfter(KelScaleType eType);
+
 // Puts a part of a picture into a piece, at the picture's depth. Full rows are borrowed from the
 // picture, which then has to outlive the piece unchanged. Narrower parts are copied.
 KelStatus TakePart(IKelImage& picture, int nX, int nY, int nWidth, int nHeight, Piece& piece);

@@ -61,7 +61,7 @@ void Viewer::Key(SDL_Keycode eKey) {
     } else if (eKey == SDLK_0) {
         m_bFit = m_bChanged = true;
     } else if (eKey == SDLK_b) {
-        m_eKernel = KelScaleType(m_eKernel % KEL_SCALE_HAMMING + 1);
+        m_eKernel = KernelAfter(m_eKernel);
         m_bChanged = true;
     } else if (eKey == SDLK_c) {
         m_bCompare = !m_bCompare;

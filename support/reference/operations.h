@@ -11,6 +11,9 @@ namespace reference {
 
 using support::Rows;
 
+/// Kernels have the numbers 1 to kKernelCount.
+extern const int kKernelCount;
+
 /// The scaler on 24-bit rows: the kernel as KelScaleType, fixed-point weights that sum to 256, the
 /// horizontal pass first, into a picture of the new width and the old height.
 void Scale(int nKernel, unsigned char* const* ppIn, std::int64_t nInWidth, std::int64_t nInHeight,

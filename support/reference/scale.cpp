@@ -1,6 +1,7 @@
 // The scaler's formulas: kernels, weights of each output pixel, and the two passes.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 
 #include "support/reference/operations.h"
@@ -88,6 +89,8 @@ void Weigh(const Record& record, const unsigned char* pIn, std::size_t nStep, un
 }
 
 }  // namespace
+
+const int kKernelCount = static_cast<int>(std::size(kKernels));
 
 void Scale(int nKernel, unsigned char* const* ppIn, std::int64_t nInWidth, std::int64_t nInHeight,
            unsigned char* const* ppOut, std::int64_t nOutWidth, std::int64_t nOutHeight) {

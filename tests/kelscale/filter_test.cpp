@@ -54,7 +54,7 @@ Bytes Expected(CKelImage& source, int nKernel, int nWidth, int nHeight) {
     lines.Create(source.GetWidth(), source.GetHeight(), 24);
     source.ConvertTo24Bit(2, lines.GetBits());
     made.Create(nWidth, nHeight, 24);
-    if (nKernel >= KEL_SCALE_BILINEAR && nKernel <= KEL_SCALE_HAMMING) {
+    if (nKernel >= 1 && nKernel <= reference::kKernelCount) {
         reference::Scale(nKernel, lines.GetLineArray(), source.GetWidth(), source.GetHeight(),
                          made.GetLineArray(), nWidth, nHeight);
     }
@@ -94,7 +94,7 @@ TEST(ScaleFilter, TakesTheKernelFromATaggedIntegerOnly) {
     CKelImage source;
     ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {24, BI_RGB, 0}, 40, 30, 1));
     for (int nTag = 0; nTag <= 12; ++nTag) {
-        for (const int nType : {0, 1, 3, KEL_SCALE_HAMMING + 1}) {
+        for (const int nType : {0, 1, 3, reference::kKernelCount + 1}) {
             const auto nValue = static_cast<unsigned long long>(nType);
             Options options{{"width", 17}, {"height", 45}, {"type", Tagged(nTag, nValue)}};
             const int nKernel = nTag == VAM_INT32 ? nType : KEL_SCALE_BILINEAR;
