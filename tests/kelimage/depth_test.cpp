@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
-#include <cstring>
 #include <functional>
 #include <memory>
+#include <numeric>
 
 #include "support/allocfaults.h"
 #include "support/pictures.h"
@@ -16,6 +16,7 @@
 
 namespace {
 
+using support::Bytes;
 using support::InputError;
 using support::RecordingTrace;
 
@@ -34,13 +35,15 @@ TEST(Depth, OnlyTwentyFourBitsBecomeThirtyTwo) {
         }
     }
     EXPECT_EQ(support::CountLiveBlocks(), before);
-    const unsigned char stored[] = {1, 2, 3, 4, 5, 6};
-    unsigned char row[] = {9, 9, 9, 9, 9, 9, 9, 9, 9};
     CKelImage two;
-    two.Create(2, 1, 24);
-    two.Convert24BitTo32Bit(0, const_cast<unsigned char*>(stored), row);
-    const unsigned char expected[] = {1, 2, 3, 0, 4, 5, 6, 0, 9};
-    EXPECT_EQ(std::memcmp(row, expected, 9), 0);
+    unsigned char* const pBits = two.Create(2, 2, 24);
+    std::iota(pBits, pBits + 16, Bytes::value_type{1});
+    const Bytes expected = {1, 2, 3, 0, 4, 5, 6, 0, 9, 10, 11, 0, 12, 13, 14, 0};
+    Bytes row(8);
+    two.Convert24BitTo32Bit(0, two.GetLineArray()[0], row.data());
+    EXPECT_EQ(row, Bytes(expected.begin(), expected.begin() + 8));
+    two.ChangeBitCount(32);
+    EXPECT_EQ(Bytes(two.GetBits(), two.GetBits() + 16), expected);
     // Without pixels, without rows, and with 2 GiB a row at 32 bits.
     RecordingTrace trace;
     CKelImage image;

@@ -46,14 +46,6 @@ TEST(Geometry, EveryOperationAtEveryDepth) {
     }
 }
 
-TEST(Geometry, LargePicturesAreRotated) {
-    const Rows src = RandomRows(32, 1100, 1003, 8);  // over 4 MiB
-    CKelImage image;
-    FillImage(&image, src);
-    image.Rotate(0);
-    EXPECT_TRUE(Shows(image, reference::Transpose(src)));
-}
-
 TEST(Geometry, WhereOnePixelGoes) {
     const Rows src = RandomRows(24, 3, 2, 2);
     CKelImage image;
