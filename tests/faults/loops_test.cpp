@@ -93,19 +93,21 @@ Outcome Undisturbed(const Scenario& scenario) {
 // What is left of a disturbed run: its result, and a digest of the image and of what was written.
 using Disturbed = std::optional<std::pair<KelResult, std::size_t>>;
 
-std::size_t Digest(Stage& stage) {
-    const Outcome outcome = OutcomeOf(stage, KEL_OK);
+std::size_t Digest(const Outcome& outcome) {
     const std::string strSeen(outcome.image.begin(), outcome.image.end());
     const std::string strWritten(outcome.written.begin(), outcome.written.end());
     return std::hash<std::string>()(strSeen + strWritten);
 }
 
-// One disturbed run: what the fault left behind is sound and as promised, nothing is lost, and the
-// same object works once the fault is over. disturb(stage, result) runs the scenario with the fault
-// in place and tells whether it came to pass; without that there is no result.
+// One disturbed run, with byFill in fresh memory: what the fault left behind is sound and as
+// promised, nothing is lost, and the same object works once the fault is over. disturb(stage,
+// result) runs the scenario with the fault in place and tells whether it came to pass; without that
+// there is no result.
 template <class Disturb>
-Disturbed RunDisturbed(const Scenario& scenario, const std::string& strWhere,
-                       const Outcome& reference, const Disturb& disturb) {
+Disturbed RunDisturbedOnce(unsigned char byFill, const Scenario& scenario,
+                           const std::string& strWhere, const Outcome& reference,
+                           const Disturb& disturb) {
+    const support::AllocFill fill(byFill);
     const support::LiveBlocks before = support::CountLiveBlocks();
     const long nMallocs = t_Mallocs.nLive;
     const bool bUnchanged = scenario.ePromise == Promise::kUnchanged;
@@ -126,7 +128,7 @@ Disturbed RunDisturbed(const Scenario& scenario, const std::string& strWhere,
             EXPECT_TRUE(bUnchanged || IsEmpty(stage.image)) << strWhere;
         }
         EXPECT_TRUE(nResult == KEL_OK || stage.pMade == nullptr) << strWhere;
-        nDigest = Digest(stage);
+        nDigest = Digest(OutcomeOf(stage, KEL_OK));
         DestroyImageObject(stage.pMade);
         stage.pMade = nullptr;
         stage.image.Clean();
@@ -137,6 +139,15 @@ Disturbed RunDisturbed(const Scenario& scenario, const std::string& strWhere,
     EXPECT_EQ(support::CountLiveBlocks(), before) << strWhere << " leaks";
     EXPECT_EQ(t_Mallocs.nLive, nMallocs) << strWhere << " leaks";
     return bFired ? Disturbed({nResult, nDigest}) : std::nullopt;
+}
+
+// What is in fresh memory makes no difference.
+template <class Disturb>
+Disturbed RunDisturbed(const Scenario& scenario, const std::string& strWhere,
+                       const Outcome& reference, const Disturb& disturb) {
+    const Disturbed result = RunDisturbedOnce(0xA5, scenario, strWhere, reference, disturb);
+    EXPECT_EQ(result, RunDisturbedOnce(0x5A, scenario, strWhere, reference, disturb)) << strWhere;
+    return result;
 }
 
 // Whether the k-th failed allocation may end so. No header block (BMP writer) and no new image
@@ -153,10 +164,24 @@ bool IsExpected(const Scenario& scenario, long k, KelResult nResult) {
            (bMayRefuse && nResult == KEL_ERR_PARAM);
 }
 
+// The same for a failed malloc of a codec library, which now and then goes on without the memory:
+// then all of the picture is there, or something was written. A JPEG is one write, which the stream
+// may have had no memory for.
+bool IsExpectedOfCodec(const Scenario& scenario, bool bForEver, const Disturbed::value_type& result,
+                       Outcome reference) {
+    const bool bOpen = scenario.strName.starts_with("open ");
+    const std::size_t nWhole = Digest(reference);
+    reference.written.clear();
+    const bool bWritten = !bOpen && (scenario.strName.starts_with("save JPEG ") ||
+                                     result.second != Digest(reference));
+    const KelResult n = result.first;
+    return n == KEL_ERR_MEMORY || n == KEL_ERR_CODEC || n == KEL_ERR_PARAM || n == KEL_ERR_FILE ||
+           (n == KEL_OK && !(bOpen && bForEver) && (bWritten || result.second == nWhole));
+}
+
 }  // namespace
 
-// Of operator new, and in the readers and writers of malloc, which the codec libraries call: there
-// the library decides what the answer is, and now and then goes on without the memory.
+// Of operator new, and in the readers and writers of malloc, which the codec libraries call.
 TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
     const support::RecordingTrace silence(-1);
     long aFaults[2] = {};
@@ -184,12 +209,9 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
                 const Disturbed result = RunDisturbed(scenario, strWhere, reference, disturb);
                 bMore = result.has_value();
                 if (bMore) {
-                    const KelResult n = result->first;
-                    const bool bKnown = n == KEL_ERR_MEMORY || n == KEL_ERR_CODEC ||
-                                        n == KEL_ERR_PARAM || n == KEL_ERR_FILE ||
-                                        (n == KEL_OK && !(bOpen && bForEver));
-                    EXPECT_TRUE(bMalloc ? bKnown : IsExpected(scenario, k, n))
-                        << strWhere << ": " << n;
+                    EXPECT_TRUE(bMalloc ? IsExpectedOfCodec(scenario, bForEver, *result, reference)
+                                        : IsExpected(scenario, k, result->first))
+                        << strWhere << ": " << result->first;
                     ++aFaults[bMalloc];
                 }
                 ASSERT_LT(k, 2000) << strWhere;
@@ -202,8 +224,7 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
 
 namespace {
 
-// Every call of one operation fails in one way, with other bytes in fresh memory each time. Returns
-// the number of calls.
+// Every call of one operation fails in one way. Returns the number of calls.
 int FailEachCall(const Scenario& scenario, const Outcome& reference, Op eOp, Fault eFault,
                  bool bForEver) {
     for (int k = 1;; ++k) {
@@ -221,17 +242,12 @@ int FailEachCall(const Scenario& scenario, const Outcome& reference, Op eOp, Fau
             EXPECT_TRUE(eOp != Op::kRead || stage.pIn->GetPosition() == 0) << strWhere;
             return bFired;
         };
-        Disturbed results[2];
-        for (const int i : {0, 1}) {
-            const support::AllocFill fill(i == 0 ? 0xA5 : 0x5A);
-            results[i] = RunDisturbed(scenario, strWhere, reference, disturb);
-        }
-        EXPECT_EQ(results[0], results[1]) << strWhere;
-        if (!results[0]) {
+        const Disturbed result = RunDisturbed(scenario, strWhere, reference, disturb);
+        if (!result) {
             return k - 1;
         }
-        EXPECT_TRUE(eFault != Fault::kThrow || results[0]->first == KEL_ERR_FILE) << strWhere;
-        EXPECT_TRUE(eFault == Fault::kThrow || eOp != Op::kWrite || results[0]->first == KEL_OK)
+        EXPECT_TRUE(eFault != Fault::kThrow || result->first == KEL_ERR_FILE) << strWhere;
+        EXPECT_TRUE(eFault == Fault::kThrow || eOp != Op::kWrite || result->first == KEL_OK)
             << strWhere;
     }
 }

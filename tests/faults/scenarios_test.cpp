@@ -6,7 +6,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "kelparameters/kelparameters.h"
 #include "support/allocfaults.h"
 #include "support/inspect.h"
 
@@ -167,22 +166,6 @@ const std::vector<Scenario>& AllScenarios() {
         OnLent("32 bits", [](CKelImage& image) { image.ChangeBitCount(32); }),
         OnLent("pixels", [](CKelImage& image) { image.AllocateBits1(); }),
         OnLent("block", [](CKelImage& image) { image.AllocateBMI(1064); }),
-        {"lists", Promise::kUnchanged, [](Stage&) {},
-         [](Stage&) {
-             static tagKelParameterItem items[] = {
-                 {"a name too long to lie inside the string", CVamVariant(1)},
-                 {"height", CVamVariant(2.5)}};
-             tagKelParameters params = {2, items};
-             CKelParameterMgr manager;
-             return manager.SetParameters(&params) == 1 && manager.SetParameters(&params) == 1
-                        ? KEL_OK
-                        : KEL_ERR_FAIL;
-         }},
-        {"factory", Promise::kUnchanged, [](Stage&) {},
-         [](Stage& stage) {
-             CreateImageObject(&stage.pMade);
-             return stage.pMade != nullptr ? KEL_OK : KEL_ERR_MEMORY;
-         }},
     };
     return all;
 }

@@ -109,6 +109,8 @@ TEST(Palette, MissingMemoryIsTraced) {
         {1, 1, [](auto& i) { return !i.CreateLine16(); }, "p is nullptr"},
         {0x7FFFFFFF, 0, [](auto& i) { return !i.CreateLine24(); }, "p is nullptr"},
         {-1, 0, [](auto& i) { return !i.CreateLine32(); }, "p is nullptr"},
+        {1, 1, [](auto& i) { return i.Mirror(0), true; }, "pRowByte is nullptr"},
+        {1, 1, [](auto& i) { return i.SubImage(0, 0, 1, 1), true; }, "lpLine is nullptr"},
         {1, 1, [](auto& i) { return i.ChangeBitCount(32), i.GetBitsPerPixel() == 24; },
          "lpNewBit is nullptr"},
         {1, 1, [](auto& i) { return i.ApplyFilter(KEL_FILTER_SCALE, nullptr) == KEL_ERR_PARAM; },

@@ -2,14 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <functional>
 
 #include "kelgeometry/zoomrows.h"
 #include "support/allocfaults.h"
 #include "support/inspect.h"
 #include "support/recordingtrace.h"
 #include "support/reference/operations.h"
-#include "support/securefaults.h"
 
 namespace {
 
@@ -152,58 +150,17 @@ TEST(Geometry, UnusualSizesAreTraced) {
     EXPECT_TRUE(Shows(unknown, BlackRows(2, 5, 4)));
     support::RecordingTrace trace(2);
     CKelImage image;
-    EXPECT_FALSE(image.Rotate(0));  // no picture
+    image.m_bmih = {40, 5, 4, 1, 24, 0, 0, 0, 0, 0, 0};  // without pixels
+    EXPECT_FALSE(image.Rotate(0));
+    image.Mirror(0);
+    image.SubImage(1, 1, 2, 2);
+    image.ZoomImage(3, 3);
+    EXPECT_EQ(image.GetWidth(), 5);
     unsigned char byOut = 7;
     image.ZoomBytes(8, &byOut, 1, 1, &byOut, 0, 1);
     EXPECT_EQ(trace.Lines(), InputError("nDstWidth is invalid: 0"));
     image.ZoomBytes(8, &byOut, 0, 1, &byOut, 1, 1);
     EXPECT_EQ(byOut, 7);
-}
-
-// What a failed allocation leaves, in the order the memory is asked for: (o)ld picture, (b)lack,
-// the (n)ew one by plain loops, or the new one without its (r)ows.
-TEST(Geometry, FailedAllocationsLeaveTheOldABlackOrTheNewPicture) {
-    const Rows src = RandomRows(24, 40, 30, 9);
-    const struct {
-        std::function<void(CKelImage*)> run;
-        Rows expected;
-        std::string strOutcomes, strTrace;
-        int nCopies;  // bounded copies it makes
-    } operations[] = {
-        {[](auto* p) { p->Mirror(0); }, reference::Mirror(src), "o", "pRowByte is nullptr", 45},
-        {[](auto* p) { p->Rotate(0); }, reference::Transpose(src), "or", "", 1},
-        {[](auto* p) { p->SubImage(3, 1, 2, 2); }, reference::Crop(src, 3, 1, 2, 2), "or",
-         "lpLine is nullptr", 4},
-        {[](auto* p) { p->ZoomImage(9, 8); }, reference::Zoom(src, 9, 8), "obbbr", "", 1},
-    };
-    for (const auto& operation : operations) {
-        CKelImage copied;
-        copied.m_bmih = {40, 5, 4, 1, 24, 0, 0, 0, 0, 0, 0};
-        operation.run(&copied);  // without pixels: nothing
-        FillImage(&copied, src);
-        const support::SecureFaults copies(0);
-        operation.run(&copied);
-        EXPECT_EQ(copies.Seen(), operation.nCopies);
-        const Rows black = BlackRows(24, operation.expected.nWidth, operation.expected.nHeight);
-        for (std::size_t n = 0; n < operation.strOutcomes.size(); ++n) {
-            const char cOutcome = operation.strOutcomes[n];
-            CKelImage image;
-            FillImage(&image, src);
-            support::RecordingTrace trace;
-            {
-                const support::AllocFaults faults(static_cast<long>(n) + 1);
-                operation.run(&image);
-            }
-            EXPECT_EQ(support::RowsOf(image), cOutcome == 'o'   ? src
-                                              : cOutcome == 'b' ? black
-                                                                : operation.expected)
-                << cOutcome << n;
-            EXPECT_EQ(image.GetLineArray() == nullptr, cOutcome == 'r');
-            if (n == 0 && !operation.strTrace.empty()) {
-                EXPECT_EQ(trace.Lines(), InputError(operation.strTrace));
-            }
-        }
-    }
 }
 
 }  // namespace
