@@ -46,7 +46,6 @@ void SetPictureSize(CKelImage* pImage, int nWidth, int nHeight) {
         block.biHeight = header.biHeight;
         block.biSizeImage = header.biSizeImage;
     }
-    pImage->DeleteLineArray();
     pImage->CreateLineArray();
 }
 
