@@ -101,6 +101,18 @@ Other CopyLimit(const SharedImage& pImage) {
             })};
 }
 
+Other CopyTouched(const SharedImage& pImage) {
+    return {Kind::kOwn, "copy, pages first", Timed([=] {
+                const std::size_t nSize = pImage->GetBmpDataSize();
+                const Block pBlock = Fresh(nSize);
+                for (std::size_t i = 0; i < nSize; i += 4096) {
+                    pBlock[i] = 0;
+                }
+                std::memcpy(pBlock.get(), pImage->GetBits(), nSize);
+                Use(pBlock.get());
+            })};
+}
+
 Other ExchangeLimit(const SharedImage& pImage) {
     return {Kind::kLimit, "exchange", Timed([=] {
                 unsigned char** const ppRows = pImage->GetLineArray();

@@ -14,6 +14,9 @@ Other ReadLimit(const SharedImage& pImage);
 Other ReadWriteLimit(const SharedImage& pImage, std::size_t nSize);
 /// Copies the pixels into a fresh block.
 Other CopyLimit(const SharedImage& pImage);
+/// The same after every page of the block was touched once, as work does that writes the block in
+/// another order than that of its bytes. No limit, but a part of such work.
+Other CopyTouched(const SharedImage& pImage);
 /// Exchanges the rows of the upper half with those of the lower through registers.
 Other ExchangeLimit(const SharedImage& pImage);
 /// Reads a file with one read() into a fresh block.

@@ -34,23 +34,57 @@ bool GoOn(unsigned char) {
     return true;
 }
 
-// The scaler alone, into rows that stay.
-Side Scaler(const SharedImage& pImage, Size out, int nKernel, ScaleProgressFunc pfnProgress) {
-    const auto pTarget =
-        std::make_shared<support::Rows>(support::BlackRows(24, out.nWidth, out.nHeight));
+// The scaler alone, between rows that stay.
+Side Scaler(const std::vector<unsigned char*>& in, Size inSize,
+            const std::vector<unsigned char*>& out, Size outSize, int nKernel,
+            ScaleProgressFunc pfnProgress) {
     return Timed([=] {
         using Pixels = CDataRGB_UBYTE::PixelClass**;
         const tagKelScaleKernel& kernel = KernelOf(nKernel);
         const std::unique_ptr<PLContribDef> contribDef(kernel.pfnCreate(kernel.dWidth));
         C2PassScale<CDataRGB_UBYTE> scaler(contribDef.get(), pfnProgress);
-        std::vector<unsigned char*> rows = pTarget->Pointers();
+        std::vector<unsigned char*> from = in, to = out;
         const auto u = [](int n) { return static_cast<unsigned int>(n); };
-        if (scaler.Scale(reinterpret_cast<Pixels>(pImage->GetLineArray()), u(pImage->GetWidth()),
-                         u(pImage->GetHeight()), reinterpret_cast<Pixels>(rows.data()),
-                         u(out.nWidth), u(out.nHeight)) == nullptr) {
+        if (scaler.Scale(reinterpret_cast<Pixels>(from.data()), u(inSize.nWidth), u(inSize.nHeight),
+                         reinterpret_cast<Pixels>(to.data()), u(outSize.nWidth),
+                         u(outSize.nHeight)) == nullptr) {
             std::exit(1);
         }
     });
+}
+
+// The row pointers of a picture of nHeight rows that repeats the first nRows rows of another.
+std::vector<unsigned char*> Repeated(unsigned char* const* ppRows, int nRows, int nHeight) {
+    std::vector<unsigned char*> rows;
+    for (int y = 0; y < nHeight; ++y) {
+        rows.push_back(ppRows[y % nRows]);
+    }
+    return rows;
+}
+
+// With and without a callback.
+Sides ProgressSides(Size in, Size out, int nKernel) {
+    const SharedImage pImage = Scene(in, 24);
+    const auto pTarget =
+        std::make_shared<support::Rows>(support::BlackRows(24, out.nWidth, out.nHeight));
+    const auto side = [&](ScaleProgressFunc pfnProgress) -> Side {
+        return [pImage, pTarget,
+                side = Scaler(Repeated(pImage->GetLineArray(), in.nHeight, in.nHeight), in,
+                              pTarget->Pointers(), out, nKernel, pfnProgress)] { return side(); };
+    };
+    return {side(GoOn), {{Kind::kOwn, "without a callback", side(nullptr)}}};
+}
+
+// A picture whose rows are few and lie in the caches, beside the whole filter: the arithmetic.
+Sides ArithmeticSides(Size in, Size out, int nKernel) {
+    constexpr int kRows = 32;
+    const SharedImage pImage = Scene(in, 24);
+    const auto pTarget = std::make_shared<support::Rows>(support::BlackRows(24, out.nWidth, kRows));
+    const Side side =
+        Scaler(Repeated(pImage->GetLineArray(), kRows, in.nHeight), in,
+               Repeated(pTarget->Pointers().data(), kRows, out.nHeight), out, nKernel, nullptr);
+    return {[pImage, pTarget, side] { return side(); },
+            {{Kind::kOwn, "the whole", Filter(pImage, out, nKernel)}}};
 }
 
 Sides MakeSides(Size in, Size out, int nKernel) {
@@ -99,10 +133,12 @@ void AddScaleRows(std::vector<Row>& rows, const Options& options) {
     for (const auto& [out, nKernel] :
          {std::pair{icon, KEL_SCALE_BILINEAR}, {half, KEL_SCALE_HAMMING}}) {
         rows.push_back({Work(large, out, nKernel) + ", progress", {Kind::kOwn, 1.15}, [=] {
-                            const SharedImage pImage = Scene(large, 24);
-                            return Sides{Scaler(pImage, out, nKernel, GoOn),
-                                         {{Kind::kOwn, "without a callback",
-                                           Scaler(pImage, out, nKernel, nullptr)}}};
+                            return ProgressSides(large, out, nKernel);
+                        }});
+    }
+    for (const int nKernel : {KEL_SCALE_BILINEAR, KEL_SCALE_BOX}) {
+        rows.push_back({"part: arithmetic, " + Work(large, half, nKernel), {}, [=] {
+                            return ArithmeticSides(large, half, nKernel);
                         }});
     }
     for (const int nBits : {1, 4, 8, 16, 32}) {

@@ -146,6 +146,7 @@ int main(int argc, char** argv) {
     bench::AddConversionRows(rows, options);
     bench::AddCodecRows(rows, options);
     bench::AddProcessRows(rows, options);
+    bench::AddReasonRows(rows, options);
 
     bench::PrintHead(options.nRepetitions);
     std::vector<bench::Result> results;

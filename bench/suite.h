@@ -85,6 +85,7 @@ void AddGeometryRows(std::vector<Row>& rows, const Options& options);
 void AddConversionRows(std::vector<Row>& rows, const Options& options);
 void AddCodecRows(std::vector<Row>& rows, const Options& options);
 void AddProcessRows(std::vector<Row>& rows, const Options& options);
+void AddReasonRows(std::vector<Row>& rows, const Options& options);
 
 }  // namespace bench
 
