@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <new>
 
 // Allocations of an array over this size fail in every target, so that a file's claim costs nothing
@@ -59,6 +60,27 @@ support::Picture MakePicture(Input& input) {
     return support::MakePicture(kind, nWidth, nHeight, input.Byte());
 }
 
+namespace {
+
+// Options of every kind and of none, with values that make sense or any others.
+std::vector<tagKelParameterItem> MakeItems(Input& input) {
+    static const char* const kNames[] = {"quality", "width", "height", "type", "", "Width"};
+    std::vector<tagKelParameterItem> items(input.Byte() % 8);
+    for (tagKelParameterItem& item : items) {
+        const std::string strName(kNames[input.Byte() % std::size(kNames)]);
+        item.strName = CVamString((strName + std::string(input.Byte() / 250, 'x')).c_str());
+        item.varValue = CVamVariant(input.Range(-1, kMaxSide));
+        if (input.Byte() % 4 == 0) {
+            const unsigned char byType = input.Byte() % 16;
+            const auto nHigh = static_cast<std::uint64_t>(input.Word()) << 48;
+            item.varValue.Set(byType, nHigh | static_cast<unsigned int>(input.Word()));
+        }
+    }
+    return items;
+}
+
+}  // namespace
+
 void Operate(CKelImage& image, Input& input) {
     switch (input.Byte() % 10) {
         case 0:
@@ -79,16 +101,14 @@ void Operate(CKelImage& image, Input& input) {
             image.ChangeBitCount(32);
             break;
         case 5: {
-            tagKelParameterItem items[] = {{"width", CVamVariant(input.Range(-1, kMaxSide))},
-                                           {"height", CVamVariant(input.Range(-1, kMaxSide))},
-                                           {"type", CVamVariant(input.Range(0, 5))}};
-            tagKelParameters params = {3, items};
+            std::vector<tagKelParameterItem> items = MakeItems(input);
+            tagKelParameters params = {static_cast<unsigned int>(items.size()), items.data()};
             CheckResult(image.ApplyFilter(KEL_FILTER_SCALE, &params));
             break;
         }
         case 6: {
-            tagKelParameterItem item = {"quality", CVamVariant(input.Range(-1, 101))};
-            tagKelParameters params = {1, &item};
+            std::vector<tagKelParameterItem> items = MakeItems(input);
+            tagKelParameters params = {static_cast<unsigned int>(items.size()), items.data()};
             CVamArchiveMemory archive;
             CheckResult(
                 image.Save(&archive, static_cast<KelImageFormat>(input.Byte() % 9), &params));

@@ -70,34 +70,27 @@ std::vector<Case> AllCases() {
 // Rows are placed this far from the pages' start, or (kAtEnd) end where the pages end.
 constexpr std::size_t kAtEnd = ~std::size_t{0};
 
-class RowVariants : public testing::Test {
-  protected:
-    static constexpr std::size_t kMaxPixels = 1001;
+constexpr std::size_t kMaxPixels = 1001;
 
-    static unsigned char* Place(const support::GuardedRows& rows, std::size_t nBytes,
-                                std::size_t nFrom) {
-        return nFrom == kAtEnd ? rows.End(0) - nBytes : rows.Begin(0) + nFrom;
-    }
+unsigned char* Place(const support::GuardedRows& rows, std::size_t nBytes, std::size_t nFrom) {
+    return nFrom == kAtEnd ? rows.End(0) - nBytes : rows.Begin(0) + nFrom;
+}
 
-    void Check(const Case& row, const RowFunctions& variant, std::size_t nPixels,
-               std::size_t nFrom) {
-        const std::size_t nIn = (static_cast<std::size_t>(row.nInBits) * nPixels + 7) / 8;
-        const std::size_t nOut = static_cast<std::size_t>(row.nOutBytes) * nPixels;
-        unsigned char* const pIn = Place(m_In, nIn, nFrom);
-        support::Random(static_cast<std::uint32_t>(nPixels)).Fill(pIn, nIn);
-        m_Expected.Fill();
-        m_Actual.Fill();
-        row.run(kel::kRowsPortable, pIn, Place(m_Expected, nOut, nFrom), nPixels);
-        row.run(variant, pIn, Place(m_Actual, nOut, nFrom), nPixels);
-        ASSERT_TRUE(m_Actual == m_Expected) << row.name << ", " << nPixels << " at " << nFrom;
-    }
+void Check(const Case& row, const RowFunctions& variant, std::size_t nPixels, std::size_t nFrom) {
+    static support::GuardedRows in(1, 4 * kMaxPixels), expected(1, 4 * kMaxPixels),
+        actual(1, 4 * kMaxPixels);
+    const std::size_t nIn = (static_cast<std::size_t>(row.nInBits) * nPixels + 7) / 8;
+    const std::size_t nOut = static_cast<std::size_t>(row.nOutBytes) * nPixels;
+    unsigned char* const pIn = Place(in, nIn, nFrom);
+    support::Random(static_cast<std::uint32_t>(nPixels)).Fill(pIn, nIn);
+    expected.Fill();
+    actual.Fill();
+    row.run(kel::kRowsPortable, pIn, Place(expected, nOut, nFrom), nPixels);
+    row.run(variant, pIn, Place(actual, nOut, nFrom), nPixels);
+    ASSERT_TRUE(actual == expected) << row.name << ", " << nPixels << " at " << nFrom;
+}
 
-    support::GuardedRows m_In{1, 4 * kMaxPixels};
-    support::GuardedRows m_Expected{1, 4 * kMaxPixels};
-    support::GuardedRows m_Actual{1, 4 * kMaxPixels};
-};
-
-TEST_F(RowVariants, EqualThePortableOne) {
+TEST(RowVariants, EqualThePortableOne) {
     for (const CpuLevel eLevel : kel::Levels()) {
         SCOPED_TRACE("level " + std::to_string(static_cast<int>(eLevel)));
         const RowFunctions& variant = kel::RowFunctionsFor(eLevel);
