@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "kelbitmap/bmplayout.h"
+#include "kelbitmap/kelbitmap.h"
 #include "kelbitmap/rows.h"
 #include "support/guardedrows.h"
 #include "support/pictures.h"
@@ -103,6 +105,22 @@ TEST(RowVariants, EqualThePortableOne) {
                 ASSERT_NO_FATAL_FAILURE(Check(row, variant, 150, nPixels % 64));
             }
         }
+    }
+}
+
+TEST(Bitmap, WordsOfAFileKeepEveryBit) {
+    unsigned char bytes[4];
+    kel::Store32(bytes, 0x89ABCDEF);
+    EXPECT_EQ(0xEF, bytes[0]);
+    EXPECT_EQ(0x89ABCDEFu, kel::Load32(bytes));
+}
+
+TEST(Bitmap, ReversesAsManyPixelsAsAsked) {
+    const std::string expected[] = {"abcdef", "cbadef", "cbafed"};
+    for (int nCount = -1; nCount <= 2; ++nCount) {
+        unsigned char bytes[] = {'a', 'b', 'c', 'd', 'e', 'f'};
+        RGB2BGR(bytes, nCount);
+        EXPECT_EQ(expected[std::max(nCount, 0)], std::string(bytes, bytes + 6));
     }
 }
 

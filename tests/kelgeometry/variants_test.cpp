@@ -34,8 +34,8 @@ void CheckTransposition(int nBytes, const kel::Transposition& work, const Rows& 
 // Sizes around blocks and tiles. Every row of both pictures touches a protected page, or the rows
 // of the destination lie at every place in their cache lines, with nothing between them.
 TEST(GeometryVariants, TransposedPicturesEqualTheReference) {
-    const int sizes[][2] = {{1, 3},   {16, 16}, {17, 16},   {18, 33},  {80, 15},  {81, 47},
-                            {64, 70}, {65, 70}, {145, 300}, {30, 530}, {70, 1100}};
+    const int sizes[][2] = {{1, 3},   {16, 16}, {17, 16},   {15, 33},  {80, 15},  {81, 47},
+                            {64, 70}, {65, 70}, {400, 300}, {30, 530}, {70, 1100}};
     for (const auto& s : sizes) {
         for (int nBytes = 1; nBytes <= 4; ++nBytes) {
             const auto nWidth = static_cast<std::size_t>(s[0]);

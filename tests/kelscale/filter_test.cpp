@@ -191,7 +191,16 @@ TEST(ScaleFilter, LeavesNothingOld) {
             CKelImageFilterScale filter;
             filter.SetParameters(&options);
             const support::AllocFill fill(0xCC);
-            EXPECT_EQ(KEL_OK, filter.Apply(&source, &target));
+            bool bFired = true;
+            for (long nFailing = 1; bFired; ++nFailing) {
+                {
+                    const support::AllocFaults faults(nFailing, true);
+                    const KelResult nResult = filter.Apply(&source, &target);
+                    bFired = faults.Fired();
+                    EXPECT_TRUE(nResult == KEL_OK || (bFired && nResult == KEL_ERR_MEMORY));
+                }
+                EXPECT_TRUE(target.GetBits() == nullptr || Bytes(5 * 24) == BytesOf(target));
+            }
             EXPECT_EQ(Bytes(5 * 24), BytesOf(target)) << nBits;
             EXPECT_EQ(nullptr, target.GetPalette());
         }

@@ -57,6 +57,9 @@ unsigned char* CKelImage::CreateUncleared(int nWidth, int nHeight, int nBitCount
     if (pBits != nullptr) {
         kel::ClearPadding(pBits, m_bmih.biBitCount, nWidth, nHeight);
     }
+    if (pBits != nullptr && m_ppLineArray == nullptr) {
+        ClearRowsFrom(0);  // without row pointers nobody writes the rows
+    }
     return pBits;
 }
 
