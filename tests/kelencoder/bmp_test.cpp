@@ -39,7 +39,7 @@ Bytes ExpectedFile(CKelImage& image) {
     for (unsigned int i = 0; i < nHeight; ++i) {
         Bytes row(nStride);
         image.GetLine24AsBGRAt(static_cast<int>(nHeight - 1 - i), row.data());
-        std::copy_n(row.begin(), nWidth * 3, file.begin() + 54 + i * nStride);
+        std::copy_n(row.begin(), std::size_t{nWidth} * 3, file.begin() + 54 + i * nStride);
     }
     return file;
 }
