@@ -12,6 +12,7 @@
 
 #include "kelimage/kelimage.h"
 #include "support/faultyarchive.h"
+#include "support/inspect.h"
 #include "support/recordingtrace.h"
 
 using namespace std::literals;
@@ -80,23 +81,21 @@ TEST(Dispatch, RecognisesSignaturesAndRestoresThePosition) {
     }
 }
 
+// At position 100 of a larger stream, but for BMP, which begins where the stream does.
 TEST(Dispatch, OpensWhatItSavesAlsoInsideALargerStream) {
     for (const KelImageFormat eFormat : kWritten) {
-        SCOPED_TRACE(int{eFormat});
         const int nOffset = eFormat == KEL_IMAGE_BMP ? 0 : 100;
         CKelImage image, original;
         Fill(&original);
         CVamArchiveMemory archive;
-        const Bytes other(100, 'x');
-        archive.Write(other.data(), static_cast<unsigned int>(nOffset));
-        ASSERT_EQ(original.Save(&archive, eFormat, nullptr), KEL_OK);
-        archive.Write(other.data(), 100);
         archive.Seek(nOffset, 0);
-        ASSERT_EQ(image.Open(&archive), KEL_OK);
-        EXPECT_EQ(archive.GetPosition(), nOffset);
-        ASSERT_EQ(image.GetBmpDataSize(), original.GetBmpDataSize());
+        ASSERT_EQ(KEL_OK, original.Save(&archive, eFormat, nullptr));
+        archive.Write("more", 4);
+        archive.Seek(nOffset, 0);
+        ASSERT_EQ(KEL_OK, image.Open(&archive)) << eFormat;
+        EXPECT_EQ(nOffset, archive.GetPosition());
         EXPECT_TRUE(eFormat == KEL_IMAGE_JPEG ||
-                    std::memcmp(image.GetBits(), original.GetBits(), 40 * 30 * 3) == 0);
+                    support::RowsOf(original) == support::RowsOf(image));
     }
 }
 

@@ -224,31 +224,6 @@ TEST(Storage, LentPixelsAreMeasuredByTheirHeader) {
     }
 }
 
-TEST(Storage, WhatIsReplacedIsReleased) {
-    const RecordingTrace silence(-1);
-    const auto before = support::CountLiveBlocks();
-    {
-        CKelImage image;
-        ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {8, BI_RGB, 0}, 10, 10, 1));
-        image.AllocateBMI(1064);
-        image.AllocateBMI(40);
-        image.AllocateBits(10);
-        image.AllocateBits1();
-        image.CreatePalette(image.m_pBMI);
-        image.CreateLineArray();
-        image.Open();
-        image.Create(3, 3, 24);
-        image.GetBitmapInfo();
-        image.Create(3, 3, 24);
-        image.ChangeBitCount(32);
-        const support::AllocFaults faults(1);
-        EXPECT_EQ(nullptr, image.AllocateBits(10));
-        EXPECT_EQ(nullptr, image.m_pBits);  // and no rows into what is gone
-        EXPECT_EQ(nullptr, image.m_ppLineArray);
-    }
-    EXPECT_EQ(before, support::CountLiveBlocks());
-}
-
 TEST(Storage, LentMemoryOfUnknownLengthIsNotCopied) {
     const struct {
         unsigned int nCompression;
