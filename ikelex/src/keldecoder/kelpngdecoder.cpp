@@ -64,7 +64,6 @@ class ChunkBudget {
             m_nLeft -= nLength;
             return;
         }
-        m_nLeft = 0;
         png_set_keep_unknown_chunks(pPng, PNG_HANDLE_CHUNK_NEVER, kUnusedChunks, kUnusedChunkCount);
     }
 
