@@ -41,7 +41,7 @@ void TraceDecode() {
 }
 
 // Asks for blue, green, red where libjpeg can deliver it. These are the same samples in the order
-// the image stores them. Elsewhere the rows are swapped after they are read.
+// the image stores them. Elsewhere the rows are reversed after they are read.
 bool AskForBgr([[maybe_unused]] jpeg_decompress_struct* pInfo) {
 #if defined(JCS_EXTENSIONS)
     if (pInfo->out_color_space == JCS_RGB) {
@@ -97,7 +97,7 @@ class RowTargets {
 };
 
 // Decodes all scanlines into the image's rows, as many at a time as libjpeg has ready.
-void ReadRows(jpeg_decompress_struct* pInfo, CKelImage* pImage, bool bSwap) {
+void ReadRows(jpeg_decompress_struct* pInfo, CKelImage* pImage, bool bReverse) {
     const UnreadRows unread(pInfo, pImage);
     const int nDepth = pImage->GetBitsPerPixel();
     const std::int64_t nRowBytes = std::int64_t{nDepth / 8} * pInfo->output_width;
@@ -116,7 +116,7 @@ void ReadRows(jpeg_decompress_struct* pInfo, CKelImage* pImage, bool bSwap) {
         } else {
             nRead = jpeg_read_scanlines(pInfo, ppNext, nLeft);
         }
-        for (JDIMENSION i = 0; bSwap && i < nRead; ++i) {
+        for (JDIMENSION i = 0; bReverse && i < nRead; ++i) {
             pfnReverse(ppNext[i], ppNext[i], pInfo->image_width);
         }
     }
@@ -128,11 +128,11 @@ KelResult Decode(jpeg_decompress_struct* pInfo, CKelImage* pImage) {
     if (nComponents > 4) {
         return KEL_ERR_CODEC;
     }
-    bool bSwap = false;
+    bool bReverse = false;
     if (nComponents < 3) {  // three equal samples of grey; libjpeg refuses two components
         pInfo->out_color_space = JCS_RGB;
     } else if (nComponents == 3) {
-        bSwap = !AskForBgr(pInfo);
+        bReverse = !AskForBgr(pInfo);
     }
     // A picture too large for any image is refused before libjpeg spends memory and time on it.
     const int nDepth = nComponents == 4 ? 32 : 24;
@@ -147,7 +147,7 @@ KelResult Decode(jpeg_decompress_struct* pInfo, CKelImage* pImage) {
         pImage->Clean();
         return KEL_ERR_MEMORY;
     }
-    ReadRows(pInfo, pImage, bSwap);
+    ReadRows(pInfo, pImage, bReverse);
     jpeg_finish_decompress(pInfo);
     return KEL_OK;
 }

@@ -22,8 +22,8 @@ namespace {
 
 struct PngError {};
 
-// Exchanges bytes 0 and 2 of every four, as words, of which compilers make vectors.
-void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
+// Reverses the first three bytes of every four, as words, of which compilers make vectors.
+void ReverseInWords(unsigned char* pData, const std::size_t nPixels) {
     for (std::size_t i = 0; i < nPixels; ++i) {
         std::uint32_t nPixel;
         std::memcpy(&nPixel, pData + 4 * i, sizeof nPixel);
@@ -34,12 +34,12 @@ void ExchangeInWords(unsigned char* pData, const std::size_t nPixels) {
 
 // Does what png_set_bgr asks for, on the same rows, because libpng's own loop goes byte by byte.
 // The rows have 8 bits a channel by then, or indices of up to 8 bits, which stay.
-[[maybe_unused]] void ExchangeRedAndBlue(png_structp pPng, png_row_infop pRow, png_bytep pData) {
+[[maybe_unused]] void ReverseChannels(png_structp pPng, png_row_infop pRow, png_bytep pData) {
     if (pRow->channels == 3) {
         static_cast<const kel::RowFunctions*>(png_get_user_transform_ptr(pPng))
             ->pfnReverse24(pData, pData, pRow->width);
     } else if (pRow->channels == 4) {
-        ExchangeInWords(pData, pRow->width);
+        ReverseInWords(pData, pRow->width);
     }
 }
 
@@ -139,7 +139,7 @@ int PngReader::RequestTransforms(int nBitDepth, int nColorType) {
     }
     if ((nColorType & PNG_COLOR_MASK_COLOR) != 0) {
 #if defined(PNG_READ_USER_TRANSFORM_SUPPORTED)
-        png_set_read_user_transform_fn(m_pPng, ExchangeRedAndBlue);
+        png_set_read_user_transform_fn(m_pPng, ReverseChannels);
         auto* const pRows = const_cast<kel::RowFunctions*>(&kel::RowFunctionsFor(kel::BestLevel()));
         png_set_user_transform_info(m_pPng, pRows, 0, 0);
 #else

@@ -148,7 +148,7 @@ KelResult PngWriter::Write(CVamArchive* pArchive, CKelImage* pImage, const PngLa
         }
     } else if (unsigned char** ppLines = pImage->GetLineArray()) {
         if (layout.nColorType == PNG_COLOR_TYPE_RGB_ALPHA) {
-            png_set_bgr(m_pPng);  // libpng exchanges the bytes in its own copy of each row
+            png_set_bgr(m_pPng);  // libpng reverses its own copy of each row
         }
         png_write_image(m_pPng, ppLines);
     }
