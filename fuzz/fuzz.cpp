@@ -1,6 +1,8 @@
 // The allocation bound, the checks of an image, and what the input can make and do.
 #include "fuzz.h"
 
+#include <ikelex/handle.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
@@ -62,74 +64,66 @@ support::Picture MakePicture(Input& input) {
 
 namespace {
 
-// Options of every kind and of none, with values that make sense or any others.
-std::vector<tagKelParameterItem> MakeItems(Input& input) {
-    static const char* const kNames[] = {"quality", "width", "height", "type", "", "Width"};
-    std::vector<tagKelParameterItem> items(input.Byte() % 8);
-    for (tagKelParameterItem& item : items) {
-        const std::string strName(kNames[input.Byte() % std::size(kNames)]);
-        item.strName = CVamString((strName + std::string(input.Byte() / 250, 'x')).c_str());
-        item.varValue = CVamVariant(input.Range(-1, kMaxSide));
+// Options with and without meaning, of every kind, with values that make sense or any others.
+KelParameters MakeOptions(Input& input) {
+    static const char* const kNames[] = {"quality", "width", "height", "type",
+                                         "",        "Width", "xxxxx"};
+    KelParameters options;
+    for (int n = input.Byte() % 8; n > 0; --n) {
+        const char* const pszName = kNames[input.Byte() % std::size(kNames)];
+        CVamVariant value(input.Range(-1, kMaxSide));
         if (input.Byte() % 4 == 0) {
             const unsigned char byType = input.Byte() % 16;
             const auto nHigh = static_cast<std::uint64_t>(input.Word()) << 48;
-            item.varValue.Set(byType, nHigh | static_cast<unsigned int>(input.Word()));
+            value.Set(byType, nHigh | static_cast<unsigned int>(input.Word()));
         }
+        options.Set(pszName, value);
     }
-    return items;
+    return options;
 }
+
+void ReadLines(CKelImage& image, Input&) {
+    Bytes line(static_cast<std::size_t>(kel::RowStride(24, image.GetWidth())));
+    for (int y = -1; y <= image.GetHeight(); ++y) {
+        image.GetLine24AsBGRAt(y, line.data());
+        image.GetLine24AsRGBAt(y, line.data());
+    }
+}
+
+void (*const kOperations[])(CKelImage&, Input&) = {
+    [](auto& image, auto& input) {
+        const int nWidth = input.Range(-1, kMaxSide);
+        image.ZoomImage(nWidth, input.Range(-1, kMaxSide));
+    },
+    [](auto& image, auto& input) {
+        const int nX = input.Range(-1, kMaxSide), nY = input.Range(-1, kMaxSide);
+        const int nWidth = input.Range(-1, kMaxSide);
+        image.SubImage(nX, nY, nWidth, input.Range(-1, kMaxSide));
+    },
+    [](auto& image, auto& input) { image.Mirror(input.Byte() % 2); },
+    [](auto& image, auto&) { image.Rotate(0); },
+    [](auto& image, auto&) { image.ChangeBitCount(32); },
+    [](auto& image, auto& input) {
+        CheckResult(image.ApplyFilter(KEL_FILTER_SCALE, MakeOptions(input)));
+    },
+    [](auto& image, auto& input) {
+        CVamArchiveMemory archive;
+        const auto eFormat = static_cast<KelImageFormat>(input.Byte() % 9);
+        CheckResult(image.Save(&archive, eFormat, MakeOptions(input)));
+    },
+    ReadLines,
+    [](auto& image, auto&) { image.DestroyPaletteTable(); },
+    [](auto& image, auto& input) {
+        for (int n = input.Byte() % 20; n > 0; --n) {
+            image.AddPaletteEntry(1, 2, 3, 4);
+        }
+    },
+};
 
 }  // namespace
 
 void Operate(CKelImage& image, Input& input) {
-    switch (input.Byte() % 10) {
-        case 0:
-            image.ZoomImage(input.Range(-1, kMaxSide), input.Range(-1, kMaxSide));
-            break;
-        case 1: {
-            const int nX = input.Range(-1, kMaxSide), nY = input.Range(-1, kMaxSide);
-            image.SubImage(nX, nY, input.Range(-1, kMaxSide), input.Range(-1, kMaxSide));
-            break;
-        }
-        case 2:
-            image.Mirror(input.Byte() % 2);
-            break;
-        case 3:
-            image.Rotate(0);
-            break;
-        case 4:
-            image.ChangeBitCount(32);
-            break;
-        case 5: {
-            std::vector<tagKelParameterItem> items = MakeItems(input);
-            tagKelParameters params = {static_cast<unsigned int>(items.size()), items.data()};
-            CheckResult(image.ApplyFilter(KEL_FILTER_SCALE, &params));
-            break;
-        }
-        case 6: {
-            std::vector<tagKelParameterItem> items = MakeItems(input);
-            tagKelParameters params = {static_cast<unsigned int>(items.size()), items.data()};
-            CVamArchiveMemory archive;
-            CheckResult(
-                image.Save(&archive, static_cast<KelImageFormat>(input.Byte() % 9), &params));
-            break;
-        }
-        case 7: {
-            Bytes line(static_cast<std::size_t>(kel::RowStride(24, image.GetWidth())));
-            for (int y = -1; y <= image.GetHeight(); ++y) {
-                image.GetLine24AsBGRAt(y, line.data());
-                image.GetLine24AsRGBAt(y, line.data());
-            }
-            break;
-        }
-        case 8:
-            image.DestroyPaletteTable();
-            break;
-        default:
-            for (int n = input.Byte() % 20; n > 0; n--) {
-                image.AddPaletteEntry(1, 2, 3, 4);
-            }
-    }
+    kOperations[input.Byte() % std::size(kOperations)](image, input);
     CheckImage(image);
 }
 

@@ -1,6 +1,6 @@
 // The scale filter: what its parameters mean, and what an image is left with.
 #include <gtest/gtest.h>
-#include <ikelex/parameters.h>
+#include <ikelex/handle.h>
 
 #include <climits>
 #include <limits>
@@ -11,6 +11,7 @@
 #include "kelscale/kelfilter.h"
 #include "kelscale/kelscale.h"
 #include "support/allocfaults.h"
+#include "support/inspect.h"
 #include "support/pictures.h"
 #include "support/recordingtrace.h"
 #include "support/reference/operations.h"
@@ -18,16 +19,7 @@
 namespace {
 
 using support::Bytes;
-
-// A list whose items live as long as it does.
-struct Options : tagKelParameters {
-    std::vector<tagKelParameterItem> items;
-
-    Options(std::initializer_list<tagKelParameterItem> list) : items(list) {
-        nCount = static_cast<unsigned int>(items.size());
-        pItems = items.data();
-    }
-};
+using support::RowsOf;
 
 CVamVariant Tagged(int nTag, unsigned long long nValue) {
     CVamVariant value;
@@ -35,17 +27,13 @@ CVamVariant Tagged(int nTag, unsigned long long nValue) {
     return value;
 }
 
-Bytes BytesOf(CKelImage& image) {
-    return {image.GetBits(), image.GetBits() + image.GetBmpDataSize()};
-}
-
 // The 24-bit picture that the filter makes of source.
-Bytes Scaled(CKelImage& source, Options& options) {
+Bytes Scaled(CKelImage& source, tagKelParameters* pOptions) {
     IKelImage* pMade = nullptr;
-    EXPECT_EQ(KEL_OK, source.ApplyFilter(&pMade, KEL_FILTER_SCALE, &options));
+    EXPECT_EQ(KEL_OK, source.ApplyFilter(&pMade, KEL_FILTER_SCALE, pOptions));
     const std::unique_ptr<CKelImage> made(dynamic_cast<CKelImage*>(pMade));
     EXPECT_EQ(24, made->GetBitsPerPixel());
-    return BytesOf(*made);
+    return RowsOf(*made).bytes;
 }
 
 // What the reference makes of source at 24 bits; black without a kernel.
@@ -58,7 +46,7 @@ Bytes Expected(CKelImage& source, int nKernel, int nWidth, int nHeight) {
         reference::Scale(nKernel, lines.GetLineArray(), source.GetWidth(), source.GetHeight(),
                          made.GetLineArray(), nWidth, nHeight);
     }
-    return BytesOf(made);
+    return RowsOf(made).bytes;
 }
 
 TEST(ScaleFilter, ReadsSizesByTheirKind) {
@@ -79,9 +67,9 @@ TEST(ScaleFilter, ReadsSizesByTheirKind) {
                                                  {Tagged(VAM_EMPTY, 9), 101},
                                                  {Tagged(12, 9), 101}};
     for (const auto& [value, nExpected] : cases) {
-        Options options{{"Width", 1}, {"width", value}, {"height", value}, {"width", 2}};
         CKelImageFilterScale filter;
-        filter.SetParameters(&options);
+        filter.SetParameters(
+            KelParameters().Set("Width", 1).Set("width", value).Set("height", value));
         EXPECT_EQ(nExpected, filter.GetScaleWidth(101));
         EXPECT_EQ(nExpected, filter.GetScaleHeight(101)) << nExpected;
     }
@@ -96,7 +84,8 @@ TEST(ScaleFilter, TakesTheKernelFromATaggedIntegerOnly) {
     for (int nTag = 0; nTag <= 12; ++nTag) {
         for (const int nType : {0, 1, 3, reference::kKernelCount + 1}) {
             const auto nValue = static_cast<unsigned long long>(nType);
-            Options options{{"width", 17}, {"height", 45}, {"type", Tagged(nTag, nValue)}};
+            KelParameters options = KelParameters().Set("width", 17).Set("height", 45);
+            options.Set("type", Tagged(nTag, nValue));
             const int nKernel = nTag == VAM_INT32 ? nType : KEL_SCALE_BILINEAR;
             EXPECT_EQ(Expected(source, nKernel, 17, 45), Scaled(source, options)) << nTag;
         }
@@ -108,13 +97,14 @@ TEST(ScaleFilter, ConvertsEveryDepthAndLeavesTheSourceAlone) {
         SCOPED_TRACE(support::Name(kind));
         CKelImage source;
         ASSERT_EQ(KEL_OK, support::OpenRandom(&source, kind, 21, 9, 1));
-        const Bytes before = BytesOf(source);
+        const Bytes before = RowsOf(source).bytes;
         const Bytes expected = Expected(source, KEL_SCALE_HAMMING, 50, 4);
-        Options options{{"width", 50}, {"height", 0.5f}, {"type", KEL_SCALE_HAMMING}};
+        KelParameters options =
+            KelParameters().Set("width", 50).Set("height", 0.5f).Set("type", KEL_SCALE_HAMMING);
         EXPECT_EQ(expected, Scaled(source, options));
-        EXPECT_EQ(before, BytesOf(source));
-        ASSERT_EQ(KEL_OK, source.ApplyFilter(KEL_FILTER_SCALE, &options));
-        EXPECT_EQ(expected, BytesOf(source));
+        EXPECT_EQ(before, RowsOf(source).bytes);
+        ASSERT_EQ(KEL_OK, source.ApplyFilter(KEL_FILTER_SCALE, options));
+        EXPECT_EQ(expected, RowsOf(source).bytes);
         EXPECT_EQ(nullptr, source.GetPalette());
     }
 }
@@ -122,7 +112,7 @@ TEST(ScaleFilter, ConvertsEveryDepthAndLeavesTheSourceAlone) {
 TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
     CKelImage image, empty;
     ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {24, BI_RGB, 0}, 8, 5, 1));
-    const Bytes before = BytesOf(image);
+    const Bytes before = RowsOf(image).bytes;
     IKelImage* pMade = &empty;
     EXPECT_EQ(KEL_ERR_FILTER_TYPE,
               image.ApplyFilter(&pMade, static_cast<KelImageFilterType>(2), nullptr));
@@ -130,13 +120,13 @@ TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
     EXPECT_EQ(KEL_ERR_PARAM, empty.ApplyFilter(KEL_FILTER_SCALE, nullptr));
     for (const char* pszName : {"width", "height"}) {
         for (const int nSize : {0, -1}) {
-            Options options{{pszName, nSize}};
-            EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(&pMade, KEL_FILTER_SCALE, &options));
-            EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(KEL_FILTER_SCALE, &options));
+            KelParameters options = KelParameters().Set(pszName, nSize);
+            EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(&pMade, KEL_FILTER_SCALE, options));
+            EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(KEL_FILTER_SCALE, options));
         }
     }
-    Options huge{{"width", 2000000000}, {"height", 2000000000}};
-    EXPECT_EQ(KEL_ERR_MEMORY, image.ApplyFilter(KEL_FILTER_SCALE, &huge));
+    KelParameters huge = KelParameters().Set("width", 2000000000).Set("height", 2000000000);
+    EXPECT_EQ(KEL_ERR_MEMORY, image.ApplyFilter(KEL_FILTER_SCALE, huge));
     {
         const support::RecordingTrace trace;
         const support::AllocFaults faults(1);  // the new image
@@ -144,19 +134,18 @@ TEST(ScaleFilter, AnswersBadRequestsAndChangesNothing) {
     }
     CKelImageFilterScale filter;
     ASSERT_EQ(KEL_OK, support::OpenRandom(&empty, {24, BI_RGB, 0}, 8, 5, 1));
-    filter.SetParameters(&huge);
+    filter.SetParameters(huge);
     EXPECT_EQ(KEL_ERR_MEMORY, filter.Apply(&image, &empty));
     EXPECT_EQ(nullptr, empty.GetBits());
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(nullptr, &image));
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(&image, nullptr));
     EXPECT_EQ(KEL_ERR_PARAM, filter.Apply(&image, &image));
     image.m_bmih.biWidth = -8;
-    Options sized{{"width", 3}};
-    EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(&pMade, KEL_FILTER_SCALE, &sized));
+    EXPECT_EQ(KEL_ERR_PARAM, image.ApplyFilter(KEL_FILTER_SCALE, KelParameters().Set("width", 3)));
     image.m_bmih.biWidth = 8;
-    EXPECT_EQ(before, BytesOf(image));
+    EXPECT_EQ(before, RowsOf(image).bytes);
     ASSERT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE, nullptr));
-    EXPECT_EQ(before, BytesOf(image));
+    EXPECT_EQ(before, RowsOf(image).bytes);
 }
 
 // The conversion's size is traced when it is 0 or over the limit; the work goes on.
@@ -170,9 +159,9 @@ TEST(ScaleFilter, TracesStrangeConversionSizes) {
     for (const auto& [nWidth, nHeight, pszText] : cases) {
         CKelImage image;
         image.Create(nWidth, nHeight, 1);
-        Options options{{"width", 2}, {"height", 2}};
         support::RecordingTrace trace;
-        EXPECT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE, &options));
+        EXPECT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE,
+                                            KelParameters().Set("width", 2).Set("height", 2)));
         EXPECT_EQ(support::InputError(pszText), trace.Lines());
     }
 }
@@ -187,9 +176,9 @@ TEST(ScaleFilter, LeavesNothingOld) {
             const unsigned nKind = nBits == 8 ? BI_RGB : BI_BITFIELDS;
             ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {nBits, nKind, 0}, 30, 60, 1));
             source.DestroyPaletteTable();  // or the masks
-            Options options{{"width", 7}, {"height", 5}, {"type", nType}};
             CKelImageFilterScale filter;
-            filter.SetParameters(&options);
+            filter.SetParameters(
+                KelParameters().Set("width", 7).Set("height", 5).Set("type", nType));
             const support::AllocFill fill(0xCC);
             bool bFired = true;
             for (long nFailing = 1; bFired; ++nFailing) {
@@ -199,9 +188,9 @@ TEST(ScaleFilter, LeavesNothingOld) {
                     bFired = faults.Fired();
                     EXPECT_TRUE(nResult == KEL_OK || (bFired && nResult == KEL_ERR_MEMORY));
                 }
-                EXPECT_TRUE(target.GetBits() == nullptr || Bytes(5 * 24) == BytesOf(target));
+                EXPECT_TRUE(target.GetBits() == nullptr || Bytes(5 * 24) == RowsOf(target).bytes);
             }
-            EXPECT_EQ(Bytes(5 * 24), BytesOf(target)) << nBits;
+            EXPECT_EQ(Bytes(5 * 24), RowsOf(target).bytes) << nBits;
             EXPECT_EQ(nullptr, target.GetPalette());
         }
     }

@@ -14,23 +14,24 @@ class RowPicture : public support::GuardedRows {
     using Pixel = CDataRGB_UBYTE::PixelClass;
 
     // The rows end where a protected page begins, or begin where one ends.
-    RowPicture(std::size_t nWidth, std::size_t nHeight, bool bAtEnd = true)
-        : GuardedRows(nHeight, 3 * nWidth), m_nRowBytes(3 * nWidth) {
+    template <typename Width>
+    RowPicture(Width nWidth, std::size_t nHeight, bool bAtEnd = true)
+        : GuardedRows(nHeight, 3 * static_cast<std::size_t>(nWidth)),
+          m_nRowBytes(3 * static_cast<std::size_t>(nWidth)) {
         for (std::size_t y = 0; y < nHeight; ++y) {
             m_Rows.push_back(Row(y, m_nRowBytes, bAtEnd));
         }
     }
 
-    // Random pixels, runs of black and white, and white rows: edges that overshoot, and the largest
-    // sums.
+    // White rows, and rows of white and black edges with random bytes among them: sums that
+    // overshoot, and the largest ones.
     void Fill(unsigned int nSeed) {
         support::Random random(nSeed);
         for (unsigned char* pRow : m_Rows) {
             const bool bWhite = random.Below(4) == 0;
             for (std::size_t i = 0; i < m_nRowBytes; ++i) {
-                const int nEdge = bWhite ? 255 : static_cast<int>(i / 9 % 2) * 255;
-                pRow[i] = static_cast<unsigned char>(
-                    !bWhite && random.Below(4) == 0 ? random.Below(256) : nEdge);
+                const unsigned char byEdge = bWhite || i / 9 % 2 == 1 ? 255 : 0;
+                pRow[i] = !bWhite && random.Below(4) == 0 ? random.Byte() : byEdge;
             }
         }
     }

@@ -1,6 +1,7 @@
 // Different images on different threads, and one image read by many, which is more than is
 // promised.
 #include <gtest/gtest.h>
+#include <ikelex/handle.h>
 #include <platform/vamarchivememory.h>
 
 #include <atomic>
@@ -28,8 +29,6 @@ void OnAllThreads(const std::function<void(int)>& work) {
 
 // Works on a picture in every way, saves it, and opens and saves the file again.
 Bytes Job(KelImageFormat eFormat) {
-    tagKelParameterItem items[] = {{"width", CVamVariant(40)}, {"type", CVamVariant(4)}};
-    tagKelParameters params = {2, items};
     CVamArchiveMemory file, again;
     CKelImage image;
     support::OpenRandom(&image, {24, BI_RGB, 0}, 90, 77, 4);
@@ -37,7 +36,7 @@ Bytes Job(KelImageFormat eFormat) {
     image.ZoomImage(70, 50);
     image.Rotate(0);
     image.SubImage(1, 2, 45, 60);
-    image.ApplyFilter(KEL_FILTER_SCALE, &params);
+    image.ApplyFilter(KEL_FILTER_SCALE, KelParameters().Set("width", 40).Set("type", 4));
     image.Save(&file, eFormat, nullptr);
     file.Seek(0, 0);
     image.Open(&file);
