@@ -100,7 +100,6 @@ TEST_F(ArchiveFile, RefusesWhatIsNoFile) {
     // Nothing was left open.
     ASSERT_TRUE(file.Open(strFile.c_str(), "rb"));
     EXPECT_EQ(nDescriptor, fileno(file.GetHandle()));
-    EXPECT_EQ(0u, file.Read(nullptr, 1));
     EXPECT_EQ(0u, file.Write(&byOne, 1));
     EXPECT_TRUE(file.HasFailed());
 }
@@ -141,6 +140,7 @@ TEST_F(ArchiveFile, OpensInEveryMode) {
         EXPECT_EQ(row.bWrites, file.Flush() && !file.HasFailed()) << row.pszMode;
         ASSERT_TRUE(reader.Open(strFile.c_str(), "rb"));
         char szText[16] = {};
+        EXPECT_EQ(0u, reader.Read(nullptr, 1));
         reader.Read(szText, 15);
         EXPECT_STREQ(row.pszAfter, szText) << row.pszMode;
     }

@@ -77,7 +77,6 @@ TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
     EXPECT_EQ(3u, foreign.GetSize());
     const char pszLong[900] = {};
     CVamArchiveMemory owned;
-    EXPECT_EQ(0u, owned.Write(nullptr, 3));
     EXPECT_EQ(3u, owned.Write(bytes, 3));
     {
         support::AllocFaults faults(1);
@@ -87,6 +86,8 @@ TEST(ArchiveMemory, RefusesWritesIntoACallersBytesAndWithoutMemory) {
     EXPECT_TRUE(owned.Seek(0x7FFFFFFFFFFFFFFF, 0));
     EXPECT_EQ(0u, owned.Write(bytes, 3));
     EXPECT_FALSE(owned.Seek(1, 1));
+    EXPECT_TRUE(owned.Seek(0, 0));
+    EXPECT_EQ(0u, owned.Write(nullptr, 3));
     EXPECT_FALSE(owned.Seek(0, 3));
     EXPECT_EQ(3u, owned.GetSize());
 }

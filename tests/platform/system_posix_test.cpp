@@ -32,6 +32,8 @@ TEST_F(ArchiveFile, RemembersAFailedClose) {
     CVamArchiveFile file;
     ASSERT_TRUE(file.Open(Path("file").c_str(), "w+b"));
     ASSERT_EQ(0, close(fileno(file.GetHandle())));
+    char cRead = 0;
+    EXPECT_EQ(0u, file.Read(&cRead, 1));
     EXPECT_FALSE(file.Close());
     EXPECT_TRUE(file.HasFailed());
 }
