@@ -61,20 +61,20 @@ TEST(Dispatch, RecognisesSignaturesAndRestoresThePosition) {
             std::memcpy(&file[100], &strSignatures[i], 4);
             CKelImage image;
             Fill(&image);
-            EXPECT_EQ(image.DetectImageFormat(&file[100], 0), eFormat);
+            EXPECT_EQ(eFormat, image.DetectImageFormat(&file[100], 0));
             FaultyArchive archive(file);
             archive.Seek(100, 0);
             const KelResult nOpened = image.Open(&archive);
-            EXPECT_EQ(nOpened, nResult);
+            EXPECT_EQ(nResult, nOpened);
             EXPECT_TRUE(IsEmpty(image));
-            EXPECT_EQ(archive.GetPosition(), 100);
+            EXPECT_EQ(100, archive.GetPosition());
             // The same at the start of streams that end early, the fill ("_") not needed.
             const std::size_t nNeeded = strSignatures.substr(i, 4).find_last_not_of('_') + 1;
             for (std::size_t nLength = 0; nLength < 4; ++nLength) {
                 const Bytes begin(&file[100], &file[100] + nLength);
                 FaultyArchive ended(begin);
-                EXPECT_EQ(CKelImage().Open(&ended) == KEL_ERR_FAIL,
-                          nLength < nNeeded || nResult == KEL_ERR_FAIL)
+                EXPECT_EQ(nLength < nNeeded || nResult == KEL_ERR_FAIL,
+                          CKelImage().Open(&ended) == KEL_ERR_FAIL)
                     << nLength;
             }
         }
@@ -113,21 +113,21 @@ TEST(Dispatch, AnswersEveryFormatInSaveAndCreatesTheFileFirst) {
                                                                    : KEL_ERR_SAVE_FORMAT;
         std::ofstream(strPath) << std::string(50000, 'x');  // longer than what is written
         const auto eFormat = static_cast<KelImageFormat>(nFormat);
-        EXPECT_EQ(image.Save(static_cast<CVamArchive*>(nullptr), eFormat, nullptr),
-                  bWritten ? KEL_ERR_PARAM : nExpected);
-        EXPECT_EQ(image.Save(strPath.c_str(), eFormat, &params), nExpected);
+        EXPECT_EQ(bWritten ? KEL_ERR_PARAM : nExpected,
+                  image.Save(static_cast<CVamArchive*>(nullptr), eFormat, nullptr));
+        EXPECT_EQ(nExpected, image.Save(strPath.c_str(), eFormat, &params));
         CVamArchiveMemory plain, small;
         image.Save(&plain, eFormat, nullptr);
         image.Save(&small, eFormat, &params);
-        EXPECT_EQ(small.GetSize() < plain.GetSize(), eFormat == KEL_IMAGE_JPEG);  // "quality"
+        EXPECT_EQ(eFormat == KEL_IMAGE_JPEG, small.GetSize() < plain.GetSize());  // "quality"
         std::ifstream file(strPath, std::ios::binary);
         ASSERT_TRUE(file.is_open());
         const Bytes written(std::istreambuf_iterator<char>(file), {});
-        EXPECT_EQ(written, Bytes(small.GetData(), small.GetData() + small.GetSize()));
-        EXPECT_EQ(written.size() > 0, bWritten);
+        EXPECT_EQ(Bytes(small.GetData(), small.GetData() + small.GetSize()), written);
+        EXPECT_EQ(bWritten, written.size() > 0);
         CKelImage again;
-        EXPECT_EQ(again.Open(strPath.c_str()), bWritten ? KEL_OK : KEL_ERR_FAIL);
-        EXPECT_EQ(again.GetWidth(), bWritten ? 40 : 0);
+        EXPECT_EQ(bWritten ? KEL_OK : KEL_ERR_FAIL, again.Open(strPath.c_str()));
+        EXPECT_EQ(bWritten ? 40 : 0, again.GetWidth());
     }
     std::remove(strPath.c_str());
 }
@@ -136,18 +136,18 @@ TEST(Dispatch, KeepsTheImageWhenThePathIsNoFile) {
     CKelImage image;
     Fill(&image);
     const auto expect = [&](auto pWhere, KelResult nResult) {
-        EXPECT_EQ(image.Open(pWhere), nResult);
-        EXPECT_EQ(image.Save(pWhere, KEL_IMAGE_JPEG, nullptr), nResult);
+        EXPECT_EQ(nResult, image.Open(pWhere));
+        EXPECT_EQ(nResult, image.Save(pWhere, KEL_IMAGE_JPEG, nullptr));
     };
     expect(static_cast<const char*>(nullptr), KEL_ERR_PARAM);
     expect(static_cast<CVamArchive*>(nullptr), KEL_ERR_PARAM);
     expect(testing::TempDir().c_str(), KEL_ERR_FILE);
     expect((testing::TempDir() + "/no/such/file").c_str(), KEL_ERR_FILE);
-    EXPECT_EQ(image.GetWidth(), 40);
+    EXPECT_EQ(40, image.GetWidth());
     EXPECT_NE(image.GetBits(), nullptr);
     CVamArchiveFile full;  // that a disk is full, its stream alone knows
     if (full.Open("/dev/full", "w+b")) {
-        EXPECT_EQ(image.Save("/dev/full", KEL_IMAGE_BMP, nullptr), KEL_OK);
+        EXPECT_EQ(KEL_OK, image.Save("/dev/full", KEL_IMAGE_BMP, nullptr));
     }
 }
 
@@ -159,12 +159,12 @@ TEST(Dispatch, BelievesTheStreamsCount) {
             return ~0u;
         }
     } archive;
-    EXPECT_EQ(CKelImage().Open(&archive), KEL_ERR_FAIL);
+    EXPECT_EQ(KEL_ERR_FAIL, CKelImage().Open(&archive));
 }
 
 TEST(Dispatch, OpensFilesThatNobodyMayWriteTo) {
     // A program that runs cannot be opened for writing, not even by the superuser.
-    EXPECT_EQ(CKelImage().Open("/proc/self/exe"), KEL_ERR_FAIL);
+    EXPECT_EQ(KEL_ERR_FAIL, CKelImage().Open("/proc/self/exe"));
 }
 
 // A host's own image whose overrides throw.
@@ -192,20 +192,20 @@ void ExpectNothingEscapes(KelResult nResult) {
     const std::string strPath = testing::TempDir() + "ikelex_dispatch_throw";
     for (const bool bInside : {false, true}) {
         ThrowingImage<Thrown> image(bInside);
-        EXPECT_EQ(image.Save(strPath.c_str(), KEL_IMAGE_BMP, nullptr), nResult);
-        EXPECT_EQ(image.Open(strPath.c_str()), nResult);
+        EXPECT_EQ(nResult, image.Save(strPath.c_str(), KEL_IMAGE_BMP, nullptr));
+        EXPECT_EQ(nResult, image.Open(strPath.c_str()));
         Fill(&image);
         IKelImage* pImage = &image;
-        EXPECT_EQ(image.ApplyFilter(&pImage, KEL_FILTER_SCALE, nullptr), nResult);
-        EXPECT_EQ(pImage, nullptr);
-        EXPECT_EQ(image.ApplyFilter(KEL_FILTER_SCALE, nullptr), nResult);
+        EXPECT_EQ(nResult, image.ApplyFilter(&pImage, KEL_FILTER_SCALE, nullptr));
+        EXPECT_EQ(nullptr, pImage);
+        EXPECT_EQ(nResult, image.ApplyFilter(KEL_FILTER_SCALE, nullptr));
     }
     std::remove(strPath.c_str());
     ThrowingImage<Thrown> image(true);
     Fill(&image);
     CKelImage* pMade = &image;
-    EXPECT_EQ(image.ApplyFilter1(&pMade, KEL_FILTER_SCALE, nullptr), nResult);
-    EXPECT_EQ(pMade, nullptr);
+    EXPECT_EQ(nResult, image.ApplyFilter1(&pMade, KEL_FILTER_SCALE, nullptr));
+    EXPECT_EQ(nullptr, pMade);
 }
 
 TEST(Dispatch, NothingThrownLeavesTheInterface) {
@@ -220,11 +220,11 @@ TEST(Dispatch, FailedFiltersReturnNoImage) {
     IKelImage* pImage = &image;
     CKelImage* pMade = &image;
     const auto eOther = static_cast<KelImageFilterType>(2);
-    EXPECT_EQ(image.ApplyFilter(&pImage, eOther, nullptr), KEL_ERR_FILTER_TYPE);
-    EXPECT_EQ(pImage, nullptr);
-    EXPECT_EQ(image.ApplyFilter1(&pMade, eOther, nullptr), KEL_ERR_FILTER_TYPE);
-    EXPECT_EQ(pMade, nullptr);
-    EXPECT_EQ(image.GetWidth(), 40);
+    EXPECT_EQ(KEL_ERR_FILTER_TYPE, image.ApplyFilter(&pImage, eOther, nullptr));
+    EXPECT_EQ(nullptr, pImage);
+    EXPECT_EQ(KEL_ERR_FILTER_TYPE, image.ApplyFilter1(&pMade, eOther, nullptr));
+    EXPECT_EQ(nullptr, pMade);
+    EXPECT_EQ(40, image.GetWidth());
 }
 
 }  // namespace

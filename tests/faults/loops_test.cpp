@@ -86,7 +86,7 @@ Outcome Undisturbed(const Scenario& scenario) {
         scenario.prepare(stage);
         outcomes[i] = OutcomeOf(stage, scenario.run(stage));
     }
-    EXPECT_EQ(outcomes[0], outcomes[1]) << scenario.strName;
+    EXPECT_EQ(outcomes[1], outcomes[0]) << scenario.strName;
     return outcomes[0];
 }
 
@@ -122,7 +122,7 @@ Disturbed RunDisturbedOnce(unsigned char byFill, const Scenario& scenario,
         EXPECT_TRUE(IsDocumented(nResult)) << strWhere << ": " << nResult;
         EXPECT_EQ("", support::FaultOf(stage.image)) << strWhere;
         if (nResult != KEL_OK && bUnchanged) {
-            EXPECT_EQ(support::Snapshot(stage.image), was) << strWhere;
+            EXPECT_EQ(was, support::Snapshot(stage.image)) << strWhere;
         }
         if (nResult == KEL_ERR_MEMORY || nResult == KEL_ERR_FILE) {
             EXPECT_TRUE(bUnchanged || IsEmpty(stage.image)) << strWhere;
@@ -133,11 +133,11 @@ Disturbed RunDisturbedOnce(unsigned char byFill, const Scenario& scenario,
         stage.pMade = nullptr;
         stage.image.Clean();
         scenario.prepare(stage);
-        EXPECT_EQ(scenario.run(stage), reference.nResult) << strWhere;
-        EXPECT_EQ(OutcomeOf(stage, KEL_OK).image, reference.image) << strWhere;
+        EXPECT_EQ(reference.nResult, scenario.run(stage)) << strWhere;
+        EXPECT_EQ(reference.image, OutcomeOf(stage, KEL_OK).image) << strWhere;
     }
-    EXPECT_EQ(support::CountLiveBlocks(), before) << strWhere << " leaks";
-    EXPECT_EQ(t_Mallocs.nLive, nMallocs) << strWhere << " leaks";
+    EXPECT_EQ(before, support::CountLiveBlocks()) << strWhere << " leaks";
+    EXPECT_EQ(nMallocs, t_Mallocs.nLive) << strWhere << " leaks";
     return bFired ? Disturbed({nResult, nDigest}) : std::nullopt;
 }
 
@@ -187,7 +187,7 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
     long aFaults[2] = {};
     for (const Scenario& scenario : AllScenarios()) {
         const Outcome reference = Undisturbed(scenario);
-        EXPECT_EQ(reference.nResult, KEL_OK) << scenario.strName;
+        EXPECT_EQ(KEL_OK, reference.nResult) << scenario.strName;
         const bool bOpen = scenario.strName.starts_with("open ");
         const bool bCodec = (bOpen && !scenario.strName.starts_with("open path ")) ||
                             scenario.strName.starts_with("save ");
@@ -283,11 +283,11 @@ TEST(FaultLoops, EveryBoundedMemoryCallReportsAFailure) {
                 support::SecureFaults faults(k);
                 const KelResult nResult = scenario.run(stage);
                 bMore = faults.Fired();
-                EXPECT_EQ(OutcomeOf(stage, nResult), reference) << strWhere;
-                ASSERT_EQ(trace.Lines().size(), bMore * nLevel) << strWhere;
+                EXPECT_EQ(reference, OutcomeOf(stage, nResult)) << strWhere;
+                ASSERT_EQ(bMore * nLevel, trace.Lines().size()) << strWhere;
                 for (const support::TraceLine& line : trace.Lines()) {
                     ++nFaults;
-                    EXPECT_EQ(line.nLevel, 1) << strWhere;
+                    EXPECT_EQ(1, line.nLevel) << strWhere;
                     EXPECT_TRUE(line.strText.starts_with("[ikelex/src/kel") &&
                                 line.strText.ends_with("] secure function return=34"))
                         << strWhere << ": " << line.strText;

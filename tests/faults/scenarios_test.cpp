@@ -19,7 +19,7 @@ const support::Kind kIndexed4{4, BI_RGB, 0}, kIndexed8{8, BI_RGB, 0}, kBits1{1, 
 
 std::function<void(Stage&)> Holding(support::Kind kind, int nWidth = 13, int nHeight = 9) {
     return [=](Stage& stage) {
-        EXPECT_EQ(support::OpenRandom(&stage.image, kind, nWidth, nHeight, 5), KEL_OK);
+        EXPECT_EQ(KEL_OK, support::OpenRandom(&stage.image, kind, nWidth, nHeight, 5));
     };
 }
 

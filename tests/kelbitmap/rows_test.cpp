@@ -94,7 +94,7 @@ TEST(RowVariants, EqualThePortableOne) {
     for (const CpuLevel eLevel : kel::Levels()) {
         SCOPED_TRACE("level " + std::to_string(static_cast<int>(eLevel)));
         const RowFunctions& variant = kel::RowFunctionsFor(eLevel);
-        ASSERT_EQ(&variant == &kel::kRowsPortable, eLevel == CpuLevel::kPortable);
+        ASSERT_EQ(eLevel == CpuLevel::kPortable, &variant == &kel::kRowsPortable);
         for (const Case& row : AllCases()) {
             for (std::size_t nPixels = 0; nPixels <= 300; ++nPixels) {
                 const std::size_t nWide = nPixels == 300 ? kMaxPixels : nPixels;

@@ -49,8 +49,8 @@ TEST(Levels, AreThoseOfTheProcessorUpToTheCap) {
         expected.insert(expected.begin(), CpuLevel::kNeon);
     }
 #endif
-    EXPECT_EQ(std::vector<CpuLevel>(kel::Levels().begin(), kel::Levels().end()), expected);
-    EXPECT_EQ(kel::BestLevel(), expected.front());
+    EXPECT_EQ(expected, std::vector<CpuLevel>(kel::Levels().begin(), kel::Levels().end()));
+    EXPECT_EQ(expected.front(), kel::BestLevel());
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ TEST(JpegEncoder, WritesWhatPlainLibjpegWrites) {
                           {VAM_EMPTY, 30, 75}};
     for (const int nBits : {8, 24, 32}) {
         CKelImage image;
-        ASSERT_EQ(support::OpenRandom(&image, {nBits, BI_RGB, 0}, 61, 45, 1), KEL_OK);
+        ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {nBits, BI_RGB, 0}, 61, 45, 1));
         for (const Case& c : cases) {
             SCOPED_TRACE(int{c.byType});
             tagKelParameterItem item = {"quality", CVamVariant()};
@@ -54,16 +54,16 @@ TEST(JpegEncoder, WritesWhatPlainLibjpegWrites) {
             tagKelParameters params = {1, &item};
             CKelJpegEncoder encoder;
             encoder.SetParameters(&params);
-            EXPECT_EQ(encoder.GetQualityParameter(), c.nQuality);
+            EXPECT_EQ(c.nQuality, encoder.GetQualityParameter());
             FaultyArchive archive;
-            ASSERT_EQ(encoder.Do(&archive, &image), KEL_OK);
+            ASSERT_EQ(KEL_OK, encoder.Do(&archive, &image));
             EXPECT_TRUE(Holds(archive, PlainFile(image, c.nQuality)));
             // Blocks of 4,096 bytes, a rest, one flush; nothing is sought.
             std::vector<unsigned int> sizes(archive.GetSize() / 4096, 4096);
             sizes.push_back(archive.GetSize() % 4096);
-            EXPECT_EQ(archive.WriteSizes(), sizes);
-            EXPECT_EQ(archive.Calls(support::Op::kFlush), 1);
-            EXPECT_EQ(archive.Calls(support::Op::kSeek), 0);
+            EXPECT_EQ(sizes, archive.WriteSizes());
+            EXPECT_EQ(1, archive.Calls(support::Op::kFlush));
+            EXPECT_EQ(0, archive.Calls(support::Op::kSeek));
         }
     }
 }
@@ -74,12 +74,12 @@ TEST(JpegEncoder, EndsWithLibjpegsErrors) {
         image.Create(nWidth, 1, 24);
         FaultyArchive archive;
         support::RecordingTrace trace;
-        EXPECT_EQ(CKelJpegEncoder().Do(&archive, &image), KEL_ERR_CODEC) << nWidth;
-        EXPECT_EQ(archive.GetSize(), 0u);
-        ASSERT_EQ(trace.Lines().size(), 2u);
+        EXPECT_EQ(KEL_ERR_CODEC, CKelJpegEncoder().Do(&archive, &image)) << nWidth;
+        EXPECT_EQ(0u, archive.GetSize());
+        ASSERT_EQ(2u, trace.Lines().size());
         const std::string strText = trace.Lines()[0].strText;
         EXPECT_TRUE(strText.starts_with("CKelJpegEncoder::jpeg_error_exit, err msg: "));
-        EXPECT_EQ(trace.Lines(), support::InputError(strText));
+        EXPECT_EQ(support::InputError(strText), trace.Lines());
     }
 }
 
@@ -91,6 +91,6 @@ TEST(JpegEncoder, WritesBlackForANegativeHeight) {
     image.m_bmih.biHeight = -12;
     FaultyArchive archive;
     const support::AllocFill fill(0xAB);
-    EXPECT_EQ(CKelJpegEncoder().Do(&archive, &image), KEL_OK);
+    EXPECT_EQ(KEL_OK, CKelJpegEncoder().Do(&archive, &image));
     EXPECT_TRUE(Holds(archive, black));
 }

@@ -29,21 +29,21 @@ TEST(Depth, OnlyTwentyFourBitsBecomeThirtyTwo) {
             ASSERT_NE(image.Create(5, 3, nBits), nullptr);
             image.ChangeBitCount(nWanted);
             const bool bChanges = nBits == 24 && nWanted == 32;
-            EXPECT_EQ(image.GetBitsPerPixel(), bChanges ? 32 : nBits);
-            EXPECT_EQ(image.m_bmih.biSizeImage, bChanges ? 60u : 0u);
+            EXPECT_EQ(bChanges ? 32 : nBits, image.GetBitsPerPixel());
+            EXPECT_EQ(bChanges ? 60u : 0u, image.m_bmih.biSizeImage);
             EXPECT_TRUE(trace.Lines().empty());
         }
     }
-    EXPECT_EQ(support::CountLiveBlocks(), before);
+    EXPECT_EQ(before, support::CountLiveBlocks());
     CKelImage two;
     unsigned char* const pBits = two.Create(2, 2, 24);
     std::iota(pBits, pBits + 16, Bytes::value_type{1});
     const Bytes expected = {1, 2, 3, 0, 4, 5, 6, 0, 9, 10, 11, 0, 12, 13, 14, 0};
     Bytes row(8);
     two.Convert24BitTo32Bit(0, two.GetLineArray()[0], row.data());
-    EXPECT_EQ(row, Bytes(expected.begin(), expected.begin() + 8));
+    EXPECT_EQ(Bytes(expected.begin(), expected.begin() + 8), row);
     two.ChangeBitCount(32);
-    EXPECT_EQ(Bytes(two.GetBits(), two.GetBits() + 16), expected);
+    EXPECT_EQ(expected, Bytes(two.GetBits(), two.GetBits() + 16));
     // Without pixels, without rows, and with 2 GiB a row at 32 bits.
     RecordingTrace trace;
     CKelImage image;
@@ -56,19 +56,19 @@ TEST(Depth, OnlyTwentyFourBitsBecomeThirtyTwo) {
     image.CreateLineArray();
     image.m_bmih.biWidth = 1 << 29;
     image.ChangeBitCount(32);
-    EXPECT_EQ(image.GetBitsPerPixel(), 24);
-    EXPECT_EQ(trace.Lines(), InputError("lpNewBit is nullptr"));
+    EXPECT_EQ(24, image.GetBitsPerPixel());
+    EXPECT_EQ(InputError("lpNewBit is nullptr"), trace.Lines());
 }
 
 TEST(Depth, AHeaderBlockNeverDescribesMoreThanItHolds) {
     // At 32 bits the bit fields are three masks, for which a 24-bit block has no room.
     CKelImage image;
-    ASSERT_EQ(support::OpenRandom(&image, {24, BI_RGB, 0}, 4, 4, 1), KEL_OK);
+    ASSERT_EQ(KEL_OK, support::OpenRandom(&image, {24, BI_RGB, 0}, 4, 4, 1));
     image.m_bmih.biCompression = image.m_pBMI->bmiHeader.biCompression = BI_BITFIELDS;
     image.ChangeBitCount(32);
     CKelImage copy;
-    EXPECT_EQ(copy.Open(image.GetBitmapInfo(), image.GetBits()), KEL_OK);
-    EXPECT_EQ(copy.GetPaletteNum(), 3);
+    EXPECT_EQ(KEL_OK, copy.Open(image.GetBitmapInfo(), image.GetBits()));
+    EXPECT_EQ(3, copy.GetPaletteNum());
     EXPECT_GE(malloc_usable_size(image.GetBitmapInfo()), 52u);
 }
 
@@ -77,16 +77,16 @@ TEST(Palette, GrowsBySixteenFromTwiceTheDepth) {
         CKelImage image;
         image.Create(1, 1, nBits);
         for (int i = 0; i < nFirst + 17; ++i) {
-            ASSERT_EQ(image.AddPaletteEntry(static_cast<unsigned char>(i), 2, 3, 4), i + 1);
+            ASSERT_EQ(i + 1, image.AddPaletteEntry(static_cast<unsigned char>(i), 2, 3, 4));
             const int nGrown = (i - nFirst + 16) / 16 * 16;
-            ASSERT_EQ(image.m_nPaletteSize, i < nFirst ? nFirst : nFirst + nGrown);
+            ASSERT_EQ(i < nFirst ? nFirst : nFirst + nGrown, image.m_nPaletteSize);
         }
         for (int i = 0; i < nFirst + 17; ++i) {
-            EXPECT_EQ(image.GetPalette()[i].byRed, i & 255);
-            EXPECT_EQ(image.GetPalette()[i].byBlue, 3);
-            EXPECT_EQ(image.GetPalette()[i].byReserved, 4);
+            EXPECT_EQ(i & 255, image.GetPalette()[i].byRed);
+            EXPECT_EQ(3, image.GetPalette()[i].byBlue);
+            EXPECT_EQ(4, image.GetPalette()[i].byReserved);
         }
-        EXPECT_EQ(image.GetPalette()[image.m_nPaletteSize - 1].byReserved, 0);  // unused
+        EXPECT_EQ(0, image.GetPalette()[image.m_nPaletteSize - 1].byReserved);  // unused
     }
 }
 
@@ -127,22 +127,22 @@ TEST(Palette, MissingMemoryIsTraced) {
             const support::AllocFaults faults(c.nWidth == 1 && c.nHeight == 1 ? 1 : 0);
             EXPECT_TRUE(c.fails(image)) << &c - cases;
         }
-        EXPECT_EQ(trace.Lines(), InputError(c.pszText)) << &c - cases;
+        EXPECT_EQ(InputError(c.pszText), trace.Lines()) << &c - cases;
         image.DestroyPaletteTable();
     }
     RecordingTrace trace;
     CKelImage image;
     EXPECT_FALSE(image.ExpandPaletteTable());  // no depth, no room
     image.m_bmih.biHeight = 3;
-    EXPECT_EQ(image.CreateLineArray(), nullptr);  // no pixels, no rows
+    EXPECT_EQ(nullptr, image.CreateLineArray());  // no pixels, no rows
     EXPECT_TRUE(trace.Lines().empty());
     image.Create(1, 1, 1);
     image.AddPaletteEntry(1, 2, 3, 4);
     image.AddPaletteEntry(5, 6, 7, 8);
     const support::AllocFaults faults(1);
-    EXPECT_EQ(image.AddPaletteEntry(9, 9, 9, 9), 2);  // the old table stays
-    EXPECT_EQ(image.GetPalette()[1].byRed, 5);
-    EXPECT_EQ(trace.Lines(), InputError("pNewPalette is nullptr"));
+    EXPECT_EQ(2, image.AddPaletteEntry(9, 9, 9, 9));  // the old table stays
+    EXPECT_EQ(5, image.GetPalette()[1].byRed);
+    EXPECT_EQ(InputError("pNewPalette is nullptr"), trace.Lines());
 }
 
 TEST(Line, BuffersHoldARowOfTheirDepth) {
@@ -169,8 +169,8 @@ TEST(Palette, ColorTableSizes) {
         header.biBitCount = static_cast<unsigned short>(c[0]);
         header.biClrUsed = c[1];
         header.biCompression = c[2];
-        EXPECT_EQ(IMG_GetColorTableSize(&header), c[3]) << c[0];
-        EXPECT_EQ(IMG_GetBitmapInfoSize(&header), 124 + c[3]);
+        EXPECT_EQ(c[3], IMG_GetColorTableSize(&header)) << c[0];
+        EXPECT_EQ(124 + c[3], IMG_GetBitmapInfoSize(&header));
     }
 }
 

@@ -38,8 +38,8 @@ TEST(Geometry, EveryOperationAtEveryDepth) {
             image.SubImage(1, 1, s[3] - 1, s[2] - 2);
             expected = reference::Crop(expected, 1, 1, s[3] - 1, s[2] - 2);
             EXPECT_TRUE(Shows(image, expected)) << "from " << s[0] << "x" << s[1];
-            EXPECT_EQ(image.m_bmih.biSizeImage, expected.bytes.size());
-            EXPECT_EQ(image.GetPaletteNum(), nPalette);
+            EXPECT_EQ(expected.bytes.size(), image.m_bmih.biSizeImage);
+            EXPECT_EQ(nPalette, image.GetPaletteNum());
         }
     }
 }
@@ -51,12 +51,12 @@ TEST(Geometry, WhereOnePixelGoes) {
     const auto at = [&](int x, int y) { return support::PixelAt(24, image.GetLineArray()[y], x); };
     const std::uint32_t nPixel = at(2, 0);
     image.Rotate(90);
-    EXPECT_EQ(at(0, 2), nPixel);
+    EXPECT_EQ(nPixel, at(0, 2));
     image.Mirror(0);  // with it: 90 degrees counter-clockwise
-    EXPECT_EQ(at(0, 0), nPixel);
+    EXPECT_EQ(nPixel, at(0, 0));
     FillImage(&image, src);
     image.SubImage(2, 0, 1, 2);
-    EXPECT_EQ(at(0, 0), nPixel);
+    EXPECT_EQ(nPixel, at(0, 0));
 }
 
 TEST(SubImage, RectanglesOutsideChangeNothing) {
@@ -72,7 +72,7 @@ TEST(SubImage, RectanglesOutsideChangeNothing) {
     support::Bytes raw = src.bytes;
     image.CopyBytes(24, raw.data(), 4, 4, -1, 0, 2, 2);
     image.CopyBytes(24, raw.data(), 4, 4, 0, 0, 5, 2);
-    EXPECT_EQ(raw, src.bytes);
+    EXPECT_EQ(src.bytes, raw);
     // The raw form ends at the buffer's end, whatever is asked for: rows from beyond it are zero.
     for (const int nBits : support::kDepths) {
         const Rows part = RandomRows(nBits, 7, 4, 2);
@@ -137,9 +137,9 @@ TEST(Geometry, UnusualSizesAreTraced) {
         support::RecordingTrace trace(2);
         c.nNewWidth == 0 ? static_cast<void>(image.Rotate(0))
                          : image.ZoomImage(c.nNewWidth, c.nNewHeight);
-        EXPECT_EQ(trace.Lines(), InputError(c.pszTrace));
+        EXPECT_EQ(InputError(c.pszTrace), trace.Lines());
         const bool bFits = &c - cases < 4;  // the others end here
-        EXPECT_EQ(image.GetWidth() != c.nWidth, bFits) << c.pszTrace;
+        EXPECT_EQ(bFits, image.GetWidth() != c.nWidth) << c.pszTrace;
     }
     const support::AllocFill fill(0xA5);
     CKelImage unknown;
@@ -153,12 +153,12 @@ TEST(Geometry, UnusualSizesAreTraced) {
     image.Mirror(0);
     image.SubImage(1, 1, 2, 2);
     image.ZoomImage(3, 3);
-    EXPECT_EQ(image.GetWidth(), 5);
+    EXPECT_EQ(5, image.GetWidth());
     unsigned char byOut = 7;
     image.ZoomBytes(8, &byOut, 1, 1, &byOut, 0, 1);
-    EXPECT_EQ(trace.Lines(), InputError("nDstWidth is invalid: 0"));
+    EXPECT_EQ(InputError("nDstWidth is invalid: 0"), trace.Lines());
     image.ZoomBytes(8, &byOut, 0, 1, &byOut, 1, 1);
-    EXPECT_EQ(byOut, 7);
+    EXPECT_EQ(7, byOut);
 }
 
 }  // namespace

@@ -14,8 +14,8 @@
 namespace {
 
 TEST(Scratch, SizesOutside31BitsAreRefused) {
-    EXPECT_EQ(kel::NewScratch(-1), nullptr);
-    EXPECT_EQ(kel::NewScratch(std::int64_t{1} << 31), nullptr);
+    EXPECT_EQ(nullptr, kel::NewScratch(-1));
+    EXPECT_EQ(nullptr, kel::NewScratch(std::int64_t{1} << 31));
     EXPECT_NE(kel::NewScratch(0), nullptr);
 }
 

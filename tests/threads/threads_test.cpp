@@ -56,14 +56,14 @@ TEST(Threads, ImagesSideBySide) {
                 nWrong += Job(eFormat) != expected;
             }
         });
-        EXPECT_EQ(nWrong, 0) << eFormat;
+        EXPECT_EQ(0, nWrong) << eFormat;
     }
 }
 
 TEST(Threads, OneImageReadByMany) {
     for (const support::Kind& kind : support::AllKinds()) {
         CKelImage image;
-        ASSERT_EQ(support::OpenRandom(&image, kind, 61, 20, 4), KEL_OK);
+        ASSERT_EQ(KEL_OK, support::OpenRandom(&image, kind, 61, 20, 4));
         Bytes expected(184 * 20);
         image.ConvertTo24Bit(1, expected.data());
         std::atomic<int> nWrong = 0;
@@ -74,6 +74,6 @@ TEST(Threads, OneImageReadByMany) {
                       image.GetPaletteNum() != image.m_nPaletteNum ||
                       image.GetPalette() != image.m_pPalette;
         });
-        EXPECT_EQ(nWrong, 0) << support::Name(kind);
+        EXPECT_EQ(0, nWrong) << support::Name(kind);
     }
 }
