@@ -88,7 +88,7 @@ TEST(SubImage, RectanglesOutsideChangeNothing) {
 TEST(Zoom, ResultsAreThoseOfSeparateProductsAndSums) {
     const struct {
         unsigned char by[4];
-        int nWidth, nHeight, nX, nY, nWant;
+        int nWidth, nHeight, nX, nY, nExpected;
     } cases[] = {{{27, 51, 51, 0}, 3, 4, 1, 2, 29},
                  {{1, 204, 0, 0}, 3, 6, 1, 3, 41},
                  {{3, 255, 51, 51}, 3, 7, 1, 5, 64},
@@ -101,7 +101,7 @@ TEST(Zoom, ResultsAreThoseOfSeparateProductsAndSums) {
         CKelImage image;
         FillImage(&image, src);
         image.ZoomImage(c.nWidth, c.nHeight);
-        EXPECT_EQ(c.nWant, image.GetLineArray()[c.nY][c.nX * 3]);
+        EXPECT_EQ(c.nExpected, image.GetLineArray()[c.nY][c.nX * 3]);
     }
 }
 
