@@ -191,8 +191,9 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
         const bool bOpen = scenario.strName.starts_with("open ");
         const bool bCodec = (bOpen && !scenario.strName.starts_with("open path ")) ||
                             scenario.strName.starts_with("save ");
-        for (const auto& [bMalloc, bForEver] :
+        for (const auto& way :
              {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
+            const bool bMalloc = way.first, bForEver = way.second;
             bool bMore = !bMalloc || (bCodec && kMallocs);
             for (long k = 1; bMore; ++k) {
                 const auto disturb = [&](Stage& stage, KelResult& nResult) {
@@ -201,9 +202,9 @@ TEST(FaultLoops, EveryAllocationFailsOnceAndForEver) {
                         nResult = scenario.run(stage);
                         return std::exchange(t_Mallocs.nFailing, 0) <= t_Mallocs.nCalls;
                     }
-                    support::AllocFaults faults(k, bForEver);
+                    support::AllocFaults allocations(k, bForEver);
                     nResult = scenario.run(stage);
-                    return faults.Fired();
+                    return allocations.Fired();
                 };
                 const std::string strWhere = scenario.strName + ", allocation " + std::to_string(k);
                 const Disturbed result = RunDisturbed(scenario, strWhere, reference, disturb);
