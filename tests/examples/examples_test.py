@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the example programs as a user would: examples_test.py DIRECTORY_OF_PROGRAMS."""
+"""Runs the example programs as a user would: examples_test.py DIRECTORY_OF_PROGRAMS [EMULATOR...]."""
 import pathlib
 import resource
 import subprocess
@@ -7,23 +7,25 @@ import sys
 import tempfile
 import unittest
 
-PROGRAMS = pathlib.Path(sys.argv.pop(1))
+PROGRAMS, EMULATOR = pathlib.Path(sys.argv[1]), sys.argv[2:]
+ENDING = ".exe" if (PROGRAMS / "thumbnail.exe").exists() else ""
 
 
 def run(program, *arguments, limit=None):
     """The exit code, output and errors of a program; limit: the most bytes it may write to a file."""
     def lower_limit():
         resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
-    done = subprocess.run([PROGRAMS / program, *map(str, arguments)], capture_output=True, text=True,
-                          preexec_fn=lower_limit if limit is not None else None, timeout=60,
-                          check=False)
+    command = [*EMULATOR, PROGRAMS / f"{program}{ENDING}", *map(str, arguments)]
+    # An emulator would end by the signal that the limit sends.
+    done = subprocess.run(command, capture_output=True, text=True, timeout=60, check=False,
+                          preexec_fn=lower_limit if limit is not None else None, restore_signals=not EMULATOR)
     return done.returncode, done.stdout, done.stderr
 
 
 class Examples(unittest.TestCase):
     """Every test has a folder of its own with a painted scene in it."""
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
+        folder = tempfile.TemporaryDirectory(suffix="Größe-大小-😀")
         self.addCleanup(folder.cleanup)
         self.here = pathlib.Path(folder.name)
         self.scene = self.here / "scene.jpg"
@@ -85,6 +87,7 @@ class Examples(unittest.TestCase):
             self.fails("KEL_ERR_FILE", self.scene, full)
             self.assertTrue(full.is_char_device())
 
+    @unittest.skipIf(ENDING, "Windows programs see neither under wine")
     def test_keeps_links_and_modes(self):
         real, link = self.here / "real.png", self.here / "link.png"
         real.write_bytes(b"old")
@@ -130,4 +133,4 @@ class Examples(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(argv=sys.argv[:1])
