@@ -31,7 +31,9 @@ string(REGEX REPLACE "/$" "" IKELEX_PC_UP "${IKELEX_PC_UP}")
 list(TRANSFORM IKELEX_CLASS_ROOMS PREPEND " -I\${classes}/" OUTPUT_VARIABLE IKELEX_PC_CLASSES)
 string(REPLACE ";" "" IKELEX_PC_CLASSES "${IKELEX_PC_CLASSES}")
 configure_file(cmake/ikelex.pc.in ikelex.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ikelex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(NOT WIN32) # the codec libraries of the archive come without such files
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ikelex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/ikelex COMPONENT license)
 
 if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)

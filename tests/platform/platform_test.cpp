@@ -136,7 +136,7 @@ TEST(TraceSink, PrintsEachLineOnceByDefault) {
     zt_trace_input_error_msg(0, "p is nullptr");
     zt_trace_write(1, "hidden", 0);
     VamTrace("100%% ended\n");
-    zt_trace_write(0, "\n" + 1, 0);  // an empty text after a newline
+    zt_trace_write(0, &"\n"[1], 0);  // an empty text after a newline
     zt_trace_set_level(-1);
     zt_trace_write(0, "hidden", 0);
     VamTrace("hidden");
