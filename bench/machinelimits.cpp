@@ -101,14 +101,30 @@ Other CopyLimit(const SharedImage& pImage) {
             })};
 }
 
-Other CopyTouched(const SharedImage& pImage) {
-    return {Kind::kOwn, "copy, pages first", Timed([=] {
-                const std::size_t nSize = pImage->GetBmpDataSize();
-                const Block pBlock = Fresh(nSize);
-                for (std::size_t i = 0; i < nSize; i += 4096) {
-                    pBlock[i] = 0;
+Other CopySquares(const SharedImage& pImage) {
+    return {Kind::kOwn, "copy of squares", Timed([=] {
+                constexpr int kSquare = 16, kPanel = 16 * kSquare, kTile = 8 * kSquare;
+                const int nWidth = pImage->GetWidth() / kSquare * kSquare;
+                const int nHeight = pImage->GetHeight() / kSquare * kSquare;
+                const std::size_t nStride = PictureSize(24, {nHeight, 1});
+                const Block pBlock = Fresh(nStride * static_cast<std::size_t>(nWidth));
+                const auto fnCopy = [&](int x, int y) {
+                    for (int i = 0; i < kSquare; ++i) {
+                        std::memcpy(&pBlock[nStride * static_cast<std::size_t>(x + i) +
+                                            std::size_t{3} * static_cast<std::size_t>(y)],
+                                    pImage->GetLineArray()[y + i] + 3 * x, 3 * kSquare);
+                    }
+                };
+                for (int nPanel = 0; nPanel < nWidth; nPanel += kPanel) {
+                    for (int nTile = 0; nTile < nHeight; nTile += kTile) {
+                        for (int x = nPanel; x < std::min(nPanel + kPanel, nWidth); x += kSquare) {
+                            for (int y = nTile; y < std::min(nTile + kTile, nHeight);
+                                 y += kSquare) {
+                                fnCopy(x, y);
+                            }
+                        }
+                    }
                 }
-                std::memcpy(pBlock.get(), pImage->GetBits(), nSize);
                 Use(pBlock.get());
             })};
 }

@@ -14,9 +14,9 @@ Other ReadLimit(const SharedImage& pImage);
 Other ReadWriteLimit(const SharedImage& pImage, std::size_t nSize);
 /// Copies the pixels into a fresh block.
 Other CopyLimit(const SharedImage& pImage);
-/// The same after every page of the block was touched once, as work does that writes the block in
-/// another order than that of its bytes. No limit, but a part of such work.
-Other CopyTouched(const SharedImage& pImage);
+/// Copies squares of 16 x 16 pixels of 24 bits into a fresh block, each to where a transposition
+/// puts it. No limit, but the part of a transposition that moves memory.
+Other CopySquares(const SharedImage& pImage);
 /// Exchanges the rows of the upper half with those of the lower through registers.
 Other ExchangeLimit(const SharedImage& pImage);
 /// Reads a file with one read() into a fresh block.

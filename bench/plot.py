@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Turns the results of tools/bench --json FILE into a page's tables and plot.
 
-  bench/plot.py table FILE...           the rows of all files as a Markdown table
+  bench/plot.py table FILE...           the rows of all files as a Markdown table, a missed reach in bold
+  bench/plot.py parts FILE...           the rows that time a part of another row
   bench/plot.py levels FILE FILE FILE   ours / limit of the best, AVX2 and portable variants
   bench/plot.py svg OUT.svg FILE...     a bar for each row with a limit: ours / limit; the fastest peer as a mark
 """
@@ -42,17 +43,34 @@ def missed(row):
     return row["reach"] and other and other["ratio"] > row["reach"]
 
 
+def is_part(row):
+    return row["work"].startswith("part: ")
+
+
+def reach(row):
+    """What a row is to reach, in bold where it does not."""
+    if not row["reach"] or not fastest(row, row["against"]):
+        return ""
+    text = f"{row['reach']:g} × {row['against'].replace('own', 'other form')}"
+    return f"**{text}**" if missed(row) else text
+
+
 def table(rows):
-    print("| work | ours | limit, or other form of ours | ours / limit | fastest peer | ours / peer |")
-    print("|---|--:|---|--:|---|--:|")
+    print("| work | ours | limit, or other form of ours | ours / limit | fastest peer | ours / peer | reach |")
+    print("|---|--:|---|--:|---|--:|---|")
     for row in rows:
-        print(f"| {row['work']} | {time(row['ours_ms'])} | {cells(fastest(row, 'limit', 'own'))} | "
-              f"{cells(fastest(row, 'peer'))} |")
+        if not is_part(row):
+            print(f"| {row['work']} | {time(row['ours_ms'])} | {cells(fastest(row, 'limit', 'own'))} | "
+                  f"{cells(fastest(row, 'peer'))} | {reach(row)} |")
+
+
+def parts(rows):
+    print("| part | time | beside | part / that |")
+    print("|---|--:|---|--:|")
     for row in rows:
-        if missed(row):
-            other = fastest(row, row["against"])
-            print(f"beyond {row['reach']:g} x {row['against']}: {row['work']} ({other['ratio']:.2f})",
-                  file=sys.stderr)
+        if is_part(row):
+            print(f"| {row['work'].removeprefix('part: ')} | {time(row['ours_ms'])} | "
+                  f"{cells(fastest(row, 'limit', 'own'))} |")
 
 
 def levels(files):
@@ -72,7 +90,7 @@ def plot(rows, path):
         clamped = min(max(ratio, 0.2), 20)
         return LEFT + (WIDTH - LEFT - 20) * math.log(clamped / 0.2) / span
 
-    rows = [row for row in rows if fastest(row, "limit")]
+    rows = [row for row in rows if fastest(row, "limit") and not is_part(row)]
     height = 60 + len(rows) * (BAR + GAP)
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" '
            'font-family="sans-serif" font-size="11">',
@@ -102,8 +120,9 @@ def main():
         sys.exit(__doc__)
     if arguments[0] == "levels":
         levels([load(path) for path in arguments[1:]])
-    elif arguments[0] == "table":
-        table([row for path in arguments[1:] for row in load(path)])
+    elif arguments[0] in ("table", "parts"):
+        rows = [row for path in arguments[1:] for row in load(path)]
+        table(rows) if arguments[0] == "table" else parts(rows)
     else:
         plot([row for path in arguments[2:] for row in load(path)], arguments[1])
 

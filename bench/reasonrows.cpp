@@ -117,9 +117,12 @@ Sides ThreeCopySides(Size size) {
 
 void AddReasonRows(std::vector<Row>& rows, const Options& options) {
     const Size large = options.Large(), small = {64, 64};
-    rows.push_back({"part: copy " + large.Text() + ", 24 bits, pages first", {}, [=] {
+    rows.push_back({"part: squares of " + large.Text() + ", 24 bits, to their places", {}, [=] {
                         const SharedImage pImage = Scene(large, 24);
-                        return Sides{CopyTouched(pImage).side, {CopyLimit(pImage)}};
+                        const SharedImage pRotated = Copy(*pImage);
+                        return Sides{
+                            CopySquares(pImage).side,
+                            {{Kind::kOwn, "the whole", Timed([=] { pRotated->Rotate(0); })}}};
                     }});
     rows.push_back({"part: three copies a pair of rows, " + large.Text(), {}, [=] {
                         return ThreeCopySides(large);

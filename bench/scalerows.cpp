@@ -136,9 +136,12 @@ void AddScaleRows(std::vector<Row>& rows, const Options& options) {
                             return ProgressSides(large, out, nKernel);
                         }});
     }
-    for (const int nKernel : {KEL_SCALE_BILINEAR, KEL_SCALE_BOX}) {
-        rows.push_back({"part: arithmetic, " + Work(large, half, nKernel), {}, [=] {
-                            return ArithmeticSides(large, half, nKernel);
+    for (const auto& [out, nKernel] : {std::pair{icon, KEL_SCALE_BILINEAR},
+                                       {half, KEL_SCALE_BILINEAR},
+                                       {half, KEL_SCALE_BOX},
+                                       {half, KEL_SCALE_HAMMING}}) {
+        rows.push_back({"part: arithmetic, " + Work(large, out, nKernel), {}, [=] {
+                            return ArithmeticSides(large, out, nKernel);
                         }});
     }
     for (const int nBits : {1, 4, 8, 16, 32}) {
