@@ -176,6 +176,7 @@ TEST(ScaleFilter, LeavesNothingOld) {
             const unsigned nKind = nBits == 8 ? BI_RGB : BI_BITFIELDS;
             ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {nBits, nKind, 0}, 30, 60, 1));
             source.DestroyPaletteTable();  // or the masks
+            const support::RecordingTrace trace;  // not on standard error
             CKelImageFilterScale filter;
             filter.SetParameters(
                 KelParameters().Set("width", 7).Set("height", 5).Set("type", nType));
