@@ -54,6 +54,8 @@ TEST(Storage, CreateMakesAPictureWithRows) {
         }
     }
     CKelImage image;
+    ASSERT_NE(nullptr, image.Create(1, 70001, 8));
+    EXPECT_EQ("", support::FaultOf(image));
     EXPECT_EQ(nullptr, image.CreateUncleared(-1, 3, 24));
     EXPECT_NE(image.CreateUncleared(3, 0, 24), nullptr);
     EXPECT_NE(image.GetLineArray(), nullptr);
