@@ -175,7 +175,7 @@ TEST(ScaleFilter, LeavesNothingOld) {
             ASSERT_EQ(KEL_OK, support::OpenRandom(&target, {8, BI_RGB, 0}, 4, 4, 1));
             const unsigned nKind = nBits == 8 ? BI_RGB : BI_BITFIELDS;
             ASSERT_EQ(KEL_OK, support::OpenRandom(&source, {nBits, nKind, 0}, 30, 60, 1));
-            source.DestroyPaletteTable();  // or the masks
+            source.DestroyPaletteTable();         // or the masks
             const support::RecordingTrace trace;  // not on standard error
             CKelImageFilterScale filter;
             filter.SetParameters(
