@@ -1,6 +1,7 @@
 // What the writers of every format have in common.
 #include <gtest/gtest.h>
 
+#include "kelbitmap/bmplayout.h"
 #include "kelimage/kelimage.h"
 #include "support/allocfaults.h"
 #include "support/faultyarchive.h"
@@ -26,6 +27,9 @@ TEST(Writers, RowsThatCannotBeConvertedAreBlack) {
             const support::RecordingTrace silence(-1);
             const support::SecureFaults idle(1, true);
             EXPECT_EQ(KEL_OK, image.Save(&archive, eFormat, nullptr));
+        }
+        if (eFormat == KEL_IMAGE_BMP) {
+            EXPECT_EQ(0u, kel::Load32(archive.GetData() + 6));  // two fields that nothing is put in
         }
         archive.Seek(0, 0);
         CKelImage image;

@@ -60,7 +60,7 @@ KelResult CKelBMPEncoder::Do(CVamArchive* pArchive, CKelImage* pImage) {
     const auto nStride = kel::Low32(kel::RowStride(kBits, nWidth));
     const unsigned int nRowsSize = nStride * kel::Low32(nHeight);
 
-    unsigned char fileHeader[kel::kBmpFileHeaderSize];
+    unsigned char fileHeader[kel::kBmpFileHeaderSize] = {};  // even when memset_s fails
     kel::SecureZero(kel::kSourceEncoder, fileHeader, sizeof(fileHeader));
     kel::Store16(fileHeader + kel::kBmpFileTypeAt, kel::kBmpFileType);
     kel::Store32(fileHeader + kel::kBmpFileSizeAt, nRowsSize + kHeadersSize);
