@@ -125,7 +125,12 @@ TEST(Scaler, RefusesTablesItCannotHold) {
     EXPECT_EQ(nullptr, scaler.CalcContributions(1, 4000000000u, 1.0));
     EXPECT_EQ(nullptr, scaler.AllocContributions(4000000000u, 1));
     EXPECT_EQ(nullptr, scaler.AllocContributions(0, 4000000000u));
+    EXPECT_EQ(nullptr, scaler.AllocContributions(INT_MAX, INT_MAX));
+    if (sizeof(void*) == 4) {
+        EXPECT_EQ(nullptr, scaler.AllocContributions(65536, 65537));  // 2^32 + 65536 weights
+    }
     EXPECT_FALSE(kel::RowBlock().Allocate(1, SIZE_MAX / 128 + 2, 128));  // 2^64 + 128 bytes
+    EXPECT_EQ(sizeof(void*) == 8, kel::RowBlock().Allocate(2, 2, (std::size_t{1} << 30) + 1));
     for (const double dRatio : {dNone, 0.0, -1.0, 1e-300, dHuge}) {
         scaler.FreeContributions(scaler.CalcContributions(4, 4, dRatio));
     }
@@ -248,6 +253,9 @@ TEST(Scaler, PassesMakeTheWholeTogether) {
     scaler.ScaleRow(nullptr, 30, row.Pixels(), 11, 0, pTable);
     scaler.ScaleRow(source.Pixels(), 30, nullptr, 11, 0, pTable);
     scaler.ScaleRow(source.Pixels(), 30, row.Pixels(), 0, 0, pTable);
+    scaler.HorizScale(nullptr, 30, 20, row.Pixels(), 11, 20);
+    scaler.HorizScale(source.Pixels(), 30, 20, nullptr, 11, 20);
+    scaler.VertScale(temp.Pixels(), 0, 20, nullptr, 0, 33);
     EXPECT_TRUE(temp == row);
     scaler.FreeContributions(pTable);
 

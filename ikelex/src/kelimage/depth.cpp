@@ -13,7 +13,7 @@ void CKelImage::ChangeBitCount(int nBitCount) {
         return;
     }
     const std::int64_t nSize = kel::PictureSize(32, m_bmih.biWidth, m_bmih.biHeight);
-    unsigned char* lpNewBit = kel::NewPixelsNothrow(nSize);
+    unsigned char* lpNewBit = nSize > kel::kMaxSize ? nullptr : kel::NewPixelsNothrow(nSize);
     if (lpNewBit != nullptr) {
         const std::int64_t nStride = kel::RowStride(32, m_bmih.biWidth);
         const std::size_t nPixels = kel::PixelsOfRow(m_bmih);

@@ -1,8 +1,10 @@
 // Pixel buffers and scratch, and the advice to the system about large ones.
 #include "kelmemory.h"
 
+#include <cstddef>
 #include <limits>
 #include <new>
+#include <utility>
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -69,7 +71,11 @@ unsigned char* TryNewPixels(std::int64_t nSize) {
 }
 
 unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept {
-    return AdviseHugePages(NewScratch(nSize).release(), nSize);
+    if (nSize < 0 || !std::in_range<std::ptrdiff_t>(nSize)) {
+        return nullptr;
+    }
+    return AdviseHugePages(new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)],
+                           nSize);
 }
 
 std::unique_ptr<unsigned char[]> NewScratch(std::int64_t nSize) {

@@ -16,7 +16,8 @@ unsigned char* NewPixels(std::int64_t nSize);
 // throws passes on.
 unsigned char* TryNewPixels(std::int64_t nSize);
 
-// The same from the non-throwing array new, with null instead of an exception.
+// The same from the non-throwing array new, with null instead of an exception. No size is too large
+// in itself.
 unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept;
 
 // A scratch buffer of nSize bytes, uninitialised, from the non-throwing array new. Null when it

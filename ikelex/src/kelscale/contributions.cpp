@@ -114,7 +114,11 @@ void FillRecord(Weights& weights, const LineContribType& table, unsigned int nPo
 }  // namespace
 
 LineContribType* AllocContributions(unsigned int nRecords, unsigned int nWeights) {
-    if (nRecords > INT_MAX || nWeights > INT_MAX) {
+    // In ints, neither all records nor all weights may be more than an array can hold.
+    constexpr std::size_t kMostInts = PTRDIFF_MAX / sizeof(int);
+    constexpr std::size_t kRecordInts = sizeof(PixelContribType) / sizeof(int);
+    if (nRecords > INT_MAX || nWeights > INT_MAX ||
+        nRecords > kMostInts / std::max<std::size_t>(nWeights, kRecordInts)) {
         return nullptr;
     }
     LineContribType* pTable = new (std::nothrow) LineContribType;

@@ -94,7 +94,8 @@ struct PixelContribType {
     int nRight;     ///< last one, below nLeft when none contributes
 };
 
-/// The contribution table of one pass, one record per output position.
+/// The contribution table of one pass, one record per output position. The weights of all records
+/// lie in one block. A host may change weights, but no pointer of a table.
 struct LineContribType {
     PixelContribType* pPixels;  ///< nLineLength records
     int nWindowSize;            ///< weights each record can hold
@@ -137,7 +138,8 @@ class C2PassScale {
                    PixelClass** ppOut, unsigned int nOutWidth, unsigned int nOutHeight);
     /// @}
 
-    /// One row of the horizontal pass.
+    /// One row of the horizontal pass. pTable has at least nOutWidth records, and their positions
+    /// lie in the row. Neither is checked. Does nothing for null or a width of 0.
     void ScaleRow(PixelClass** ppIn, unsigned int nInWidth, PixelClass** ppOut,
                   unsigned int nOutWidth, unsigned int nRow, LineContribType* pTable) const;
 

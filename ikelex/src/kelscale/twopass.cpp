@@ -71,7 +71,7 @@ void C2PassScale<DataClass>::HorizScale(PixelClass** ppIn, unsigned int nInWidth
             m_bCancelled = true;
             return;
         }
-        kel::ScaleRowPlain(*ppIn[y], *ppOut[y], nOutWidth, *table);
+        ScaleRow(ppIn, nInWidth, ppOut, nOutWidth, y, table.get());
     }
 }
 
@@ -85,8 +85,10 @@ void C2PassScale<DataClass>::VertScale(PixelClass** ppIn, unsigned int, unsigned
             m_bCancelled = true;
             return;
         }
-        kel::ScaleColumnsPlain(AsBytes(ppIn), *ppOut[y], std::size_t{3} * nOutWidth,
-                               table->pPixels[y]);
+        if (nOutWidth != 0) {
+            kel::ScaleColumnsPlain(AsBytes(ppIn), *ppOut[y], std::size_t{3} * nOutWidth,
+                                   table->pPixels[y]);
+        }
     }
 }
 
