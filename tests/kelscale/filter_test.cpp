@@ -154,6 +154,7 @@ TEST(ScaleFilter, TracesStrangeConversionSizes) {
         int nWidth, nHeight;
         const char* pszText;
     } cases[] = {{0, 1000, "bufferSize is invalid: 0"},
+                 {1000, 0, "bufferSize is invalid: 0"},
                  {17480, 1000, "bufferSize is invalid: 52440000"},
                  {26488, 37453, "bufferSize is invalid: 2976165192"}};
     for (const auto& [nWidth, nHeight, pszText] : cases) {
@@ -163,6 +164,7 @@ TEST(ScaleFilter, TracesStrangeConversionSizes) {
         EXPECT_EQ(KEL_OK, image.ApplyFilter(KEL_FILTER_SCALE,
                                             KelParameters().Set("width", 2).Set("height", 2)));
         EXPECT_EQ(support::InputError(pszText), trace.Lines());
+        EXPECT_EQ(Bytes(16), RowsOf(image).bytes);
     }
 }
 

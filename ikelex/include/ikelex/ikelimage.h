@@ -102,9 +102,10 @@ class IKELEX_API IKelImage {
     virtual KelResult Save(CVamArchive* pArchive, KelImageFormat eFormat,
                            tagKelParameters* pParams) = 0;
 
-    /// 9. Applies a filter in place. KEL_ERR_FILTER_TYPE, KEL_ERR_PARAM (target size 0 or below, no
-    /// rows) and KEL_ERR_MEMORY leave the image unchanged. A "type" outside 1 to 4 gives KEL_OK and
-    /// a black picture. The original is then lost.
+    /// 9. Applies a filter in place. KEL_ERR_FILTER_TYPE, KEL_ERR_PARAM (target size 0 or below,
+    /// row array missing) and KEL_ERR_MEMORY leave the image unchanged. A picture without rows or
+    /// columns, or a "type" outside 1 to 4, gives KEL_OK and a black picture. In the second case
+    /// the original is lost.
     virtual KelResult ApplyFilter(KelImageFilterType eType, tagKelParameters* pParams) = 0;
 
     /// 10. Applies a filter and leaves this image alone. *ppImage receives a new image, which the

@@ -26,9 +26,9 @@ class IKELEX_API CKelImageFilterScale : public CKelImageFilter {
     CKelImageFilterScale();
     ~CKelImageFilterScale() override;
 
-    /// KEL_ERR_PARAM for a null image, a target size of 0 or below or a source without rows.
-    /// KEL_ERR_MEMORY when memory is short. A kernel number of no kernel gives KEL_OK and a blank
-    /// picture.
+    /// KEL_ERR_PARAM for a null image, a target size of 0 or below or a source whose row array is
+    /// missing. KEL_ERR_MEMORY when memory is short. A source without rows or columns, or a kernel
+    /// number of no kernel, gives KEL_OK and a blank picture.
     KelResult Apply(CKelImage* pSrc, CKelImage* pDst) override;
 
     /// The target size for a source size. 0 for a factor that is not finite or leaves the range of

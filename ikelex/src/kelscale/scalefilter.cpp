@@ -117,8 +117,10 @@ bool Resample(CKelImage* pSrc, CKelImage* pDst, PLContribDef* pKernel) {
                         nDstHeight) != nullptr;
 }
 
-bool HasRows(CKelImage* pImage) {
-    return pImage->GetLineArray() != nullptr && pImage->GetWidth() >= 0 && pImage->GetHeight() > 0;
+// Whether the rows are all there. A picture without rows misses none.
+bool HasAllRows(CKelImage* pImage) {
+    const bool bRows = pImage->GetHeight() > 0 && pImage->GetLineArray() != nullptr;
+    return pImage->GetWidth() >= 0 && (bRows || pImage->GetHeight() == 0);
 }
 
 }  // namespace
@@ -148,7 +150,7 @@ double CKelImageFilterScale::GetScaleRadius() {
 }
 
 KelResult CKelImageFilterScale::Apply(CKelImage* pSrc, CKelImage* pDst) {
-    if (pSrc == nullptr || pDst == nullptr || pSrc == pDst || !HasRows(pSrc)) {
+    if (pSrc == nullptr || pDst == nullptr || pSrc == pDst || !HasAllRows(pSrc)) {
         return KEL_ERR_PARAM;
     }
     const int nDstWidth = GetScaleWidth(pSrc->GetWidth());
