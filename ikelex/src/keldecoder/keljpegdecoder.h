@@ -31,8 +31,8 @@ class IKELEX_API CKelJpegDecoder {
     /// give 24 bits in the order blue, green, red. Four components give 32 bits as libjpeg delivers
     /// them. An exception that pArchive throws passes on after all was released.
     ///
-    /// - KEL_ERR_CODEC: libjpeg reported an error. The image is empty, or keeps its size and the
-    ///   rows read so far.
+    /// - KEL_ERR_CODEC: libjpeg reported an error, or found more than four components. The image is
+    ///   empty, or keeps its size and the rows read so far.
     /// - KEL_ERR_MEMORY: the image is empty.
     virtual KelResult Do(CVamArchive* pArchive, CKelImage* pImage);
 
