@@ -32,7 +32,7 @@ struct tagBITMAPINFOHEADER {
     unsigned short biPlanes;     ///< 1
     unsigned short biBitCount;   ///< bits per pixel: 1, 4, 8, 16, 24 or 32
     unsigned int biCompression;  ///< BI_RGB, BI_RLE8, BI_RLE4 or BI_BITFIELDS
-    unsigned int biSizeImage;    ///< bytes of pixel data; 0 means stride x height
+    unsigned int biSizeImage;    ///< bytes of pixel data; 0: stride x height, run-length data none
     int biXPelsPerMeter;         ///< stored, not interpreted
     int biYPelsPerMeter;         ///< stored, not interpreted
     unsigned int biClrUsed;      ///< colour-table entries; 0 means the default of the depth

@@ -134,7 +134,7 @@ class IKELEX_API IKelImage {
 
     /// 16. Replaces the header block by a zeroed one of nSize bytes, to be filled before Open().
     /// When nSize is below 40, the result is null and nothing changes. When memory runs out, the
-    /// result is null and no block is left.
+    /// result is null and no block is left, except a lent one.
     virtual BITMAPINFO* AllocateBMI(unsigned int nSize) = 0;
 
     /// 17. Replaces the pixel buffer by a zeroed one of dwSize bytes, to be filled before Open(),
