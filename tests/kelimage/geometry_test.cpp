@@ -159,6 +159,9 @@ TEST(Geometry, UnusualSizesAreTraced) {
     EXPECT_EQ(InputError("nDstWidth is invalid: 0"), trace.Lines());
     image.ZoomBytes(8, &byOut, 0, 1, &byOut, 1, 1);
     EXPECT_EQ(7, byOut);
+    image.Create(3, -1, 24);  // refused, but its header stays
+    image.AllocateBits(8);
+    EXPECT_FALSE(image.Rotate(0));
 }
 
 }  // namespace

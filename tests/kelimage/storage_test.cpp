@@ -153,6 +153,9 @@ TEST(Storage, OpenRefusesWhatItCannotHold) {
             EXPECT_EQ(0, image.GetWidth());
             EXPECT_EQ(nullptr, image.GetLineArray());
             EXPECT_EQ(nullptr, image.GetPalette());
+            const Bytes refused = picture.block;
+            image.SubImage(0, 0, 0, 0);
+            EXPECT_EQ(refused, picture.block);
         }
     }
     CKelImage image;
@@ -223,6 +226,8 @@ TEST(Storage, LentPixelsAreMeasuredByTheirHeader) {
         ASSERT_NE(image.AllocateBMI(40), nullptr);
         lent.bits.resize(std::max<std::size_t>(c.nCopied, 120));
         EXPECT_EQ(lent.bits, PixelsOf(image, lent.bits.size()));
+        // The header claims no more than was copied.
+        EXPECT_EQ(std::min<std::size_t>(c.nSizeImage, lent.bits.size()), image.m_bmih.biSizeImage);
     }
 }
 

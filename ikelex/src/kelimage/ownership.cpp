@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "headerblock.h"
+#include "kelbitmap/integers.h"
 #include "kelbitmap/strides.h"
 #include "kelimage.h"
 #include "kelmemory/kelmemory.h"
@@ -78,6 +79,8 @@ bool CKelImage::CopyLentBits() {
         kel::SecureCopy(kel::kSourceImage, pCopy, m_pBits, nData);
         std::fill(pCopy + nData, pCopy + nSize, std::uint8_t{0});
         PointRowsInto(pCopy);
+        // Whoever opens the copy by this header reads so many bytes.
+        m_bmih.biSizeImage = kel::Low32(std::min<std::int64_t>(m_bmih.biSizeImage, nSize));
     } else {
         DeleteLineArray();
     }

@@ -18,7 +18,7 @@ std::unique_ptr<unsigned char[]> NewPicture(int nBits, int nWidth, int nHeight, 
         TraceInvalid("bufferSize", Low32(nSize));
     }
     std::unique_ptr<unsigned char[]> pBits;
-    if (nSize > std::numeric_limits<std::uint32_t>::max()) {
+    if (nWidth < 0 || nHeight < 0 || nSize > std::numeric_limits<std::uint32_t>::max()) {
         return pBits;
     }
     try {
@@ -40,7 +40,8 @@ void SetPictureSize(CKelImage* pImage, int nWidth, int nHeight) {
     header.biWidth = nWidth;
     header.biHeight = nHeight;
     header.biSizeImage = Low32(PictureSize(header.biBitCount, nWidth, nHeight));
-    if (pImage->m_pBMI != nullptr) {
+    // A block that Open() refused, the image's header being zero, may be shorter than a header.
+    if (pImage->m_pBMI != nullptr && header.biSize != 0) {
         BITMAPINFOHEADER& block = pImage->m_pBMI->bmiHeader;
         block.biWidth = header.biWidth;
         block.biHeight = header.biHeight;
