@@ -207,6 +207,8 @@ TEST(Storage, OpenRefusesMemoryOfTheImageItself) {
     EXPECT_EQ(KEL_ERR_PARAM, owner.Open(blockAt(mixed.data()), third.bits.data()));
     EXPECT_EQ(KEL_ERR_PARAM, owner.Open(third.Info(), mixed.data()));
     EXPECT_EQ(&mixed[119], owner.m_pBits);
+    owner.m_bmih.biSizeImage = 0xFFFFFFFF;  // ends beyond 32 bits
+    EXPECT_EQ(KEL_ERR_PARAM, owner.Open(third.Info(), owner.m_pBits));
     owner.m_bOwnBuffers = 0;
 }
 

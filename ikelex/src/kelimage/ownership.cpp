@@ -13,11 +13,14 @@
 
 namespace {
 
-// A run of bytes. A run of 0 bytes or less counts as 1, because its address is in use.
+// A run of bytes, up to the end of the address space. A run of 0 bytes or less counts as 1, because
+// its address is in use.
 struct Run {
     Run(const void* p, std::int64_t nBytes)
         : nBegin(reinterpret_cast<std::uintptr_t>(p)),
-          nEnd(nBegin + static_cast<std::uintptr_t>(std::max<std::int64_t>(nBytes, 1))) {}
+          nEnd(nBegin + static_cast<std::uintptr_t>(
+                            std::min(static_cast<std::uint64_t>(std::max<std::int64_t>(nBytes, 1)),
+                                     std::uint64_t{UINTPTR_MAX - nBegin}))) {}
 
     bool Meets(const Run& other) const { return nBegin < other.nEnd && other.nBegin < nEnd; }
 
