@@ -34,8 +34,8 @@ struct Decompressor {
 void TraceDecode() {
     if (zt_trace_level() > 1) {
         ZT_Text_Stream stream(1024, 32);
-        stream << "CKelJpegDecoder::Do, jpeg_decompress_struct:"
-               << static_cast<unsigned int>(sizeof(jpeg_decompress_struct));
+        constexpr unsigned int nSize = sizeof(jpeg_decompress_struct);
+        stream << "CKelJpegDecoder::Do, jpeg_decompress_struct:" << nSize;
         zt_trace_write(2, stream.GetText(), 0);
     }
 }

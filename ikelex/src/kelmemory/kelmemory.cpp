@@ -20,6 +20,11 @@ namespace {
 // before. Looking for its missing pages costs more than fetching them early saves.
 [[maybe_unused]] constexpr std::int64_t kFreshThreshold = 32 << 20;
 
+// A size that is not negative, as operator new takes it.
+constexpr std::size_t Bytes(std::int64_t nSize) {
+    return static_cast<std::size_t>(nSize);
+}
+
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 // Advises the whole small pages between two addresses.
 void Advise(std::uintptr_t nBegin, std::uintptr_t nEnd, int nAdvice) {
@@ -39,7 +44,7 @@ unsigned char* AdviseHugePages(unsigned char* pBlock, [[maybe_unused]] std::int6
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     if (pBlock != nullptr && nSize >= kHugePageThreshold) {
         const auto nBegin = reinterpret_cast<std::uintptr_t>(pBlock);
-        const std::uintptr_t nEnd = nBegin + static_cast<std::uintptr_t>(nSize);
+        const std::uintptr_t nEnd = nBegin + Bytes(nSize);
         Advise(nBegin, nEnd, MADV_HUGEPAGE);
 #ifdef MADV_POPULATE_WRITE
         if (nSize >= kFreshThreshold) {
@@ -59,7 +64,7 @@ unsigned char* NewPixels(std::int64_t nSize) {
     if (nSize < 0) {
         throw std::bad_alloc();
     }
-    return AdviseHugePages(new unsigned char[static_cast<std::size_t>(nSize)], nSize);
+    return AdviseHugePages(new unsigned char[Bytes(nSize)], nSize);
 }
 
 unsigned char* TryNewPixels(std::int64_t nSize) {
@@ -74,16 +79,14 @@ unsigned char* NewPixelsNothrow(std::int64_t nSize) noexcept {
     if (nSize < 0 || !std::in_range<std::ptrdiff_t>(nSize)) {
         return nullptr;
     }
-    return AdviseHugePages(new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)],
-                           nSize);
+    return AdviseHugePages(new (std::nothrow) unsigned char[Bytes(nSize)], nSize);
 }
 
 std::unique_ptr<unsigned char[]> NewScratch(std::int64_t nSize) {
     if (nSize < 0 || nSize > std::numeric_limits<std::int32_t>::max()) {
         return nullptr;
     }
-    return std::unique_ptr<unsigned char[]>(
-        new (std::nothrow) unsigned char[static_cast<std::size_t>(nSize)]);
+    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[Bytes(nSize)]);
 }
 
 }  // namespace kel

@@ -65,7 +65,8 @@ bool ScaleRows(const PLContribDef& kernel, RowSource& source, unsigned int nInWi
 
 // How far the rows of a pass have come, 0 to 49.
 inline int Percent(unsigned int nRow, unsigned int nRows) {
-    return static_cast<int>(static_cast<double>(nRow) / static_cast<double>(nRows) * 50.0);
+    const double dRow = nRow;
+    return static_cast<int>(dRow / nRows * 50.0);
 }
 
 // Asks the callback, if any, whether to go on.

@@ -30,8 +30,8 @@ Contributions CalcContributions(const PLContribDef& kernel, unsigned int nOutLen
 // The same with the ratio of the two lengths.
 inline Contributions CalcContributions(const PLContribDef& kernel, unsigned int nOutLength,
                                        unsigned int nInLength) {
-    return CalcContributions(kernel, nOutLength, nInLength,
-                             static_cast<double>(nOutLength) / static_cast<double>(nInLength));
+    const double dOutLength = nOutLength;
+    return CalcContributions(kernel, nOutLength, nInLength, dOutLength / nInLength);
 }
 
 // The tables of both passes of a scale. Equal lengths share one.

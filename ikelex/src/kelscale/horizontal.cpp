@@ -57,7 +57,7 @@ void HorizontalPass::Prepare(const LineContribType& table, unsigned int nInWidth
                              const ScaleFunctions& functions) {
     m_pTable = &table;
     m_nInWidth = nInWidth;
-    m_nOutWidth = static_cast<std::size_t>(table.nLineLength);
+    m_nOutWidth = AsSize(table.nLineLength);
     m_pFunctions = &functions;
     m_eForm = PrepareForm();
     if (m_eForm == Form::kBands) {
@@ -84,7 +84,7 @@ bool HorizontalPass::PrepareWindows() {
     const WindowFunctions* pFunctions = m_pFunctions->pWindows;
     const std::size_t nMostChunks = m_nInWidth / m_nOutWidth / kWindowRatio;
     return pFunctions != nullptr && nMostChunks != 0 &&
-           PlanWindows(*m_pTable, static_cast<unsigned int>(m_nInWidth),
+           PlanWindows(*m_pTable, m_nInWidth,
                        static_cast<int>(std::min<std::size_t>(nMostChunks, kMostChunks)),
                        pFunctions->nLaneLimit, m_Windows);
 }
@@ -92,8 +92,8 @@ bool HorizontalPass::PrepareWindows() {
 bool HorizontalPass::PrepareShuffles() {
     const ShuffleFunctions* pFunctions = m_pFunctions->pShuffles;
     return pFunctions != nullptr && m_nOutWidth <= kMostShuffled &&
-           PlanShuffles(*m_pTable, static_cast<unsigned int>(m_nInWidth), pFunctions->shape,
-                        pFunctions->nMostSteps, m_Shuffles);
+           PlanShuffles(*m_pTable, m_nInWidth, pFunctions->shape, pFunctions->nMostSteps,
+                        m_Shuffles);
 }
 
 bool HorizontalPass::PrepareBands() {
@@ -109,7 +109,7 @@ HorizontalPass::Strip HorizontalPass::BlockStrip(std::size_t x, std::size_t nUni
     const std::size_t nOutEnd = std::min(x + kBlockPixels, m_nOutWidth);
     Strip block = {x, nOutEnd, m_nInWidth, 0};
     for (std::size_t i = m_Plan.pStart[x]; i < m_Plan.pStart[nOutEnd]; ++i) {
-        const std::size_t nAt = static_cast<std::size_t>(m_Plan.pSteps[i].nIndex) * nUnit;
+        const std::size_t nAt = AsSize(m_Plan.pSteps[i].nIndex) * nUnit;
         block.nInBegin = std::min(block.nInBegin, nAt);
         block.nInEnd = std::max(block.nInEnd, std::min(nAt + nUnit, m_nInWidth));
     }
@@ -158,7 +158,7 @@ void HorizontalPass::Run(const unsigned char* const* ppIn, unsigned char* const*
     next.nRows = bForeseen ? 0 : std::min(next.nRows, m_nBandRows);
     switch (m_eForm) {
         case Form::kPlain:
-            ScaleRowPlain(*ppIn, *ppOut, static_cast<unsigned int>(m_nOutWidth), *m_pTable);
+            ScaleRowPlain(*ppIn, *ppOut, m_nOutWidth, *m_pTable);
             break;
         case Form::kBands:
             RunBand(ppIn, ppOut, nRows, next);

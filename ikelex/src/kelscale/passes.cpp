@@ -11,9 +11,9 @@ int Accumulate(int nSum, unsigned char byValue, int nWeight) {
 
 }  // namespace
 
-void ScaleRowPlain(const unsigned char* pIn, unsigned char* pOut, unsigned int nOutWidth,
+void ScaleRowPlain(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
                    const LineContribType& table) {
-    for (unsigned int x = 0; x < nOutWidth; ++x) {
+    for (std::size_t x = 0; x < nOutWidth; ++x) {
         const PixelContribType& record = table.pPixels[x];
         int nSum0 = 0;
         int nSum1 = 0;

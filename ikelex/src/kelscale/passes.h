@@ -19,7 +19,7 @@ inline unsigned char ByteOfSum(int nSum) {
 
 // The horizontal pass writes nOutWidth pixels of pOut from the row pIn, whose width the table was
 // made for.
-void ScaleRowPlain(const unsigned char* pIn, unsigned char* pOut, unsigned int nOutWidth,
+void ScaleRowPlain(const unsigned char* pIn, unsigned char* pOut, std::size_t nOutWidth,
                    const LineContribType& table);
 
 // The vertical pass writes nBytes bytes of pOut, each from the bytes of its column in the rows

@@ -62,7 +62,7 @@ bool FillWindow(const PixelContribType& record, Range range, int nFirst, int nLa
 
 }  // namespace
 
-bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMostChunks,
+bool PlanWindows(const LineContribType& table, std::size_t nInLength, int nMostChunks,
                  int nLaneLimit, WindowPlan& plan) {
     const int nChunks = (LongestRange(table) + kChunkPixels - 1) / kChunkPixels;
     const int nPixels = nChunks * kChunkPixels;

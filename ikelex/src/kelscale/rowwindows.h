@@ -35,7 +35,7 @@ inline constexpr int kNoLaneLimit = 4 * 127;
 // - memory is short,
 // - a record needs more than nMostChunks, or the row is shorter than a window,
 // - a weight does not fit into a signed byte, or four of them not into nLaneLimit.
-bool PlanWindows(const LineContribType& table, unsigned int nInLength, int nMostChunks,
+bool PlanWindows(const LineContribType& table, std::size_t nInLength, int nMostChunks,
                  int nLaneLimit, WindowPlan& plan);
 
 }  // namespace kel

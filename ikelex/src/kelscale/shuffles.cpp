@@ -126,7 +126,7 @@ std::size_t CutBlock(const LineContribType& table, std::size_t x, std::size_t nS
 
 }  // namespace
 
-bool PlanShuffles(const LineContribType& table, unsigned int nInLength, const ShuffleShape& shape,
+bool PlanShuffles(const LineContribType& table, std::size_t nInLength, const ShuffleShape& shape,
                   std::size_t nMostSteps, ShufflePlan& plan) {
     const std::size_t nInBytes = std::size_t{3} * nInLength;
     const std::size_t nRecords = AsSize(table.nLineLength);

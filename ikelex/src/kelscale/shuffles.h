@@ -48,7 +48,7 @@ struct ShufflePlan {
 // - memory is short,
 // - the row is shorter than a load,
 // - the blocks need more than nMostSteps steps on average, so that other forms are faster.
-bool PlanShuffles(const LineContribType& table, unsigned int nInLength, const ShuffleShape& shape,
+bool PlanShuffles(const LineContribType& table, std::size_t nInLength, const ShuffleShape& shape,
                   std::size_t nMostSteps, ShufflePlan& plan);
 
 }  // namespace kel
