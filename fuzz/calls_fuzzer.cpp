@@ -22,6 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
                 break;
             case 2:
                 image.Clean();
+                if (other.m_pBMI == lent.Info()) {
+                    break;  // a crop of one image would change the lent header of both
+                }
                 fuzz::CheckResult(image.OpenAs(lent.Info(), lent.bits.data(), 0));
                 break;
             case 3: {

@@ -83,6 +83,9 @@ KelParameters MakeOptions(Input& input) {
 }
 
 void ReadLines(CKelImage& image, Input&) {
+    if (image.GetWidth() > 1 << 24) {
+        return;  // a picture without rows, which may claim any width
+    }
     Bytes line(static_cast<std::size_t>(kel::RowStride(24, image.GetWidth())));
     for (int y = -1; y <= image.GetHeight(); ++y) {
         image.GetLine24AsBGRAt(y, line.data());
