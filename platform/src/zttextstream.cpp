@@ -26,7 +26,8 @@ ZT_Text_Stream& ZT_Text_Stream::operator<<(int nValue) {
 }
 
 ZT_Text_Stream& ZT_Text_Stream::operator<<(unsigned int nValue) {
-    return *this << static_cast<unsigned long>(nValue);
+    const unsigned long nWide = nValue;
+    return *this << nWide;
 }
 
 ZT_Text_Stream& ZT_Text_Stream::operator<<(unsigned long nValue) {

@@ -10,6 +10,7 @@
 #include <jerror.h>
 #include <platform/vamplatform.h>
 
+#include "kelbitmap/integers.h"
 #include "kelbitmap/rows.h"
 #include "kelbitmap/strides.h"
 #include "kelimage/kelimage.h"
@@ -221,7 +222,7 @@ void CKelJpegSrcMgr::SkipInputData(jpeg_decompress_struct* pInfo, long nBytes) {
     if (nBytes <= 0) {
         return;
     }
-    auto nLeft = static_cast<std::size_t>(nBytes);
+    std::size_t nLeft = kel::AsSize(nBytes);
     while (nLeft > pInfo->src->bytes_in_buffer) {
         nLeft -= pInfo->src->bytes_in_buffer;
         FillInputBuffer(pInfo);

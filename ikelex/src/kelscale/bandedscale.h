@@ -8,6 +8,7 @@
 #define KELSCALE_BANDEDSCALE_H
 
 #include "horizontal.h"
+#include "kelbitmap/integers.h"
 #include "rowblock.h"
 #include "rowsource.h"
 #include "vertical.h"
@@ -71,7 +72,7 @@ inline int Percent(unsigned int nRow, unsigned int nRows) {
 
 // Asks the callback, if any, whether to go on.
 inline bool Report(ScaleProgressFunc pfnProgress, int nPercent) {
-    return pfnProgress == nullptr || pfnProgress(static_cast<unsigned char>(nPercent));
+    return pfnProgress == nullptr || pfnProgress(LowByte(nPercent));
 }
 
 }  // namespace kel

@@ -32,7 +32,8 @@ const tagKelScaleKernel kKernels[] = {
 }  // namespace
 
 const tagKelScaleKernel* GetScaleKernels(int* pnCount) {
-    *pnCount = static_cast<int>(std::size(kKernels));
+    constexpr int nCount = std::size(kKernels);
+    *pnCount = nCount;
     return kKernels;
 }
 

@@ -79,7 +79,7 @@ class ConvertedRows : public kel::RowSource {
     }
 
     kel::NextRows MadeFrom(unsigned int nFirst) const override {
-        const auto nHeight = static_cast<unsigned int>(m_pImage->GetHeight());
+        const unsigned int nHeight = kel::Low32(m_pImage->GetHeight());
         const auto nBytes = kel::RowStride(m_pImage->GetBitsPerPixel(), m_pImage->GetWidth());
         return {m_pImage->GetLineArray() + nFirst, nHeight - nFirst, kel::AsSize(nBytes)};
     }

@@ -1,6 +1,8 @@
 // Composes the trace lines. Their texts are fixed, because hosts match them.
 #include "keltrace.h"
 
+#include <cstddef>
+
 #include <platform/vamplatform.h>
 
 namespace kel {
@@ -21,6 +23,11 @@ void TraceParts(const Parts... parts) {
     (stream << ... << parts);
     zt_trace_write(0, stream.GetText(), 0);
     zt_trace_input_error_msg(0, stream.GetText());
+}
+
+// A count that is not negative.
+constexpr std::size_t Size(std::int64_t nBytes) {
+    return static_cast<std::size_t>(nBytes);
 }
 
 // One line at level 1 for a result of memcpy_s or memset_s that is not 0.
@@ -58,13 +65,11 @@ void SecureCopy(const char* pszSource, void* pDst, const void* pSrc, std::int64_
 
 void SecureCopyInto(const char* pszSource, void* pDst, std::int64_t nRoom, const void* pSrc,
                     std::int64_t nBytes, int nLine) {
-    const auto nMax = static_cast<std::size_t>(nRoom);
-    TraceFailure(pszSource, nLine, memcpy_s(pDst, nMax, pSrc, static_cast<std::size_t>(nBytes)));
+    TraceFailure(pszSource, nLine, memcpy_s(pDst, Size(nRoom), pSrc, Size(nBytes)));
 }
 
 void SecureZero(const char* pszSource, void* pDst, std::int64_t nBytes, int nLine) {
-    const auto nCount = static_cast<std::size_t>(nBytes);
-    TraceFailure(pszSource, nLine, memset_s(pDst, nCount, 0, nCount));
+    TraceFailure(pszSource, nLine, memset_s(pDst, Size(nBytes), 0, Size(nBytes)));
 }
 
 }  // namespace kel

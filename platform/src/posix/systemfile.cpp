@@ -57,5 +57,5 @@ unsigned int vam::WriteSystemFile(std::FILE* pFile, const unsigned char* pBuffer
 
 long long vam::SeekSystemFile(std::FILE* pFile, long long nPosition, int nOrigin) {
     static const int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    return lseek(fileno(pFile), static_cast<off_t>(nPosition), kOrigins[nOrigin]);
+    return lseek(fileno(pFile), nPosition, kOrigins[nOrigin]);
 }
