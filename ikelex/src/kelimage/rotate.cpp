@@ -19,7 +19,9 @@ bool CKelImage::Rotate(int) {
     }
     const kel::Transposition work = {m_pBits,    kel::RowStride(nBits, nWidth), nWidth, nHeight,
                                      pNew.get(), kel::RowStride(nBits, nHeight)};
-    if (bBits) {
+    if (nHeight == 0) {
+        // Nothing to move, however many columns the header claims.
+    } else if (bBits) {
         kel::TransposeBits(nBits, work);
     } else if (nBits >= 8) {
         kel::TransposePixels(kel::BestLevel(), nBits / 8, work, kel::LeavesCaches(work));
